@@ -1,0 +1,24 @@
+# orvane_test(NAME name SOURCES ... [LIBRARIES ...] [SERIAL] [ENVIRONMENT ...] [DEPENDS targets])
+#
+# One GoogleTest program, one ctest entry. It runs through scripts/run-test.sh, which fails a
+# program that ran no test: Wine exits with 0 when it cannot start a 32-bit program at all.
+# SERIAL: the test uses names that exist once per machine (the pipes, the application's mutex,
+# the shared log, the registry) and shares them with no other test.
+function(orvane_test)
+  cmake_parse_arguments(arg "SERIAL" "NAME" "SOURCES;LIBRARIES;ENVIRONMENT;DEPENDS" ${ARGN})
+  add_executable(${arg_NAME} ${arg_SOURCES} ${CMAKE_SOURCE_DIR}/tests/support/test_main.cpp)
+  target_include_directories(${arg_NAME} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} gtest gmock orvane_warnings)
+  target_compile_definitions(${arg_NAME} PRIVATE
+    ORVANE_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+  if(arg_DEPENDS)
+    add_dependencies(${arg_NAME} ${arg_DEPENDS})
+  endif()
+  add_test(NAME ${arg_NAME}
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/run-test.sh $<TARGET_FILE:${arg_NAME}>
+    WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
+  set_tests_properties(${arg_NAME} PROPERTIES TIMEOUT 300 ENVIRONMENT "${arg_ENVIRONMENT}")
+  if(arg_SERIAL)
+    set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK machine)
+  endif()
+endfunction()

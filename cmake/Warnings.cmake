@@ -1,0 +1,22 @@
+# Warnings are errors in our own code; what we only build (JUCE, pugixml, GoogleTest)
+# comes in as system headers and without this target.
+add_library(orvane_warnings INTERFACE)
+target_compile_options(orvane_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wold-style-cast -Wunused -Wformat=2 -Wno-format-nonliteral -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(orvane_warnings INTERFACE -Wduplicated-cond -Wlogical-op)
+endif()
+
+option(ORVANE_SANITIZE "Address and undefined-behaviour sanitizers (native builds)" OFF)
+if(ORVANE_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# One of our own static libraries: warnings on, headers found from the top folder.
+function(orvane_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE orvane_warnings)
+endfunction()

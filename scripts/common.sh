@@ -1,0 +1,48 @@
+# Shared by the scripts behind ./dev; sourced from the top folder.
+# shellcheck shell=bash
+top=$PWD
+build=$top/build
+deps=$build/deps
+wine_lib=$build/wine/lib
+export WINEPREFIX=$build/wine/prefix
+
+say() { printf '==> %s\n' "$*"; }
+fail() {
+    printf 'error: %s\n' "$1" >&2
+    [ $# -lt 2 ] || printf 'next: %s\n' "$2" >&2
+    exit 1
+}
+
+# Runs a step whose output matters only when it fails.
+quietly() {
+    local log=$build/logs/$1.log
+    shift
+    mkdir -p "$build/logs"
+    "$@" >"$log" 2>&1 || {
+        tail -n 25 "$log" >&2
+        fail "'$*' failed; all it printed is in ${log#"$top"/}" "read the lines above, mend what they name, and run ./dev again"
+    }
+}
+
+# Wine never asks, never opens a debugger, and never touches the user's own prefix.
+wine_environment() {
+    export WINEDLLPATH=$wine_lib
+    export WINEDEBUG=${WINEDEBUG:--all}
+    export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=;winedbg.exe=d}
+    unset DISPLAY
+}
+
+stop_wine() {
+    [ -d "$WINEPREFIX" ] || return 0
+    command -v wineserver >/dev/null || return 0
+    wineserver -k >/dev/null 2>&1 || true
+}
+
+# Wine's services keep the streams of whoever started them; one idle process that has none keeps
+# the services up, so that what a runner starts afterwards ends when it ends.
+start_wine_session() {
+    wine_environment
+    wine cmd /c 'ping -n 36000 127.0.0.1 >nul' </dev/null >/dev/null 2>&1 &
+    wine_session=$!
+    disown "$wine_session"
+}
