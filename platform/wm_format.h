@@ -1,0 +1,63 @@
+#pragma once
+
+// What the Windows Media Format runtime (WMVCore.dll) offers beyond mingw's wmsdkidl.h: the second
+// editor interface, the picture record, the attribute names that we use, and the runtime itself,
+// which is found when first needed so that a Windows without it still loads us.
+
+#include <windows.h>
+
+#include <wmsdkidl.h>
+
+#ifndef __IWMMetadataEditor2_INTERFACE_DEFINED__
+#define __IWMMetadataEditor2_INTERFACE_DEFINED__
+
+// COM interfaces have no destructor: objects end in Release.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+MIDL_INTERFACE("203CFFE3-2E18-4FDF-B59D-6E71530534CF")
+IWMMetadataEditor2 : public IWMMetadataEditor {
+public:
+    // desiredAccess: GENERIC_READ, or both GENERIC_READ and GENERIC_WRITE; shareMode: FILE_SHARE_*.
+    virtual HRESULT STDMETHODCALLTYPE OpenEx(const WCHAR* fileName, DWORD desiredAccess,
+                                             DWORD shareMode) = 0;
+};
+#pragma GCC diagnostic pop
+__CRT_UUID_DECL(IWMMetadataEditor2, 0x203cffe3, 0x2e18, 0x4fdf, 0xb5, 0x9d, 0x6e, 0x71, 0x53, 0x05,
+                0x34, 0xcf)
+
+// The value of "WM/Picture" in memory. The platform packs it to one byte: 17 bytes in a 32-bit
+// process. When it is read, the pointers point into the buffer that the reader supplied, so the
+// buffer's length is more than the record's; when it is added, they may point anywhere.
+#pragma pack(push, 1)
+struct WM_PICTURE {
+    LPWSTR pwszMIMEType;
+    BYTE bPictureType;
+    LPWSTR pwszDescription;
+    DWORD dwDataLen;
+    BYTE* pbData;
+};
+#pragma pack(pop)
+static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
+
+#endif
+
+// Failures of the runtime that mingw's nserror.h does not name.
+#ifndef ASF_E_BUFFERTOOSMALL
+#define ASF_E_BUFFERTOOSMALL _HRESULT_TYPEDEF_(0xC00D07D1)
+#endif
+#ifndef ASF_E_NOTFOUND
+#define ASF_E_NOTFOUND _HRESULT_TYPEDEF_(0xC00D07F0)
+#endif
+
+namespace orvane::wm_format {
+
+inline constexpr wchar_t pictureAttribute[] = L"WM/Picture";
+
+// WMCreateSyncReader without certificate and without rights, and WMCreateEditor, of the WMVCore.dll
+// that Windows finds. The first call of either loads it, and it stays loaded. Any thread, COM
+// initialised. On failure `*out` is null and the result says why: where there is no runtime,
+// HRESULT_FROM_WIN32 of what LoadLibrary or GetProcAddress reported. The caller releases `*out`.
+[[nodiscard]] HRESULT createSyncReader(IWMSyncReader** out) noexcept;
+[[nodiscard]] HRESULT createEditor(IWMMetadataEditor** out) noexcept;
+
+}  // namespace orvane::wm_format
