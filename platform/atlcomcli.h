@@ -132,11 +132,11 @@ public:
     ~CComBSTR() { ::SysFreeString(m_str); }
 
     CComBSTR& operator=(const CComBSTR& other) noexcept {
-        if (this != &other) Attach(other.Copy());
+        Attach(other.Copy());
         return *this;
     }
     CComBSTR& operator=(CComBSTR&& other) noexcept {
-        if (this != &other) Attach(other.Detach());
+        Attach(other.Detach());
         return *this;
     }
 
@@ -195,7 +195,7 @@ public:
     }
 
     HRESULT Clear() noexcept { return ::VariantClear(this); }
-    HRESULT Copy(const VARIANT* other) noexcept { return ::VariantCopy(this, other); }
+    HRESULT Copy(const VARIANT* other) noexcept { return copyOf(*other); }
     HRESULT ChangeType(VARTYPE type) noexcept { return ::VariantChangeType(this, this, 0, type); }
     HRESULT Attach(VARIANT* other) noexcept {
         if (other == nullptr) return E_INVALIDARG;
@@ -213,8 +213,12 @@ public:
     }
 
 private:
+    // The call's source parameter lacks the const that it keeps.
+    HRESULT copyOf(const VARIANT& other) noexcept {
+        return ::VariantCopy(this, const_cast<VARIANT*>(&other));
+    }
     void copyFrom(const VARIANT& other) noexcept {
-        const HRESULT result = ::VariantCopy(this, &other);
+        const HRESULT result = copyOf(other);
         if (SUCCEEDED(result)) return;
         Clear();
         vt = VT_ERROR;
