@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "util/paths.h"
+#include "util/long_names.h"
 
 namespace orvane {
 namespace {
