@@ -125,10 +125,7 @@ bool COrVaneWmpPlugin::isInSpecialMode() {
 bool COrVaneWmpPlugin::supportsRandomTrackAccess() { return true; }
 
 void COrVaneWmpPlugin::close() {
-    withWindowHook([](WmpWindowHook& hook) {
-        // Without a window the message would go to this thread.
-        if (const HWND window = hook.getHwnd()) PostMessageW(window, WM_CLOSE, 0, 0);
-    });
+    withWindowHook([](WmpWindowHook& hook) { hook.postMessage(WM_CLOSE, 0, 0); });
 }
 
 }  // namespace orvane
