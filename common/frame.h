@@ -50,11 +50,12 @@ public:
     [[nodiscard]] std::span<const std::uint8_t> payload() const { return m_payload; }
 
 private:
+    static constexpr std::size_t keptMemory = 4 * maxStep;
+
     Header m_header{};
     std::size_t m_headerFilled = 0;
     std::size_t m_expected = 0;  // of the payload; 0 while a header is being read
     std::size_t m_filled = 0;    // of the payload
-    bool m_delivered = false;
     std::vector<std::uint8_t> m_payload;
 };
 

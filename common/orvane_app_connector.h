@@ -23,10 +23,12 @@ public:
 
 private:
     template <typename PipeType>
-    bool reopen(std::shared_ptr<PipeType>& held, std::shared_ptr<PipeType> fresh,
+    bool reopen(std::shared_ptr<PipeType>& held, const std::shared_ptr<PipeType>& fresh,
                 const char* failure);
     template <typename PipeType>
     std::shared_ptr<PipeType> hold(const std::shared_ptr<PipeType>& held) const;
+    template <typename PipeType>
+    bool isUp(const std::shared_ptr<PipeType>& held) const;
 
     // Events come from other threads too: each call works on its own reference.
     juce::CriticalSection m_pipesLock;

@@ -75,8 +75,8 @@ class OrvaneCommand : public OrvaneMessage {
 public:
     explicit OrvaneCommand(const juce::String& commandName);
 
-    // Runs the operation that the command names and returns the answer. Never throws: a command
-    // that runs out of memory is answered with a return value of false.
+    // Runs the operation that the command names and returns the answer. What the operation throws
+    // is logged and answered with a return value of false.
     OrvaneResponse executeCommand(IOrvanePluginMethods* pluginMethods) const;
 };
 

@@ -45,8 +45,9 @@ public:
     static constexpr DWORD closePatienceMs = 4000;  // then the log tells of the wait
 
 protected:
-    // Takes over an opened stream and starts the reader thread. `receiveTimeoutMs` is negative for
-    // none. False when `stream` is null or the thread does not start.
+    // Takes over an opened stream and starts the reader thread; the connection is closed before.
+    // `receiveTimeoutMs` is negative for none. False when `stream` is null or the thread does not
+    // start.
     bool open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs);
     void close();
 

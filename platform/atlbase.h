@@ -79,7 +79,7 @@ public:
 using CComGlobalsThreadModel = CComMultiThreadModel;
 
 // Answers E_OUTOFMEMORY, the object's own failure, or what QueryInterface says.
-using _ATL_CREATORFUNC = HRESULT(WINAPI)(void* context, REFIID iid, void** object);
+typedef HRESULT(WINAPI _ATL_CREATORFUNC)(void* context, REFIID iid, void** object);
 
 // One creatable class. The module owns one reference to the class object once it exists.
 struct _ATL_OBJMAP_ENTRY {

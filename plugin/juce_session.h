@@ -20,7 +20,7 @@ public:
     // makes that thread the message thread.
     class Reference {
     public:
-        Reference() noexcept;
+        Reference();  // std::bad_alloc
         ~Reference();
         Reference(const Reference&) = delete;
         Reference& operator=(const Reference&) = delete;
