@@ -1,12 +1,14 @@
 #pragma once
 
 // Reading and rewriting the header of an ASF file (.wma), with no Windows in it: the tags and
-// pictures that the stand-in player and the stand-in Format runtime work on.
+// pictures that the stand-in player and the stand-in Format runtime work on. Everything here may
+// be called from any thread; no object is shared between threads. Nothing throws.
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +16,7 @@
 namespace orvane::asf {
 
 // The numbering of the file format's Extended Content Description and Metadata Library objects.
+// A file may hold other numbers; they are kept as they are.
 enum class AttributeType : std::uint16_t {
     unicode = 0,
     bytes = 1,
@@ -24,51 +27,105 @@ enum class AttributeType : std::uint16_t {
     guid = 6,
 };
 
+// The object of the header that holds an attribute. One that is new, or no longer fits where it
+// was, goes where the format has room for it: see Header.
+enum class Place : std::uint8_t {
+    automatic,
+    contentDescription,
+    extendedContentDescription,
+    metadata,
+    metadataLibrary,
+};
+
 // One tag, whichever object of the header holds it. Text values are UTF-16 without terminator in
 // `value`, little-endian; numbers little-endian.
 struct Attribute {
     std::u16string name;
     AttributeType type = AttributeType::unicode;
-    std::uint16_t language = 0;
-    std::uint16_t stream = 0;
+    std::uint16_t language = 0;  // index into the header's list of languages
+    std::uint16_t stream = 0;    // 0: the whole file
     std::vector<std::uint8_t> value;
+    Place place = Place::automatic;
 
-    [[nodiscard]] std::u16string text() const;  // any type, as a player would show it
+    // As a player would show it: numbers in decimal, "true" or "false", nothing for plain bytes.
+    [[nodiscard]] std::u16string text() const;
+    // The value of a numeric or boolean attribute, 0 for others.
+    [[nodiscard]] std::uint64_t number() const;
     static Attribute fromText(std::u16string_view name, std::u16string_view text);
 };
 
 // The parsed header. Unknown objects are kept byte for byte; what is not understood is never
 // dropped. "Title", "Author", "Copyright", "Description" and "Rating" are the five fields of the
 // Content Description object, everything else an attribute of one of the other three objects;
-// a value too large for a 16-bit length goes to the Metadata Library object.
+// what has a stream, a language, the name of another attribute or a value too large for a 16-bit
+// length goes to the Metadata Library object.
 class Header {
 public:
-    // Reads the header at the start of a file; `error` gets a sentence when it is not one.
-    static std::optional<Header> parse(const std::vector<std::uint8_t>& bytes, std::string& error);
+    // Larger ones are refused: this is many times the largest picture anybody embeds.
+    static constexpr std::uint64_t maximumSize = 256U << 20U;
+
+    // Reads the header at the start of `bytes`, which may hold more; `error` gets a sentence when
+    // it is not one, or when anything in it does not add up.
+    static std::optional<Header> parse(std::span<const std::uint8_t> bytes, std::string& error);
 
     [[nodiscard]] const std::vector<Attribute>& attributes() const { return m_attributes; }
     std::vector<Attribute>& attributes() { return m_attributes; }
 
-    // First attribute of that name (case matters), or null.
+    // First attribute of that name (case matters) of the whole file, or null.
     [[nodiscard]] const Attribute* find(std::u16string_view name) const;
-    // Replaces the first of that name in place or appends it; an empty text removes it.
+    // Makes `text` the only value of that name (of the whole file, in one language): replaces the
+    // first in place or appends it. A number stays a number when the text is one. An empty text
+    // removes the attribute.
     void setText(std::u16string_view name, std::u16string_view text);
 
-    [[nodiscard]] std::uint64_t durationHns() const;  // play duration, 100 ns units
-    [[nodiscard]] std::uint32_t bitrate() const;      // bits per second
+    [[nodiscard]] std::uint64_t durationHns() const { return m_durationHns; }  // 100 ns units
+    [[nodiscard]] std::uint32_t bitrate() const { return m_bitrate; }          // bits per second
 
-    [[nodiscard]] std::vector<std::uint8_t> serialise() const;
+    // The header as it stands in a file in which `bytesAfterHeader` bytes follow it. Nothing, and
+    // a sentence in `error`, when the format has no room for the attributes.
+    [[nodiscard]] std::optional<std::vector<std::uint8_t>> serialise(std::uint64_t bytesAfterHeader,
+                                                                     std::string& error) const;
 
 private:
-    struct RawObject;
+    friend class HeaderParser;
+    friend class HeaderWriter;
+
+    enum class Kind : std::uint8_t {
+        kept,  // a run of whole objects, byte for byte
+        fileProperties,
+        contentDescription,
+        extendedContentDescription,
+        headerExtension,
+        metadata,
+        metadataLibrary,
+    };
+    // A part of the header in its place. `bytes` of an object that is written anew is what follows
+    // its last entry.
+    struct Piece {
+        Kind kind = Kind::kept;
+        std::uint32_t objects = 1;
+        std::vector<std::uint8_t> bytes;
+    };
+
+    std::vector<Piece> m_pieces;           // the Header object's
+    std::vector<Piece> m_extensionPieces;  // the Header Extension object's
     std::vector<Attribute> m_attributes;
+    std::uint64_t m_durationHns = 0;
+    std::uint32_t m_bitrate = 0;
 };
 
 // Reads only the header of the file at `path`; the audio data is not touched.
 std::optional<Header> readHeader(const std::filesystem::path& path, std::string& error);
 
+// For tests of what a full disk leaves behind.
+struct ReplaceFault {
+    std::optional<std::uint64_t> diskFullAfter;  // bytes written
+};
+
 // Writes the file anew with this header and the old audio data, beside the old one, and puts it in
-// its place in one step: a failure half-way leaves the old file whole.
-bool replaceHeader(const std::filesystem::path& path, const Header& header, std::string& error);
+// its place in one step: a failure half-way leaves the old file whole, and nothing beside it.
+// Nobody else may have the file open. Paths may be longer than 260 characters.
+bool replaceHeader(const std::filesystem::path& path, const Header& header, std::string& error,
+                   const ReplaceFault& fault = {});
 
 }  // namespace orvane::asf

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace orvane {
+
+// Starts the program file `path` with `parameters` in the working directory `directory` (may be
+// empty), as if opened from the desktop: ShellExecuteExW, which may show the user why it could not.
+// The shell's names end at MAX_PATH units; a longer path is started by its extended-length name,
+// in the caller's own working directory when `directory` is too long to be one.
+//
+// True when it was started; `process` then holds the process, or nothing when the system did not
+// say which. False with the thread's last error set.
+[[nodiscard]] bool startProgram(const juce::String& path, const juce::String& parameters,
+                                const juce::String& directory, UniqueHandle& process);
+
+}  // namespace orvane

@@ -1,0 +1,141 @@
+#include "hooks/window_hook.h"
+
+#include "util/log.h"
+
+#include <juce_core/juce_core.h>
+
+namespace orvane {
+namespace {
+
+constexpr const wchar_t* hookProperty = L"window_hook_this_ptr";
+constexpr int maxSameWindows = 64;
+
+WindowHook* hookOf(HWND hwnd) { return static_cast<WindowHook*>(GetPropW(hwnd, hookProperty)); }
+
+WNDPROC setWindowProc(HWND hwnd, WNDPROC proc) {
+    return reinterpret_cast<WNDPROC>(
+        SetWindowLongW(hwnd, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
+}
+
+WNDPROC windowProc(HWND hwnd) {
+    return reinterpret_cast<WNDPROC>(GetWindowLongW(hwnd, GWL_WNDPROC));
+}
+
+bool belongsToThisProcess(HWND hwnd) {
+    DWORD process = 0;
+    return GetWindowThreadProcessId(hwnd, &process) != 0 && process == GetCurrentProcessId();
+}
+
+// The first such window, but rather one of this process: a second player's window looks the same
+// and cannot be hooked from here. The order of windows may change meanwhile, hence the limit.
+HWND findWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
+    HWND const first = FindWindowExW(parent, nullptr, className, caption);
+    HWND window = first;
+    for (int i = 0; window != nullptr && i < maxSameWindows; ++i) {
+        if (belongsToThisProcess(window)) return window;
+        window = FindWindowExW(parent, window, className, caption);
+    }
+    return first;
+}
+
+// Whoever took the window over after us may put our procedure back long after the plug-in is
+// gone; the code has to be there then.
+void keepModuleLoaded(WNDPROC code) {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                       reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(code)), &module);
+}
+
+// The player's window procedure is no place for exceptions of ours.
+template <typename Call>
+bool shielded(Call call) {
+    try {
+        return call();
+    } catch (...) {
+        return true;
+    }
+}
+
+}  // namespace
+
+WindowHook::~WindowHook() { RemoveHook(); }
+
+void WindowHook::OnAfterMessage(HWND, UINT, WPARAM, LPARAM, LRESULT) {}
+
+bool WindowHook::InstallHook(const wchar_t* caption, const wchar_t* className, HWND parent) {
+    if (caption == nullptr || className == nullptr) {
+        syslog(LOG_ERR, "WindowHook::InstallHook - wrong parameters");
+        return false;
+    }
+    RemoveHook();
+
+    HWND const window = findWindow(caption, className, parent);
+    if (window == nullptr) {
+        syslog(LOG_ERR,
+               "WindowHook::InstallHook - can't find window with class '%s' and caption '%s'",
+               juce::String(className).toRawUTF8(), juce::String(caption).toRawUTF8());
+        return false;
+    }
+    return InstallHook(window);
+}
+
+bool WindowHook::InstallHook(HWND hwnd) {
+    if (m_hwnd != nullptr) return false;
+
+    // A second hook on a window would call itself for ever, as the property leads back to it; and
+    // another process would take our pointer for one of its own.
+    const bool free = belongsToThisProcess(hwnd) && hookOf(hwnd) == nullptr;
+    if (free) m_oldWndProc = setWindowProc(hwnd, &HookProc);
+    if (m_oldWndProc == nullptr || !SetPropW(hwnd, hookProperty, this)) {
+        syslog(LOG_ERR, "WindowHook::InstallHook failed - can't save this pointer into the window");
+        if (m_oldWndProc != nullptr) setWindowProc(hwnd, m_oldWndProc);
+        m_oldWndProc = nullptr;
+        return false;
+    }
+    m_hwnd = hwnd;
+    return true;
+}
+
+void WindowHook::RemoveHook() {
+    HWND const hwnd = m_hwnd;
+    if (hwnd == nullptr || m_oldWndProc == nullptr) return;
+
+    // Without either mark it is a later window that got the handle of ours.
+    if (hookOf(hwnd) == this || windowProc(hwnd) == &HookProc) {
+        if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) keepModuleLoaded(&HookProc);
+        RemovePropW(hwnd, hookProperty);
+    }
+    m_hwnd = nullptr;
+    m_oldWndProc = nullptr;
+}
+
+bool WindowHook::postMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    HWND const hwnd = m_hwnd;
+    // With no window PostMessage would post to the calling thread, and succeed.
+    return hwnd != nullptr && PostMessageW(hwnd, message, wParam, lParam) == 1;
+}
+
+LRESULT CALLBACK WindowHook::HookProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+    WindowHook* const hook = hwnd != nullptr ? hookOf(hwnd) : nullptr;
+    if (hook == nullptr) return 0;
+
+    // Each call below may remove or destroy the hook, so nothing else is read from it unless the
+    // window still names it.
+    const WNDPROC oldWndProc = hook->m_oldWndProc;
+    LRESULT result = 0;
+    if (shielded([&] { return hook->OnMessage(hwnd, message, wParam, lParam); })) {
+        result = CallWindowProcW(oldWndProc, hwnd, message, wParam, lParam);
+        if (hookOf(hwnd) == hook) {
+            shielded([&] {
+                hook->OnAfterMessage(hwnd, message, wParam, lParam, result);
+                return true;
+            });
+        }
+    }
+
+    // The window's last message: its handle is soon another window's.
+    if (message == WM_NCDESTROY && hookOf(hwnd) == hook) hook->RemoveHook();
+    return result;
+}
+
+}  // namespace orvane

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace orvane {
+
+// Looks at the messages of one window of this process before (and, if wanted, after) the window's
+// own procedure gets them. The window finds its hook through the property
+// "window_hook_this_ptr", so there is at most one hook on a window.
+//
+// Installed, removed and destroyed on the thread that owns the window, where the operations below
+// are called as well; a hook may be removed or destroyed from inside one of its own operations.
+// getHwnd and postMessage may be called from any thread.
+class WindowHook {
+public:
+    WindowHook() = default;
+    virtual ~WindowHook();
+    WindowHook(const WindowHook&) = delete;
+    WindowHook& operator=(const WindowHook&) = delete;
+
+    // True lets the window's own procedure have the message, false swallows it: the sender gets 0.
+    // What it throws is dropped, and the message goes on.
+    virtual bool OnMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) = 0;
+
+    // Called with the result of the window's own procedure, unless that removed this hook.
+    virtual void OnAfterMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam,
+                                LRESULT result);
+
+    // Hooks the window with exactly this caption and class among `parent`'s children (null: among
+    // the top-level windows), after releasing the window hooked before. FindWindowExW.
+    [[nodiscard]] bool InstallHook(const wchar_t* caption, const wchar_t* className, HWND parent);
+
+    // Only for an idle hook. Fails, and leaves the window alone, when the window is gone, belongs
+    // to another process or is hooked already. SetWindowLongW, SetPropW.
+    [[nodiscard]] bool InstallHook(HWND hwnd);
+
+    // Gives the window its procedure back. Harmless on an idle hook and after the window's end.
+    void RemoveHook();
+
+    // PostMessageW to the hooked window; false while there is none.
+    bool postMessage(UINT message, WPARAM wParam, LPARAM lParam);
+
+    // Null while idle.
+    [[nodiscard]] HWND getHwnd() const { return m_hwnd; }
+
+private:
+    static LRESULT CALLBACK HookProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
+
+    std::atomic<HWND> m_hwnd{nullptr};  // commands ask for it on their own thread
+    WNDPROC m_oldWndProc{nullptr};
+};
+
+}  // namespace orvane

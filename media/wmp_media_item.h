@@ -1,0 +1,69 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+struct IWMPMedia;
+
+namespace orvane {
+
+// One track's metadata: an ordered record of named texts (keys ignore case), filled from a player
+// media item and written back into one; and the cover art of the item's file. Holds no reference
+// to a media item: each operation is given one, may be given none (null), and must run on a thread
+// on which COM is initialised. An object belongs to one operation on one thread.
+// Failures are results; a failed player call never stops the rest of an operation.
+class WmpMediaItem {
+public:
+    WmpMediaItem();
+
+    // A copy; an empty album artist becomes the track's artist.
+    explicit WmpMediaItem(const juce::StringPairArray& metadata);
+
+    void getMetadata(juce::StringPairArray& out) const;
+
+    // The player attribute that stands for a field, ignoring case; empty when there is none.
+    [[nodiscard]] static juce::String attributeNameFor(const juce::String& field);
+
+    // Fills the record anew. False, the record as it was, only without a media item; a field that
+    // cannot be read becomes empty.
+    [[nodiscard]] bool Load(IWMPMedia* media);
+
+    // Writes the fields that have a value (all of them with emptyOk), each with one call of the
+    // player; one that the player refuses is logged and skipped. False only without a media item.
+    // A field left out or empty never clears anything unless emptyOk is set.
+    [[nodiscard]] bool Save(IWMPMedia* media, bool emptyOk) const;
+
+    // One field from the item (getItemInfo); on failure it becomes the default and this is false.
+    bool readField(IWMPMedia* media, const juce::String& field, const juce::String& defaultValue);
+
+    // One field into the item (setItemInfo); a field without an attribute is none to write: true.
+    [[nodiscard]] bool writeField(IWMPMedia* media, const juce::String& field) const;
+
+    [[nodiscard]] juce::String getTrackTitle() const;
+    [[nodiscard]] juce::String getTrackArtist() const;
+    [[nodiscard]] juce::String getAlbumArtist() const;
+    [[nodiscard]] juce::String getAlbumTitle() const;
+    [[nodiscard]] juce::String getGenre() const;
+    [[nodiscard]] juce::String getFilename() const;
+    [[nodiscard]] juce::String getYear() const;
+    [[nodiscard]] juce::String getTrackNumber() const;
+
+    // How many sources of cover art there are: 1 for an embedded picture, otherwise the number of
+    // picture files beside the track (0, 1 or 2).
+    [[nodiscard]] static int countCoverArt(IWMPMedia* media);
+
+    // The first picture file beside the track, by its path.
+    [[nodiscard]] static bool findCoverArtFile(IWMPMedia* media, juce::String& path);
+
+    // Writes the embedded picture, as it is, to the file `path` (made or overwritten). False when
+    // there is none or it could not be written whole.
+    [[nodiscard]] static bool retrieveTrackCoverArt(IWMPMedia* media, const juce::String& path);
+
+    // Makes the image file at `path` the file's only embedded picture. False leaves the track as it
+    // was, also for an empty image: it would put nothing in the place of the pictures there are.
+    [[nodiscard]] static bool setAlbumCoverArt(IWMPMedia* media, const juce::String& path);
+
+private:
+    juce::StringPairArray m_record;
+};
+
+}  // namespace orvane

@@ -1,0 +1,126 @@
+#include "plugin/registration.h"
+
+#include <string>
+
+#include "platform/handles.h"
+#include "plugin/wmp_plugin.h"
+
+namespace orvane {
+namespace {
+
+constexpr const wchar_t* classesKey = L"CLSID";
+constexpr DWORD capabilities = PLUGIN_TYPE_BACKGROUND | PLUGIN_FLAGS_ACCEPTSPLAYLISTS |
+                               PLUGIN_FLAGS_ACCEPTSMEDIA | PLUGIN_FLAGS_INSTALLAUTORUN;
+constexpr std::size_t longestPath = 32767;  // characters, the system's limit
+
+std::wstring classIdText() {
+    wchar_t text[39] = {};
+    StringFromGUID2(CLSID_OrVaneWmpPlugin, text, static_cast<int>(std::size(text)));
+    return text;
+}
+
+// Full path of the module that holds this code; empty when the system does not tell.
+std::wstring modulePath() {
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExW(
+            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+            reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(&modulePath)), &module))
+        return {};
+    for (std::size_t size = MAX_PATH;; size *= 2) {
+        std::wstring path(size, L'\0');
+        const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(size));
+        if (length < size) return path.substr(0, length);
+        if (size > longestPath) return {};
+    }
+}
+
+// A chain of registry calls: the first failure is kept and the rest is left out.
+class RegistryWriter {
+public:
+    [[nodiscard]] HRESULT result() const { return HRESULT_FROM_WIN32(m_result); }
+
+    // Opens the key, made with its parents where missing.
+    UniqueRegKey create(HKEY parent, const wchar_t* path) {
+        UniqueRegKey key;
+        if (m_result == ERROR_SUCCESS)
+            note(RegCreateKeyExW(parent, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
+                                 nullptr));
+        return key;
+    }
+    // Opens the key if it is there.
+    UniqueRegKey openExisting(HKEY parent, const wchar_t* path) {
+        UniqueRegKey key;
+        if (m_result != ERROR_SUCCESS) return key;
+        const LSTATUS result = RegOpenKeyExW(parent, path, 0, KEY_ALL_ACCESS, key.put());
+        if (result != ERROR_FILE_NOT_FOUND) note(result);
+        return key;
+    }
+    void removeTree(const UniqueRegKey& parent, const std::wstring& name) {
+        if (m_result != ERROR_SUCCESS) return;
+        if (name.empty()) return note(ERROR_INVALID_PARAMETER);  // it would remove the parent's own
+        const LSTATUS result = RegDeleteTreeW(parent.get(), name.c_str());
+        if (result != ERROR_FILE_NOT_FOUND) note(result);
+    }
+    // `name` null: the key's default value.
+    void setText(const UniqueRegKey& key, const wchar_t* name, const std::wstring& text) {
+        if (m_result == ERROR_SUCCESS)
+            note(RegSetValueExW(key.get(), name, 0, REG_SZ,
+                                reinterpret_cast<const BYTE*>(text.c_str()),
+                                static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))));
+    }
+    void setNumber(const UniqueRegKey& key, const wchar_t* name, DWORD number) {
+        if (m_result == ERROR_SUCCESS)
+            note(RegSetValueExW(key.get(), name, 0, REG_DWORD,
+                                reinterpret_cast<const BYTE*>(&number), sizeof(number)));
+    }
+
+private:
+    void note(LSTATUS result) { m_result = static_cast<DWORD>(result); }
+
+    DWORD m_result = ERROR_SUCCESS;
+};
+
+}  // namespace
+
+HRESULT registerPlugin() {
+    const std::wstring module = modulePath();
+    if (module.empty()) return HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND);
+    const std::wstring classId = classIdText();
+    RegistryWriter registry;
+
+    const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, classesKey);
+    registry.removeTree(classes, classId);
+    const UniqueRegKey ourClass = registry.create(classes.get(), classId.c_str());
+    registry.setText(ourClass, nullptr, L"OrVaneWmpPlugin Class");
+    const UniqueRegKey server = registry.create(ourClass.get(), L"InprocServer32");
+    registry.setText(server, nullptr, module);
+    registry.setText(server, L"ThreadingModel", L"Apartment");
+
+    // The player finds the texts in the resources of the module, by its file name.
+    const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
+    registry.removeTree(plugins, classId);
+    const UniqueRegKey entry = registry.create(plugins.get(), classId.c_str());
+    registry.setText(entry, PLUGIN_INSTALLREGKEY_FRIENDLYNAME,
+                     L"res://OrVaneWmpPlugin.dll/RT_STRING/#102");
+    registry.setText(entry, PLUGIN_INSTALLREGKEY_DESCRIPTION,
+                     L"res://OrVaneWmpPlugin.dll/RT_STRING/#103");
+    registry.setNumber(entry, PLUGIN_INSTALLREGKEY_CAPABILITIES, capabilities);
+    return registry.result();
+}
+
+HRESULT unregisterPlugin() {
+    const std::wstring classId = classIdText();
+    RegistryWriter registry;
+    if (const auto classes = registry.openExisting(HKEY_CLASSES_ROOT, classesKey))
+        registry.removeTree(classes, classId);
+    if (const auto plugins = registry.openExisting(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY))
+        registry.removeTree(plugins, classId);
+    return registry.result();
+}
+
+void announcePluginChange() {
+    const UINT message = RegisterWindowMessageA(PLUGIN_ADD_REMOVE_MESSAGE);
+    if (message != 0) PostMessageW(HWND_BROADCAST, message, 0, 0);
+}
+
+}  // namespace orvane

@@ -1,0 +1,229 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+#include <juce_events/juce_events.h>
+#include <windows.h>
+
+#include <wmp.h>
+
+#include <memory>
+
+#include "common/app_connector.h"
+#include "common/plugin_methods.h"
+#include "hooks/wmp_window_hook.h"
+#include "platform/atlcom.h"
+#include "platform/wmp_plugin_ui.h"
+#include "plugin/juce_session.h"
+
+namespace orvane {
+
+// The class that the player finds in its registry key; both registry branches use it.
+extern const CLSID CLSID_OrVaneWmpPlugin;
+
+// COM objects end in Release; their interfaces have no virtual destructor by design.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// The object that the player creates. It links the player to the application: FinalConstruct starts
+// the application when it is not running, connects both pipes, hooks the player's main window and
+// starts the reconnect timer, or fails as a whole.
+//
+// Threads: the player's user-interface thread creates and releases the object and calls SetCore,
+// the event handlers and the timer; the reference count is plain, so no other thread may touch it.
+// The command pipe's reader thread calls the operations of IOrvanePluginMethods (all but
+// disconnectFromApp, which belongs to the object's thread), at any moment until the connector is
+// gone; they reach the player through core() and the window through withWindowHook() only.
+//
+// Errors: HRESULTs and booleans. Nothing throws out of here.
+class COrVaneWmpPlugin : public CComObjectRootEx<CComSingleThreadModel>,
+                         public CComCoClass<COrVaneWmpPlugin, &CLSID_OrVaneWmpPlugin>,
+                         public IWMPEvents,
+                         public IWMPPluginUI,
+                         public IOrvanePluginMethods,
+                         private JuceSession::Reference,  // around the timer's whole life
+                         public juce::Timer {
+public:
+    COrVaneWmpPlugin() = default;
+    ~COrVaneWmpPlugin() override;
+
+    // Writes or removes the registry entries of the class; plugin/registration.h.
+    static HRESULT WINAPI UpdateRegistry(BOOL registering);
+
+    BEGIN_COM_MAP(COrVaneWmpPlugin)
+    COM_INTERFACE_ENTRY(IWMPEvents)
+    COM_INTERFACE_ENTRY(IWMPPluginUI)
+    END_COM_MAP()
+    DECLARE_PROTECT_FINAL_CONSTRUCT()
+
+    // S_OK, or E_FAIL after one log line with the reason.
+    HRESULT FinalConstruct();
+    // Says goodbye, removes the hook and ends the link. Waits for a running command while it lets
+    // the player serve that command's calls on this thread.
+    void FinalRelease();
+
+    // ---- IWMPPluginUI
+    STDMETHOD(SetCore)(IWMPCore* core) override;
+    STDMETHOD(Create)(HWND parent, HWND* window) override;
+    STDMETHOD(Destroy)() override;
+    STDMETHOD(DisplayPropertyPage)(HWND parent) override;
+    STDMETHOD(GetProperty)(const WCHAR* name, VARIANT* value) override;
+    STDMETHOD(SetProperty)(const WCHAR* name, const VARIANT* value) override;
+    STDMETHOD(TranslateAccelerator)(MSG* message) override;
+
+    // ---- IWMPEvents (player_events.cpp)
+    STDMETHOD_(void, OpenStateChange)(LONG newState) override;
+    STDMETHOD_(void, PlayStateChange)(LONG newState) override;
+    STDMETHOD_(void, AudioLanguageChange)(LONG languageId) override;
+    STDMETHOD_(void, StatusChange)() override;
+    STDMETHOD_(void, ScriptCommand)(BSTR type, BSTR parameter) override;
+    STDMETHOD_(void, NewStream)() override;
+    STDMETHOD_(void, Disconnect)(LONG result) override;
+    STDMETHOD_(void, Buffering)(VARIANT_BOOL start) override;
+    STDMETHOD_(void, Error)() override;
+    STDMETHOD_(void, Warning)(LONG type, LONG parameter, BSTR description) override;
+    STDMETHOD_(void, EndOfStream)(LONG result) override;
+    STDMETHOD_(void, PositionChange)(double oldPosition, double newPosition) override;
+    STDMETHOD_(void, MarkerHit)(LONG marker) override;
+    STDMETHOD_(void, DurationUnitChange)(LONG unit) override;
+    STDMETHOD_(void, CdromMediaChange)(LONG drive) override;
+    STDMETHOD_(void, PlaylistChange)
+    (IDispatch* playlist, WMPPlaylistChangeEventType change) override;
+    STDMETHOD_(void, CurrentPlaylistChange)(WMPPlaylistChangeEventType change) override;
+    STDMETHOD_(void, CurrentPlaylistItemAvailable)(BSTR name) override;
+    STDMETHOD_(void, MediaChange)(IDispatch* item) override;
+    STDMETHOD_(void, CurrentMediaItemAvailable)(BSTR name) override;
+    STDMETHOD_(void, CurrentItemChange)(IDispatch* media) override;
+    STDMETHOD_(void, MediaCollectionChange)() override;
+    STDMETHOD_(void, MediaCollectionAttributeStringAdded)(BSTR name, BSTR value) override;
+    STDMETHOD_(void, MediaCollectionAttributeStringRemoved)(BSTR name, BSTR value) override;
+    STDMETHOD_(void, MediaCollectionAttributeStringChanged)
+    (BSTR name, BSTR oldValue, BSTR newValue) override;
+    STDMETHOD_(void, PlaylistCollectionChange)() override;
+    STDMETHOD_(void, PlaylistCollectionPlaylistAdded)(BSTR name) override;
+    STDMETHOD_(void, PlaylistCollectionPlaylistRemoved)(BSTR name) override;
+    STDMETHOD_(void, PlaylistCollectionPlaylistSetAsDeleted)
+    (BSTR name, VARIANT_BOOL deleted) override;
+    STDMETHOD_(void, ModeChange)(BSTR mode, VARIANT_BOOL value) override;
+    STDMETHOD_(void, MediaError)(IDispatch* media) override;
+    STDMETHOD_(void, OpenPlaylistSwitch)(IDispatch* item) override;
+    STDMETHOD_(void, DomainChange)(BSTR domain) override;
+    STDMETHOD_(void, SwitchedToPlayerApplication)() override;
+    STDMETHOD_(void, SwitchedToControl)() override;
+    STDMETHOD_(void, PlayerDockedStateChange)() override;
+    STDMETHOD_(void, PlayerReconnect)() override;
+    STDMETHOD_(void, Click)(short button, short shiftState, LONG x, LONG y) override;
+    STDMETHOD_(void, DoubleClick)(short button, short shiftState, LONG x, LONG y) override;
+    STDMETHOD_(void, KeyDown)(short keyCode, short shiftState) override;
+    STDMETHOD_(void, KeyPress)(short key) override;
+    STDMETHOD_(void, KeyUp)(short keyCode, short shiftState) override;
+    STDMETHOD_(void, MouseDown)(short button, short shiftState, LONG x, LONG y) override;
+    STDMETHOD_(void, MouseMove)(short button, short shiftState, LONG x, LONG y) override;
+    STDMETHOD_(void, MouseUp)(short button, short shiftState, LONG x, LONG y) override;
+
+    // ---- IOrvanePluginMethods (playlists.cpp)
+    bool createSpecialPlaylistFolders() override;
+    bool addToCleanedFolder(const juce::String& playlistName,
+                            const juce::StringArray& trackPaths) override;
+    bool addToNotFoundFolder(const juce::String& playlistName,
+                             const juce::StringArray& trackPaths) override;
+    bool addToDirtyFolder(const juce::String& playlistName,
+                          const juce::StringArray& trackPaths) override;
+    bool nestedPlaylistsSupported() override;
+    int getPlaylistCount(const juce::String& specialFolderName) override;
+    bool getPlaylistName(const juce::String& specialFolderName, int playlistIndex,
+                         juce::String& name) override;
+    bool removePlaylist(const juce::String& specialFolderName,
+                        const juce::String& playlistName) override;
+    int getPlaylistTrackCount(const juce::String& specialFolderName,
+                              const juce::String& playlistName) override;
+    bool getPlaylistTrackPath(const juce::String& specialFolderName,
+                              const juce::String& playlistName, int trackIndex,
+                              juce::String& path) override;
+    bool removeTrackFromPlaylist(const juce::String& specialFolderName,
+                                 const juce::String& playlistName,
+                                 const juce::String& trackPath) override;
+
+    // ---- IOrvanePluginMethods (playback.cpp)
+    bool pause() override;
+    bool stop() override;
+    bool startCurrent() override;
+    bool start(const juce::String& trackPath) override;
+    bool isPlaying() override;
+    bool isPaused() override;
+    bool isShufflePlay() override;
+    bool isRepeatTrack() override;
+    bool isRepeatAll() override;
+    bool isInSpecialMode() override;
+    bool supportsRandomTrackAccess() override;
+    void close() override;
+
+    // ---- IOrvanePluginMethods (media_info.cpp)
+    bool getCurrentMediaInfo(juce::StringPairArray& metadataOut) override;
+    bool getMediaInfoFromPath(const juce::String& trackPath, juce::StringPairArray& metadataOut,
+                              const juce::String& albumArtPath) override;
+    bool getMediaInfoFromIndex(int trackIndex, juce::StringPairArray& metadataOut,
+                               const juce::String& albumArtPath) override;
+    bool setMediaInfoToPath(const juce::String& trackPath, const juce::StringPairArray& metadata,
+                            const juce::String& albumArtPath, bool emptyOk) override;
+    bool setMediaInfoToIndex(int trackIndex, const juce::StringPairArray& metadata,
+                             const juce::String& albumArtPath, bool emptyOk) override;
+    int getTrackCount() override;
+
+    // ---- IOrvanePluginMethods (send_to.cpp and wmp_plugin.cpp)
+    bool sendSelectedTracks() override;
+    bool disconnectFromApp() override;
+
+    void timerCallback() override;
+
+private:
+    // The player's core as a reference of the caller's own, null while there is none. Any thread.
+    // An operation takes it once and works on that, whatever SetCore does meanwhile.
+    [[nodiscard]] CComPtr<IWMPCore> core() const;
+
+    // Calls `use` with the main-window hook, when there is one, while it cannot go away. Any
+    // thread. `use` must neither send messages nor wait: the player's thread may wait for its end.
+    template <typename Use>
+    void withWindowHook(Use&& use) {
+        const juce::ScopedLock lock(m_lock);
+        if (m_windowHook != nullptr) use(*m_windowHook);
+    }
+
+    // The connector while the object is linked; null once FinalRelease has begun to end the link
+    // (calls from the player may still arrive then). The object's thread.
+    [[nodiscard]] AppConnector* connector() const { return m_connector.get(); }
+
+    // The library item with that source path, when there is exactly one; `core` may be null.
+    [[nodiscard]] static CComPtr<IWMPMedia> getMediaByPath(IWMPCore* core,
+                                                           const juce::String& path);
+    // The library item at that position, or null; `core` may be null.
+    [[nodiscard]] static CComPtr<IWMPMedia> getMediaByIndex(IWMPCore* core, int trackIndex);
+    // Appends what is in the library to the first playlist of that name, made when there is none;
+    // true when there is such a playlist in the end.
+    [[nodiscard]] static bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
+                                                  const juce::StringArray& trackPaths);
+    // Polls the player until it is in the state; false after timeoutMs without. Dispatches the
+    // calling thread's own messages meanwhile. plugin/play_state_wait.h.
+    [[nodiscard]] static bool waitForPlayState(IWMPCore& core, WMPPlayState wanted,
+                                               DWORD timeoutMs);
+    // Starts what is current and waits until it plays; a wait in vain is logged.
+    [[nodiscard]] static bool playAndWait(IWMPCore& core, IWMPControls& controls);
+
+    HRESULT link();
+    HRESULT attach(IWMPCore* core);
+    void unload();
+    void unlink();
+
+    CComPtr<IWMPCore> m_core;  // written under m_lock, by the object's thread only
+    CComPtr<IConnectionPoint> m_connectionPoint;
+    DWORD m_adviseCookie = 0;                      // 0: not advised
+    std::unique_ptr<WmpWindowHook> m_windowHook;   // written under m_lock
+    std::unique_ptr<WindowHook> m_listWindowHook;  // on the track list; nothing fills it yet
+    std::unique_ptr<AppConnector> m_connector;
+
+    juce::CriticalSection m_lock;  // never held across a call into the player
+    bool m_released = false;       // FinalRelease has begun: no core is taken any more
+};
+
+#pragma GCC diagnostic pop
+
+}  // namespace orvane

@@ -1,0 +1,36 @@
+#pragma once
+
+// The objects of the file format that we understand, as their bytes stand in a file.
+
+#include <array>
+#include <cstdint>
+
+namespace orvane::asf {
+
+using Guid = std::array<std::uint8_t, 16>;
+
+// From the usual notation: the first three groups are little-endian numbers in the file.
+constexpr Guid makeGuid(std::uint32_t a, std::uint16_t b, std::uint16_t c, std::uint64_t d) {
+    Guid guid{};
+    for (unsigned i = 0; i < 4; ++i) guid[i] = static_cast<std::uint8_t>(a >> (8 * i));
+    for (unsigned i = 0; i < 2; ++i) guid[4 + i] = static_cast<std::uint8_t>(b >> (8 * i));
+    for (unsigned i = 0; i < 2; ++i) guid[6 + i] = static_cast<std::uint8_t>(c >> (8 * i));
+    for (unsigned i = 0; i < 8; ++i) guid[8 + i] = static_cast<std::uint8_t>(d >> (56 - 8 * i));
+    return guid;
+}
+
+inline constexpr Guid headerGuid = makeGuid(0x75B22630, 0x668E, 0x11CF, 0xA6D900AA0062CE6C);
+inline constexpr Guid filePropertiesGuid = makeGuid(0x8CABDCA1, 0xA947, 0x11CF, 0x8EE400C00C205365);
+inline constexpr Guid contentDescriptionGuid =
+    makeGuid(0x75B22633, 0x668E, 0x11CF, 0xA6D900AA0062CE6C);
+inline constexpr Guid extendedContentDescriptionGuid =
+    makeGuid(0xD2D0A440, 0xE307, 0x11D2, 0x97F000A0C95EA850);
+inline constexpr Guid headerExtensionGuid =
+    makeGuid(0x5FBF03B5, 0xA92E, 0x11CF, 0x8EE300C00C205365);
+inline constexpr Guid headerExtensionReservedGuid =
+    makeGuid(0xABD3D211, 0xA9BA, 0x11CF, 0x8EE600C00C205365);
+inline constexpr Guid metadataGuid = makeGuid(0xC5F8CBEA, 0x5BAF, 0x4877, 0x8467AA8C44FA4CCA);
+inline constexpr Guid metadataLibraryGuid =
+    makeGuid(0x44231C94, 0x9498, 0x49D1, 0xA1411D134E457054);
+
+}  // namespace orvane::asf

@@ -1,0 +1,166 @@
+#pragma once
+
+// What every COM object of the stand-in player shares: a counted pointer, reference counting with
+// QueryInterface over a list of interfaces, IDispatch methods that nobody calls, and text.
+
+#include <windows.h>
+
+#include <oaidl.h>
+
+#include <atomic>
+#include <string>
+#include <utility>
+
+namespace orvane::standin {
+
+// Counted COM pointer; releases on destruction.
+template <typename T>
+class ComRef {
+public:
+    ComRef() = default;
+    explicit ComRef(T* pointer) : m_pointer(pointer) {
+        if (m_pointer != nullptr) m_pointer->AddRef();
+    }
+    ComRef(const ComRef& other) : ComRef(other.m_pointer) {}
+    ComRef(ComRef&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
+    ~ComRef() { reset(); }
+    ComRef& operator=(ComRef other) noexcept {
+        std::swap(m_pointer, other.m_pointer);
+        return *this;
+    }
+
+    // Takes over a reference that the caller owns.
+    static ComRef adopt(T* pointer) {
+        ComRef ref;
+        ref.m_pointer = pointer;
+        return ref;
+    }
+
+    void reset() {
+        if (T* old = std::exchange(m_pointer, nullptr)) old->Release();
+    }
+    [[nodiscard]] T* get() const { return m_pointer; }
+    T* operator->() const { return m_pointer; }
+    explicit operator bool() const { return m_pointer != nullptr; }
+
+    // For out arguments; drops what was held.
+    T** put() {
+        reset();
+        return &m_pointer;
+    }
+    void** putVoid() { return reinterpret_cast<void**>(put()); }
+    T* detach() { return std::exchange(m_pointer, nullptr); }
+
+    // Another interface of the object, empty when it has none.
+    template <typename Other>
+    [[nodiscard]] ComRef<Other> query() const {
+        ComRef<Other> other;
+        if (m_pointer != nullptr &&
+            FAILED(m_pointer->QueryInterface(__uuidof(Other), other.putVoid())))
+            return {};
+        return other;
+    }
+
+private:
+    T* m_pointer = nullptr;
+};
+
+// Objects handed out and not yet released, in the whole process: how a test sees a leak.
+inline std::atomic<long>& liveObjects() {
+    static std::atomic<long> count{0};
+    return count;
+}
+
+// No COM interface has a virtual destructor: objects end in Release.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// Counting is atomic: the player hands its objects to plug-ins that use them from any thread.
+template <typename... Interfaces>
+class ComObject : public Interfaces... {
+public:
+    ComObject() { ++liveObjects(); }
+    virtual ~ComObject() { --liveObjects(); }
+    ComObject(const ComObject&) = delete;
+    ComObject& operator=(const ComObject&) = delete;
+
+    STDMETHOD_(ULONG, AddRef)() override { return static_cast<ULONG>(++m_references); }
+    STDMETHOD_(ULONG, Release)() override {
+        const long left = --m_references;
+        if (left == 0) delete this;
+        return static_cast<ULONG>(left);
+    }
+    STDMETHOD(QueryInterface)(REFIID iid, void** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = find(iid);
+        if (*out == nullptr) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+
+protected:
+    // The pointer to answer for `iid`, not counted; null when the object lacks it.
+    virtual void* find(REFIID iid) = 0;
+
+    // `pointer` when `iid` is one of a chain of interfaces that derive from one another.
+    template <typename... Chain, typename Pointer>
+    static void* match(REFIID iid, Pointer* pointer) {
+        return ((iid == __uuidof(Chain)) || ...) ? static_cast<void*>(pointer) : nullptr;
+    }
+
+private:
+    std::atomic<long> m_references{1};
+};
+
+// The automation half that scripts would use; plug-ins call the interfaces directly.
+template <typename... Interfaces>
+class DispatchObject : public ComObject<Interfaces...> {
+public:
+    STDMETHOD(GetTypeInfoCount)(UINT* count) override {
+        if (count != nullptr) *count = 0;
+        return E_NOTIMPL;
+    }
+    STDMETHOD(GetTypeInfo)(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHOD(GetIDsOfNames)(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHOD(Invoke)
+    (DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+};
+
+#pragma GCC diagnostic pop
+
+// A new object; its first reference belongs to the result.
+template <typename T, typename... Arguments>
+ComRef<T> makeObject(Arguments&&... arguments) {
+    return ComRef<T>::adopt(new T(std::forward<Arguments>(arguments)...));
+}
+
+inline std::wstring textOf(BSTR text) {
+    return text == nullptr ? std::wstring() : std::wstring(text, SysStringLen(text));
+}
+
+// Hands out a new BSTR that the caller frees.
+inline HRESULT giveText(const std::wstring& text, BSTR* out) {
+    *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    return *out == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+// A BSTR for the length of a call.
+class Text {
+public:
+    explicit Text(const std::wstring& text)
+        : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
+    ~Text() { SysFreeString(m_text); }
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
+    [[nodiscard]] BSTR get() const { return m_text; }
+
+private:
+    BSTR m_text;
+};
+
+std::string toUtf8(const std::wstring& text);
+std::wstring toWide(const std::string& text);
+
+}  // namespace orvane::standin

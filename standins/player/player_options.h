@@ -1,0 +1,70 @@
+#pragma once
+
+// What the stand-in player is told about its library, its moods and its window, by a test or by
+// the command line.
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvane::standin {
+
+struct PlayerOptions {
+    // Library. The folder is read once, with its subfolders; items are listed by path.
+    std::filesystem::path library;
+    unsigned synthetic = 0;               // further items without files, tags kept in memory
+    std::vector<std::wstring> listTwice;  // a path that contains one of these is listed twice
+
+    // Playback. Real players take their time; tiny samples would end before anybody could look.
+    unsigned startDelayMs = 120;  // transitioning, then playing
+    unsigned stopDelayMs = 30;
+    unsigned pauseDelayMs = 20;
+    unsigned trackLengthMs = 60000;  // a track plays at least that long
+    bool autoStart = false;          // a new URL starts playing by itself
+    std::set<long> neverReached;     // play states that are never reached
+    std::wstring refusePath;         // put_URL fails for a path that contains this; empty: none
+
+    // Settings modes by name.
+    std::map<std::wstring, bool> modes = {
+        {L"shuffle", false}, {L"autoRewind", false}, {L"loop", false}};
+
+    // Faults.
+    bool refuseAdvise = false;          // Advise fails with CONNECT_E_ADVISELIMIT
+    bool cookieZero = false;            // Advise succeeds with cookie 0 and no events
+    std::vector<long> errors;           // error codes in the player's error list
+    std::set<std::string> failCalls;    // "IWMPCore::get_controls": that call gives E_FAIL
+    std::set<std::wstring> failReads;   // attributes that cannot be read
+    std::set<std::wstring> failWrites;  // attributes that cannot be written
+    unsigned callDelayMs = 0;           // each call takes that much longer
+
+    // Calls from other threads: true hands each to the player's own thread, as a player with
+    // apartment objects does; false serves them where they are made, under a lock.
+    bool serveOnOwnThread = false;
+
+    // The program only.
+    bool hidden = false;  // do not show the window after start
+    bool loadPlugins = true;
+    bool closeAtEnd = false;       // close when the script ends
+    bool exitOnClose = false;      // WM_CLOSE leaves the process with the plug-in still alive
+    unsigned lifetimeSeconds = 0;  // close by itself after that; 0: never
+    std::wstring script;           // file with commands, "-": standard input, empty: none
+    bool help = false;
+};
+
+// Reads "--key=value" arguments (without the program's name). False with a sentence in `error`
+// when one is unknown or malformed.
+bool parseOptions(const std::vector<std::wstring>& arguments, PlayerOptions& options,
+                  std::string& error);
+
+// Pieces of it that script commands take as well: a decimal number, a 32-bit code in decimal or
+// after 0x in hexadecimal, the play state that "playing", "paused" or "stopped" names.
+bool readNumber(const std::wstring& text, unsigned& number);
+bool readCode(const std::wstring& text, long& code);
+bool readState(const std::wstring& text, long& state);
+
+// All options and script commands, for --help.
+std::string usageText();
+
+}  // namespace orvane::standin

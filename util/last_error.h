@@ -1,0 +1,22 @@
+#pragma once
+
+#include <windows.h>
+
+namespace orvane {
+
+// The thread's last error as it was found, restored on leaving: what follows a failed call, such as
+// closing a handle, must not hide the reason from the caller.
+class KeepLastError {
+public:
+    KeepLastError() noexcept : m_error(GetLastError()) {}
+    ~KeepLastError() { SetLastError(m_error); }
+    KeepLastError(const KeepLastError&) = delete;
+    KeepLastError& operator=(const KeepLastError&) = delete;
+
+    [[nodiscard]] DWORD code() const noexcept { return m_error; }
+
+private:
+    const DWORD m_error;
+};
+
+}  // namespace orvane

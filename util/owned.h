@@ -1,0 +1,48 @@
+#pragma once
+
+// The texts and buffers that this library hands out: new allocations, freed by their owner.
+// Nothing here throws; what cannot be allocated is none (a null pointer).
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <initializer_list>
+#include <memory>
+#include <string_view>
+
+namespace orvane {
+
+// One UTF-16 unit, two bytes on every platform; on Windows the type that the wide calls take.
+#ifdef _WIN32
+using Wide = wchar_t;
+#else
+using Wide = char16_t;
+#endif
+static_assert(sizeof(Wide) == 2);
+
+struct FreeDeleter {
+    void operator()(void* memory) const noexcept { std::free(memory); }
+};
+
+using OwnedText = std::unique_ptr<char[], FreeDeleter>;            // UTF-8, NUL-terminated
+using OwnedWide = std::unique_ptr<Wide[], FreeDeleter>;            // UTF-16, NUL-terminated
+using OwnedBytes = std::unique_ptr<unsigned char[], FreeDeleter>;  // data of any kind
+
+// Zeroed memory, or none when there is not enough or the size in bytes does not fit.
+[[nodiscard]] inline OwnedText allocateText(std::size_t bytes) noexcept {
+    return OwnedText(static_cast<char*>(std::calloc(bytes, 1)));
+}
+[[nodiscard]] inline OwnedWide allocateWide(std::size_t units) noexcept {
+    return OwnedWide(static_cast<Wide*>(std::calloc(units, sizeof(Wide))));
+}
+[[nodiscard]] inline OwnedBytes allocateBytes(std::size_t bytes) noexcept {
+    return OwnedBytes(static_cast<unsigned char*>(std::calloc(bytes, 1)));
+}
+
+// The parts in a row as one new text, or none.
+[[nodiscard]] OwnedText joinTexts(std::initializer_list<std::string_view> parts) noexcept;
+[[nodiscard]] inline OwnedText duplicateText(std::string_view text) noexcept {
+    return joinTexts({text});
+}
+
+}  // namespace orvane
