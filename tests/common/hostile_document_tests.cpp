@@ -101,6 +101,7 @@ TEST(HostileDocument, TakesTimeLinearInItsSize) {
         {"attributes", "<command " + repeated("a='' ", size / 5) + "/>"},
         {"comments", "<command><v>" + repeated("x<!---->", size / 8) + "</v></command>"},
         {"instructions", "<command>" + repeated("<?p?>t", size / 6) + "</command>"},
+        {"runs", "<command><v>" + repeated("x<b/>", size / 5) + "</v></command>"},
         {"references", "<command><v>" + repeated("&#9;", size / 4) + "</v></command>"},
         {"spaces", "<command><v>" + std::string(size, ' ') + "</v></command>"},
         {"same parameter", "<command>" + repeated("<v>1</v>", size / 8) + "</command>"},

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 
@@ -168,8 +169,12 @@ std::chrono::milliseconds roundTrip(int tracks) {
 
 TEST(Cost, GrowsWithTheNumberOfTracks) {
     roundTrip(1000);  // caches, allocator
-    const auto base = roundTrip(20'000 / test::slowdown);
-    const auto fourfold = roundTrip(80'000 / test::slowdown);
+    // The best of several: the machine may be busy with other things.
+    const auto best = [](int tracks) {
+        return std::min({roundTrip(tracks), roundTrip(tracks), roundTrip(tracks)});
+    };
+    const auto base = best(20'000 / test::slowdown);
+    const auto fourfold = best(80'000 / test::slowdown);
     ::testing::Test::RecordProperty("ms_for_20000_tracks", static_cast<int>(base.count()));
     EXPECT_LT(base.count(), 1500);
     // Four times the work; quadratic cost would show as sixteen.
