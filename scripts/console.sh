@@ -23,7 +23,7 @@ else
 fi
 mkdir -p "$console"
 
-claim_wine console
+claim_wine
 trap end_everything EXIT
 trap 'exit 130' INT TERM
 start_wine_session

@@ -16,6 +16,13 @@ constexpr const char* connectHint =
     "nobody is connected to the command pipe; start the player with the plug-in "
     "('wait connected within 10000' waits for it)";
 
+// A reader that refuses a header takes the next eight bytes for one, and so on: only a payload of
+// whole eights leaves it where the next frame begins.
+std::string inWholeEights(std::string payload) {
+    payload.resize((payload.size() + 7) / 8 * 8, '\0');
+    return payload;
+}
+
 }  // namespace
 
 Interpreter::Interpreter(Link& link, Arrivals& arrivals, Output& output)
@@ -334,8 +341,10 @@ Interpreter::Outcome Interpreter::badLength(const Words& words, std::string_view
     if (!claimed) return wrong("badlength takes the length to claim: badlength 10485760");
     const auto payload = payloadOf(words, 1);
     if (!payload) return wrong(payload.error);
-    return sendBytes(frameAround(payload.value, *claimed),
-                     "a frame that claims " + words[0] + " bytes");
+    return sendBytes(
+        frameAround(frame::isPayloadLength(*claimed) ? payload.value : inWholeEights(payload.value),
+                    *claimed),
+        "a frame that claims " + words[0] + " bytes");
 }
 
 Interpreter::Outcome Interpreter::cut(const Words& words, std::string_view) {

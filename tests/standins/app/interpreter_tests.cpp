@@ -160,7 +160,8 @@ TEST_F(Session, SendsFramesThatAreWrongOnPurpose) {
     m_sent.clear();
     m_interpreter.run("badmagic pause");
     EXPECT_EQ(m_sent.substr(0, 4), "\xEF\xBE\xAD\xDE");
-    EXPECT_EQ(m_sent.substr(8), commandPayload("pause", {}));
+    EXPECT_THAT(m_sent, HasSubstr("event=\"pause\""));
+    EXPECT_EQ(m_sent.size() % 8, 0u);  // so that the reader finds the next frame
     m_sent.clear();
     m_interpreter.run("badlength 10485760 pause");
     EXPECT_EQ(m_sent.substr(4, 4), "\x00\x00\xA0\x00"s);
