@@ -209,7 +209,7 @@ private:
     [[nodiscard]] static bool playAndWait(IWMPCore& core, IWMPControls& controls);
 
     HRESULT link();
-    HRESULT attach();
+    HRESULT attach(IWMPCore* core);
     void unload();
     void unlink();
 
