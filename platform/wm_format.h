@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <nserror.h>
 #include <wmsdkidl.h>
 
 #ifndef __IWMMetadataEditor2_INTERFACE_DEFINED__
@@ -43,10 +44,17 @@ static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
 
 // Failures of the runtime that mingw's nserror.h does not name.
 #ifndef ASF_E_BUFFERTOOSMALL
-#define ASF_E_BUFFERTOOSMALL _HRESULT_TYPEDEF_(0xC00D07D1)
+#define ASF_E_BUFFERTOOSMALL static_cast<HRESULT>(0xC00D07D1)
+#endif
+#ifndef ASF_E_BADLANGUAGEID
+#define ASF_E_BADLANGUAGEID static_cast<HRESULT>(0xC00D07D2)
 #endif
 #ifndef ASF_E_NOTFOUND
-#define ASF_E_NOTFOUND _HRESULT_TYPEDEF_(0xC00D07F0)
+#define ASF_E_NOTFOUND static_cast<HRESULT>(0xC00D07F0)
+#endif
+
+#ifndef ASF_E_INVALIDSTATE
+#define ASF_E_INVALIDSTATE static_cast<HRESULT>(0xC00D07F5)
 #endif
 
 namespace orvane::wm_format {

@@ -55,5 +55,9 @@ bool replaceFile(const std::filesystem::path& source, const std::filesystem::pat
                  std::string& error);
 void removeFile(const std::filesystem::path& path) noexcept;
 std::uint32_t processId();
+#ifdef _WIN32
+// The form of a path that has no length limit.
+std::wstring extendedLength(const std::filesystem::path& path);
+#endif
 
 }  // namespace orvane::asf

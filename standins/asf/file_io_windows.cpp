@@ -24,26 +24,6 @@ std::string failure(const char* call) {
     }
 }
 
-// The form of a path that has no length limit. It takes no relative paths, no "/" and no "..", so
-// the system makes the path full first.
-std::wstring extendedLength(const std::filesystem::path& path) {
-    const std::wstring& given = path.native();
-    if (given.starts_with(LR"(\\?\)")) return given;
-    std::wstring full(given.size() + MAX_PATH, L'\0');
-    DWORD length =
-        GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    if (length >= full.size()) {
-        full.resize(length);
-        length =
-            GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    }
-    if (length == 0 || length >= full.size()) return given;
-    full.resize(length);
-    if (full.starts_with(LR"(\\.\)")) return full;
-    if (full.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
-    return LR"(\\?\)" + full;
-}
-
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 HANDLE handle(std::intptr_t native) { return reinterpret_cast<HANDLE>(native); }
@@ -166,6 +146,25 @@ void removeFile(const std::filesystem::path& path) noexcept {
         // Out of memory: the file stays, under a name that nothing looks for.
         return;
     }
+}
+
+// That form takes no relative paths, no "/" and no "..", so the system makes the path full first.
+std::wstring extendedLength(const std::filesystem::path& path) {
+    const std::wstring& given = path.native();
+    if (given.starts_with(LR"(\\?\)")) return given;
+    std::wstring full(given.size() + MAX_PATH, L'\0');
+    DWORD length =
+        GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    if (length >= full.size()) {
+        full.resize(length);
+        length =
+            GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    }
+    if (length == 0 || length >= full.size()) return given;
+    full.resize(length);
+    if (full.starts_with(LR"(\\.\)")) return full;
+    if (full.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
+    return LR"(\\?\)" + full;
 }
 
 std::uint32_t processId() { return GetCurrentProcessId(); }

@@ -1,0 +1,80 @@
+#include "standins/format/opened_file.h"
+
+#include <array>
+#include <cwchar>
+#include <string>
+#include <utility>
+
+#include "platform/wm_format.h"
+#include "standins/asf/file_io.h"
+
+namespace orvane::standin {
+
+namespace {
+
+asf::ReplaceFault faultFromEnvironment() {
+    std::array<wchar_t, 24> text{};
+    const DWORD length = GetEnvironmentVariableW(L"ORVANE_STANDIN_FAIL_FLUSH", text.data(),
+                                                 static_cast<DWORD>(text.size()));
+    asf::ReplaceFault fault;
+    if (length > 0 && length < text.size())
+        fault.diskFullAfter = std::wcstoull(text.data(), nullptr, 10);
+    return fault;
+}
+
+HRESULT openFailure(DWORD error) {
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+            return NS_E_FILE_NOT_FOUND;
+        case ERROR_ACCESS_DENIED:
+            return E_ACCESSDENIED;
+        default:
+            return NS_E_FILE_OPEN_FAILED;
+    }
+}
+
+}  // namespace
+
+HRESULT OpenedFile::open(const WCHAR* path, DWORD access, DWORD share) {
+    if (!path) return E_POINTER;
+    if (isOpen()) return ASF_E_INVALIDSTATE;
+    const bool writable = (access & GENERIC_WRITE) != 0;
+    // Who may not delete the file may not replace it: better to fail now than when flushing. We
+    // read the header through a second handle, so reading is always shared.
+    UniqueFile lock(CreateFileW(
+        asf::extendedLength(path).c_str(), GENERIC_READ | (writable ? GENERIC_WRITE | DELETE : 0),
+        share | FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!lock) return openFailure(GetLastError());
+    std::string error;
+    auto header = asf::readHeader(path, error);
+    if (!header) return NS_E_INVALID_INPUT_FORMAT;
+    m_path = path;
+    m_lock = std::move(lock);
+    m_header = std::move(header);
+    m_writable = writable;
+    m_changed = false;
+    return S_OK;
+}
+
+void OpenedFile::close() noexcept {
+    m_lock.reset();
+    m_header.reset();
+    m_writable = false;
+    m_changed = false;
+}
+
+HRESULT OpenedFile::flush() {
+    if (!isOpen()) return ASF_E_INVALIDSTATE;
+    const std::optional<asf::Header> header = std::exchange(m_header, std::nullopt);
+    const bool changed = m_changed;
+    const bool writable = m_writable;
+    close();
+    if (!changed) return S_OK;
+    std::string error;
+    if (!writable || !asf::replaceHeader(m_path, *header, error, faultFromEnvironment()))
+        return NS_E_FILE_WRITE;
+    return S_OK;
+}
+
+}  // namespace orvane::standin
