@@ -3,11 +3,10 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "util/long_names.h"
 
 namespace orvane {
 namespace {
-
-constexpr wchar_t kExtended[] = L"\\\\?\\";
 
 UniqueFile openForQuery(const juce::String& path) {
     return UniqueFile(CreateFileW(fileNameOf(path).c_str(), FILE_READ_ATTRIBUTES,
@@ -19,16 +18,10 @@ UniqueFile openForQuery(const juce::String& path) {
 
 std::wstring fileNameOf(const juce::String& path) {
     std::wstring name = path.toWideCharPointer();
-    if (name.size() < MAX_PATH || name.starts_with(kExtended)) return name;
+    if (name.size() < MAX_PATH) return name;
 
-    // The extended-length form is taken literally: have Windows resolve what it will not any more
-    // (relative parts, "/", doubled separators). This call has no limit of its own.
-    const DWORD size = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    const DWORD length = GetFullPathNameW(name.c_str(), size, full.data(), nullptr);
-    if (length == 0 || length >= size) return name;
-    full.resize(length);
-    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : kExtended + full;
+    const OwnedWide extended = utl_get_unicode_filename(path.toRawUTF8(), 0);
+    return extended ? extended.get() : name;
 }
 
 bool fileExists(const juce::String& path) {

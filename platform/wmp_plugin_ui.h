@@ -30,8 +30,7 @@ constexpr const wchar_t* PLUGIN_MISC_PLAYLISTSENDTO = L"PlaylistSendTo";
 // plug-ins changed.
 constexpr const char* PLUGIN_ADD_REMOVE_MESSAGE = "WMPlayer_PluginAddRemove";
 
-// No COM interface has a virtual destructor: objects end in Release. A target that implements
-// interfaces needs -Wno-non-virtual-dtor of its own.
+// No COM interface has a virtual destructor: objects end in Release.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 

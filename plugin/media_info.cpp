@@ -1,30 +1,98 @@
+// The player operations around metadata and cover art of the library's tracks.
+
+#include <tuple>
+
+#include "media/com_text.h"
+#include "media/file_name.h"
+#include "media/wmp_media_item.h"
 #include "plugin/wmp_plugin.h"
 
 namespace orvane {
+namespace {
 
-bool COrVaneWmpPlugin::getCurrentMediaInfo(juce::StringPairArray&) { return false; }
-
-bool COrVaneWmpPlugin::getMediaInfoFromPath(const juce::String&, juce::StringPairArray&,
-                                            const juce::String&) {
-    return false;
+CComPtr<IWMPPlaylist> wholeLibrary(IWMPCore* core) {
+    CComPtr<IWMPMediaCollection> collection;
+    CComPtr<IWMPPlaylist> library;
+    if (!core || FAILED(core->get_mediaCollection(&collection)) || !collection ||
+        FAILED(collection->getAll(&library)))
+        return nullptr;
+    return library;
 }
 
-bool COrVaneWmpPlugin::getMediaInfoFromIndex(int, juce::StringPairArray&, const juce::String&) {
-    return false;
+// The embedded picture, or else the picture file beside the track, as the file `path`.
+bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
+    if (WmpMediaItem::retrieveTrackCoverArt(media, path)) return true;
+    juce::String found;
+    if (!WmpMediaItem::findCoverArtFile(media, found)) return false;
+    if (found.equalsIgnoreCase(path)) return true;
+    CComBSTR source;
+    // Copied over the track itself, the picture would be the end of the track.
+    if (SUCCEEDED(media->get_sourceURL(&source)) && namesSameFile(path, textOf(source)))
+        return false;
+    return CopyFileW(fileNameOf(found).c_str(), fileNameOf(path).c_str(), FALSE) != FALSE;
 }
 
-bool COrVaneWmpPlugin::setMediaInfoToPath(const juce::String&, const juce::StringPairArray&,
-                                          const juce::String&, bool) {
-    return false;
+bool readMediaInfo(IWMPMedia* media, juce::StringPairArray& metadataOut,
+                   const juce::String& albumArtPath) {
+    WmpMediaItem item;
+    if (!item.Load(media)) return false;
+    item.getMetadata(metadataOut);
+    return albumArtPath.isEmpty() || produceCoverArt(media, albumArtPath);
 }
 
-bool COrVaneWmpPlugin::setMediaInfoToIndex(int, const juce::StringPairArray&, const juce::String&,
-                                           bool) {
-    return false;
+// Empty values never clear a tag, whatever the command says of them: a partial record would
+// otherwise clear every field that it does not name.
+bool writeMediaInfo(IWMPMedia* media, const juce::StringPairArray& metadata,
+                    const juce::String& albumArtPath) {
+    if (!media) return false;
+    if (!WmpMediaItem(metadata).Save(media, false)) return false;
+    if (albumArtPath.isNotEmpty())
+        std::ignore = WmpMediaItem::setAlbumCoverArt(media, albumArtPath);
+    return true;
 }
 
-int COrVaneWmpPlugin::getTrackCount() { return 0; }
+}  // namespace
 
-CComPtr<IWMPMedia> COrVaneWmpPlugin::getMediaByIndex(IWMPCore*, int) { return {}; }
+CComPtr<IWMPMedia> COrVaneWmpPlugin::getMediaByIndex(IWMPCore* core, int trackIndex) {
+    const CComPtr<IWMPPlaylist> library = wholeLibrary(core);
+    CComPtr<IWMPMedia> media;
+    if (!library || FAILED(library->get_Item(trackIndex, &media))) return nullptr;
+    return media;
+}
+
+int COrVaneWmpPlugin::getTrackCount() {
+    const CComPtr<IWMPPlaylist> library = wholeLibrary(core());
+    LONG count = 0;
+    return library && SUCCEEDED(library->get_count(&count)) ? static_cast<int>(count) : 0;
+}
+
+bool COrVaneWmpPlugin::getCurrentMediaInfo(juce::StringPairArray& metadataOut) {
+    const CComPtr<IWMPCore> core = this->core();
+    CComPtr<IWMPMedia> current;
+    if (!core || FAILED(core->get_currentMedia(&current))) return false;
+    return readMediaInfo(current, metadataOut, {});
+}
+
+bool COrVaneWmpPlugin::getMediaInfoFromPath(const juce::String& trackPath,
+                                            juce::StringPairArray& metadataOut,
+                                            const juce::String& albumArtPath) {
+    return readMediaInfo(getMediaByPath(core(), trackPath), metadataOut, albumArtPath);
+}
+
+bool COrVaneWmpPlugin::getMediaInfoFromIndex(int trackIndex, juce::StringPairArray& metadataOut,
+                                             const juce::String& albumArtPath) {
+    return readMediaInfo(getMediaByIndex(core(), trackIndex), metadataOut, albumArtPath);
+}
+
+bool COrVaneWmpPlugin::setMediaInfoToPath(const juce::String& trackPath,
+                                          const juce::StringPairArray& metadata,
+                                          const juce::String& albumArtPath, bool /*emptyOk*/) {
+    return writeMediaInfo(getMediaByPath(core(), trackPath), metadata, albumArtPath);
+}
+
+bool COrVaneWmpPlugin::setMediaInfoToIndex(int trackIndex, const juce::StringPairArray& metadata,
+                                           const juce::String& albumArtPath, bool /*emptyOk*/) {
+    return writeMediaInfo(getMediaByIndex(core(), trackIndex), metadata, albumArtPath);
+}
 
 }  // namespace orvane

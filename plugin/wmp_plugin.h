@@ -205,9 +205,11 @@ private:
     // calling thread's own messages meanwhile. plugin/play_state_wait.h.
     [[nodiscard]] static bool waitForPlayState(IWMPCore& core, WMPPlayState wanted,
                                                DWORD timeoutMs);
+    // Starts what is current and waits until it plays; a wait in vain is logged.
+    [[nodiscard]] static bool playAndWait(IWMPCore& core, IWMPControls& controls);
 
     HRESULT link();
-    HRESULT attach();
+    HRESULT attach(IWMPCore* core);
     void unload();
     void unlink();
 

@@ -71,6 +71,10 @@ inline std::atomic<long>& liveObjects() {
     return count;
 }
 
+// No COM interface has a virtual destructor: objects end in Release.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 // Counting is atomic: the player hands its objects to plug-ins that use them from any thread.
 template <typename... Interfaces>
 class ComObject : public Interfaces... {
@@ -123,6 +127,8 @@ public:
         return E_NOTIMPL;
     }
 };
+
+#pragma GCC diagnostic pop
 
 // A new object; its first reference belongs to the result.
 template <typename T, typename... Arguments>

@@ -35,9 +35,10 @@ public:
 
     // The main window, class "WMPlayerApp", hidden; optional in tests that need none.
     bool createWindow();
-    [[nodiscard]] HWND window() const;
+    [[nodiscard]] HWND window() const;  // null when there is none
+    MainWindow* mainWindow();           // null when there is none
 
-    [[nodiscard]] IWMPCore* core() const;  // not counted
+    [[nodiscard]] IWMPCore* core() const;  // not counted; valid while the player is
     PluginHost& plugins();
 
     // Dispatches messages for that long, or until the condition holds (then true).
@@ -51,7 +52,7 @@ public:
     [[nodiscard]] std::vector<std::wstring> playlistNames() const;
     [[nodiscard]] std::vector<std::wstring> playlistPaths(const std::wstring& name) const;
     [[nodiscard]] ComRef<IWMPPlaylist> playlist(const std::wstring& name) const;
-    bool addToLibrary(const std::wstring& path);  // again for a duplicate
+    void addToLibrary(const std::wstring& path);  // again for a duplicate
 
     // Any thread.
     [[nodiscard]] long playState() const;

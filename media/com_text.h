@@ -1,0 +1,30 @@
+#pragma once
+
+// Between the player's texts and ours: both are 16-bit units, so nothing is converted or lost but
+// what follows an embedded NUL, which our strings cannot hold.
+
+#include <windows.h>
+
+#include <juce_core/juce_core.h>
+#include <oleauto.h>
+
+#include <algorithm>
+
+#include "platform/atlbase.h"
+
+namespace orvane {
+
+[[nodiscard]] inline juce::String textOf(BSTR text) {
+    static_assert(sizeof(wchar_t) == sizeof(juce::CharPointer_UTF16::CharType));
+    if (!text) return {};
+    // Unit by unit: read as characters, an unpaired surrogate would swallow its neighbour.
+    const auto* begin = reinterpret_cast<const juce::CharPointer_UTF16::CharType*>(text);
+    const auto* end = std::find(begin, begin + SysStringLen(text), 0);
+    return {juce::CharPointer_UTF16(begin), juce::CharPointer_UTF16(end)};
+}
+
+[[nodiscard]] inline CComBSTR bstrOf(const juce::String& text) {
+    return CComBSTR(text.toWideCharPointer());
+}
+
+}  // namespace orvane

@@ -1,0 +1,241 @@
+#include "plugin/wmp_plugin.h"
+
+#include <cstdint>
+#include <new>
+#include <utility>
+
+#include "common/orvane_launcher.h"
+#include "common/player_name.h"
+#include "plugin/poll_until.h"
+#include "plugin/registration.h"
+#include "util/log.h"
+
+namespace orvane {
+
+const CLSID CLSID_OrVaneWmpPlugin = {
+    0x9893a0e1, 0xee98, 0x448f, {0x81, 0xee, 0xd2, 0xd1, 0x56, 0x66, 0x21, 0x5e}};
+
+namespace {
+
+constexpr int playerId = 3;
+constexpr int writtenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
+constexpr int reconnectPeriodMs = 2000;
+
+template <typename T, typename... Arguments>
+std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
+    try {
+        return std::make_unique<T>(std::forward<Arguments>(arguments)...);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+COrVaneWmpPlugin::~COrVaneWmpPlugin() = default;
+
+HRESULT WINAPI COrVaneWmpPlugin::UpdateRegistry(BOOL registering) {
+    try {
+        return registering != FALSE ? registerPlugin() : unregisterPlugin();
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+HRESULT COrVaneWmpPlugin::FinalConstruct() {
+    HRESULT result = E_FAIL;
+    try {
+        openlog("OrVaneWmpPlugin", LOG_PID, 0);
+        setlogmask(writtenPriorities);
+        result = link();
+    } catch (...) {
+        result = E_FAIL;
+    }
+    if (FAILED(result)) closelog();
+    return result;
+}
+
+// Up to the running timer, or as far as it goes.
+HRESULT COrVaneWmpPlugin::link() {
+    constexpr const char* here = "COrVaneWmpPlugin::FinalConstruct";
+
+    const auto launcher = makeOrNull<OrvaneLauncher>(playerId);
+    if (launcher == nullptr) {
+        syslog(LOG_ERR, "%s: can't create iOrVane application launcher", here);
+        return E_FAIL;
+    }
+    m_connector = launcher->createConnector(this);
+    if (m_connector == nullptr) {
+        syslog(LOG_NOTICE, "%s: cannot connect to app", here);
+        return E_FAIL;
+    }
+    if (!launcher->isAppRunning() && !launcher->launch()) {
+        syslog(LOG_WARNING, "%s: Error launching OrVane", here);
+        return E_FAIL;
+    }
+    if (!m_connector->connect()) {
+        syslog(LOG_NOTICE, "COrVaneWmpPlugin: can't connect to the application");
+        return E_FAIL;
+    }
+
+    auto hook = makeOrNull<WmpWindowHook>(m_connector.get());
+    if (hook == nullptr) {
+        syslog(LOG_ERR, "COrVaneWmpPlugin: can't instantiate WmpWindowHook");
+        return E_FAIL;
+    }
+    if (!hook->InstallHook()) {
+        syslog(LOG_ERR, "COrVaneWmpPlugin: can't install WMP window hook");
+        return E_FAIL;
+    }
+    {
+        // Commands may be running since the link is up.
+        const juce::ScopedLock lock(m_lock);
+        m_windowHook = std::move(hook);
+    }
+    startTimer(reconnectPeriodMs);
+    return S_OK;
+}
+
+void COrVaneWmpPlugin::FinalRelease() {
+    m_released = true;
+    try {
+        stopTimer();
+        unload();
+        unlink();
+    } catch (...) {
+        // Nothing above is expected to throw, and the player must not see it if it does.
+    }
+}
+
+// In FinalRelease rather than in the destructor: the wait below lets the player call in, and from
+// the destructor on there is no complete object to call any more.
+void COrVaneWmpPlugin::unlink() {
+    std::unique_ptr<WmpWindowHook> windowHook;
+    {
+        const juce::ScopedLock lock(m_lock);
+        windowHook = std::move(m_windowHook);
+    }
+    windowHook.reset();
+    m_listWindowHook.reset();
+    // Waits for the command that is running. Events that come in meanwhile find no connector.
+    const std::unique_ptr<AppConnector> connector = std::move(m_connector);
+}
+
+STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
+    try {
+        // Calls into the player and the link below may let the player release us meanwhile.
+        const CComPtr<IUnknown> self(GetUnknown());
+        unload();
+        if (core == nullptr) return S_OK;
+        if (m_released) return E_UNEXPECTED;
+        return attach(core);
+    } catch (...) {
+        return E_FAIL;
+    }
+}
+
+HRESULT COrVaneWmpPlugin::attach(IWMPCore* core) {
+    {
+        CComPtr<IWMPCore> taken(core);
+        const juce::ScopedLock lock(m_lock);
+        std::swap(m_core.p, taken.p);
+    }
+
+    CComPtr<IConnectionPointContainer> container;
+    CComPtr<IConnectionPoint> point;
+    DWORD cookie = 0;
+    HRESULT result = core->QueryInterface(__uuidof(IConnectionPointContainer),
+                                          reinterpret_cast<void**>(&container));
+    if (SUCCEEDED(result)) result = container->FindConnectionPoint(__uuidof(IWMPEvents), &point);
+    if (SUCCEEDED(result)) result = point->Advise(GetUnknown(), &cookie);
+
+    // Each of these calls may have brought another SetCore, which has dealt with the core.
+    const bool current = m_core == core;
+    if (SUCCEEDED(result) && cookie != 0) {
+        if (!current) {
+            point->Unadvise(cookie);
+        } else {
+            m_connectionPoint = point;
+            m_adviseCookie = cookie;
+        }
+    }
+    syslog(LOG_INFO, SUCCEEDED(result) ? "COrVaneWmpPlugin: plugin loaded successfully"
+                                       : "COrVaneWmpPlugin: plugin initialization failed");
+    if (current && m_connector != nullptr) m_connector->playerHello(playerName());
+    return result;
+}
+
+// Every field is emptied before the call that it is for, which may bring another unload().
+void COrVaneWmpPlugin::unload() {
+    CComPtr<IConnectionPoint> point;
+    point.Attach(m_connectionPoint.Detach());
+    const DWORD cookie = std::exchange(m_adviseCookie, 0);
+    if (point != nullptr && cookie != 0) point->Unadvise(cookie);
+    point.Release();
+
+    CComPtr<IWMPCore> core;
+    {
+        const juce::ScopedLock lock(m_lock);
+        std::swap(m_core.p, core.p);
+    }
+    if (core == nullptr) return;
+    core.Release();
+    if (m_connector != nullptr) m_connector->playerGoodbye(playerName());
+    syslog(LOG_INFO, "COrVaneWmpPlugin: plugin unloaded");
+}
+
+CComPtr<IWMPCore> COrVaneWmpPlugin::core() const {
+    const juce::ScopedLock lock(m_lock);
+    return m_core;
+}
+
+STDMETHODIMP COrVaneWmpPlugin::Create(HWND, HWND*) { return E_NOTIMPL; }
+
+STDMETHODIMP COrVaneWmpPlugin::Destroy() { return S_OK; }
+
+STDMETHODIMP COrVaneWmpPlugin::DisplayPropertyPage(HWND) { return E_NOTIMPL; }
+
+STDMETHODIMP COrVaneWmpPlugin::GetProperty(const WCHAR*, VARIANT* value) {
+    return value == nullptr ? E_POINTER : E_NOTIMPL;
+}
+
+STDMETHODIMP COrVaneWmpPlugin::TranslateAccelerator(MSG*) { return E_NOTIMPL; }
+
+void COrVaneWmpPlugin::timerCallback() {
+    // Connecting replaces dead pipes and waits for their threads; the player may release us while
+    // its calls are served. The object goes before the scope does.
+    const JuceSession::CallbackScope scope;
+    try {
+        const CComPtr<IUnknown> self(GetUnknown());
+        AppConnector* const link = connector();
+        if (link == nullptr || link->isConnected() || !link->connect()) return;
+        syslog(LOG_DEBUG, "%s: reconnected to OV.", "COrVaneWmpPlugin::timerCallback");
+        link->playerHello(playerName());
+    } catch (...) {
+        // Tried again with the next tick.
+    }
+}
+
+bool COrVaneWmpPlugin::disconnectFromApp() {
+    if (AppConnector* const link = connector()) link->disconnect();
+    return true;
+}
+
+bool COrVaneWmpPlugin::waitForPlayState(IWMPCore& core, WMPPlayState wanted, DWORD timeoutMs) {
+    return pollUntil(
+        timeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
+        [&] {
+            WMPPlayState state = wmppsUndefined;
+            return SUCCEEDED(core.get_playState(&state)) && state == wanted;
+        },
+        [] {
+            MSG message;
+            if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+                TranslateMessage(&message);
+                DispatchMessageW(&message);
+            }
+            SwitchToThread();  // to the player's own thread, if it has something to do
+        });
+}
+
+}  // namespace orvane

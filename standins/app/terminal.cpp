@@ -1,0 +1,164 @@
+#include "standins/app/terminal.h"
+
+#include "standins/app/command_catalogue.h"
+#include "standins/app/text.h"
+#include "standins/app/wide_text.h"
+
+namespace orvane::standin::app {
+namespace {
+
+constexpr std::wstring_view promptText = L"orvane> ";
+
+}  // namespace
+
+Terminal::Terminal()
+    : m_in(GetStdHandle(STD_INPUT_HANDLE)), m_out(GetStdHandle(STD_OUTPUT_HANDLE)) {
+    DWORD mode = 0;
+    m_outIsConsole = GetConsoleMode(m_out, &mode) != FALSE;
+    m_console = m_outIsConsole && GetConsoleMode(m_in, &m_formerMode) != FALSE;
+    // Keys come one by one, so that a line can be completed, and moved when something is printed.
+    if (m_console) SetConsoleMode(m_in, ENABLE_PROCESSED_INPUT);
+}
+
+Terminal::~Terminal() {
+    if (m_console) SetConsoleMode(m_in, m_formerMode);
+}
+
+bool Terminal::hasInput() const {
+    return m_console ||
+           (m_in && m_in != INVALID_HANDLE_VALUE && GetFileType(m_in) != FILE_TYPE_UNKNOWN);
+}
+
+void Terminal::print(const std::string& text) {
+    const std::lock_guard lock(m_mutex);
+    hidePrompt();
+    write(text + '\n');
+    showPrompt();
+}
+
+void Terminal::write(std::string_view utf8) {
+    DWORD written = 0;
+    if (m_outIsConsole) {
+        std::wstring wide = wideFrom(utf8);
+        for (std::size_t at = wide.find(L'\n'); at != std::wstring::npos;
+             at = wide.find(L'\n', at + 2))
+            wide.insert(at, 1, L'\r');
+        WriteConsoleW(m_out, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
+        return;
+    }
+    while (!utf8.empty() &&
+           WriteFile(m_out, utf8.data(), static_cast<DWORD>(utf8.size()), &written, nullptr) &&
+           written > 0)
+        utf8.remove_prefix(written);
+}
+
+void Terminal::showPrompt() {
+    if (!m_prompting) return;
+    // A line longer than the window cannot be taken away again with plain characters: its end is
+    // what matters while typing.
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    std::size_t width = 80;
+    if (GetConsoleScreenBufferInfo(m_out, &info) && info.dwSize.X > 20)
+        width = static_cast<std::size_t>(info.dwSize.X);
+    const std::size_t room = width - promptText.size() - 1;
+    std::wstring line(promptText);
+    line += m_typed.size() > room ? m_typed.substr(m_typed.size() - room) : m_typed;
+    m_shownLength = line.size();
+    DWORD written = 0;
+    WriteConsoleW(m_out, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+}
+
+void Terminal::hidePrompt() {
+    if (!m_prompting || m_shownLength == 0) return;
+    const std::wstring blank = L'\r' + std::wstring(m_shownLength, L' ') + L'\r';
+    DWORD written = 0;
+    WriteConsoleW(m_out, blank.data(), static_cast<DWORD>(blank.size()), &written, nullptr);
+    m_shownLength = 0;
+}
+
+std::optional<std::string> Terminal::readLine() {
+    return m_console ? readTypedLine() : readPlainLine();
+}
+
+std::optional<std::string> Terminal::readPlainLine() {
+    for (;;) {
+        const auto end = m_unread.find('\n');
+        if (end != std::string::npos) {
+            std::string line = m_unread.substr(0, end);
+            m_unread.erase(0, end + 1);
+            return line;
+        }
+        char buffer[4096];
+        DWORD count = 0;
+        if (!ReadFile(m_in, buffer, sizeof buffer, &count, nullptr) || count == 0) {
+            if (m_unread.empty()) return {};
+            return std::exchange(m_unread, {});
+        }
+        m_unread.append(buffer, count);
+    }
+}
+
+std::optional<std::string> Terminal::readTypedLine() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_typed.clear();
+        m_recalled = m_history.size();
+        m_prompting = true;
+        showPrompt();
+    }
+    for (;;) {
+        INPUT_RECORD record{};
+        DWORD count = 0;
+        if (!ReadConsoleInputW(m_in, &record, 1, &count) || count == 0) return {};
+        if (record.EventType != KEY_EVENT || !record.Event.KeyEvent.bKeyDown) continue;
+        const KEY_EVENT_RECORD& key = record.Event.KeyEvent;
+        const wchar_t c = key.uChar.UnicodeChar;
+        const std::lock_guard lock(m_mutex);
+        hidePrompt();
+        if (key.wVirtualKeyCode == VK_RETURN || c == L'\r' || c == L'\n') {
+            showPrompt();
+            m_prompting = false;
+            write("\n");
+            if (!m_typed.empty() && (m_history.empty() || m_history.back() != m_typed))
+                m_history.push_back(m_typed);
+            return utf8From(m_typed);
+        }
+        if (c == 4 || c == 26) {  // Ctrl+D and Ctrl+Z end the input, as everywhere
+            m_prompting = false;
+            return {};
+        }
+        if (c == L'\t')
+            complete();
+        else if (c == L'\b' || c == 0x7F)
+            erase();
+        else if (c == 21 || c == 27)  // Ctrl+U, Escape
+            m_typed.clear();
+        else if (key.wVirtualKeyCode == VK_UP && m_recalled > 0)
+            recall(m_recalled - 1);
+        else if (key.wVirtualKeyCode == VK_DOWN && m_recalled < m_history.size())
+            recall(m_recalled + 1);
+        else if (c >= L' ')
+            m_typed += c;
+        showPrompt();
+    }
+}
+
+void Terminal::erase() {
+    if (m_typed.empty()) return;
+    const bool pair = m_typed.size() > 1 && IS_LOW_SURROGATE(m_typed.back());
+    m_typed.resize(m_typed.size() - (pair ? 2 : 1));
+}
+
+void Terminal::recall(std::size_t place) {
+    m_recalled = place;
+    m_typed = place < m_history.size() ? m_history[place] : std::wstring();
+}
+
+void Terminal::complete() {
+    const Completion completion = app::complete(utf8From(m_typed));
+    if (!completion.candidates.empty() && completion.line == utf8From(m_typed))
+        write(join(completion.candidates, "  ") + '\n');
+    m_typed = wideFrom(completion.line);
+}
+
+}  // namespace orvane::standin::app

@@ -1,0 +1,58 @@
+#pragma once
+
+// Where the application prints and reads lines: a console (ReadConsoleInputW, WriteConsoleW), or
+// whatever the standard handles are. Printing works from any thread; a line being typed is taken
+// away and put back around it.
+
+#include "platform/handles.h"
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane::standin::app {
+
+class Terminal {
+public:
+    Terminal();
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    // A person is there to type.
+    [[nodiscard]] bool isInteractive() const { return m_console; }
+    // Lines can come from somewhere, be it a person or a file.
+    [[nodiscard]] bool hasInput() const;
+
+    void print(const std::string& text);  // one or more lines, without the last line feed
+
+    // The next line; none at the end of the input. A person gets a prompt, TAB completes, the
+    // arrow keys bring former lines back.
+    std::optional<std::string> readLine();
+
+private:
+    std::optional<std::string> readPlainLine();
+    std::optional<std::string> readTypedLine();
+    void write(std::string_view utf8);
+    void showPrompt();
+    void hidePrompt();
+    void complete();
+    void recall(std::size_t place);
+    void erase();
+
+    std::mutex m_mutex;  // guards everything that is printed, and the line being typed
+    HANDLE m_in;         // weak: the process's own
+    HANDLE m_out;        // weak
+    bool m_console = false;
+    bool m_outIsConsole = false;
+    DWORD m_formerMode = 0;
+    std::string m_unread;  // of plain input, after the line returned last
+    bool m_prompting = false;
+    std::wstring m_typed;
+    std::size_t m_shownLength = 0;
+    std::vector<std::wstring> m_history;
+    std::size_t m_recalled = 0;
+};
+
+}  // namespace orvane::standin::app

@@ -1,0 +1,15 @@
+#pragma once
+
+// The library and the user's playlists as the player's automation shows them.
+
+#include "standins/player/com_support.h"
+#include "standins/player/model.h"
+
+#include <wmp.h>
+
+namespace orvane::standin {
+
+ComRef<IWMPMediaCollection> makeMediaCollection(ModelPtr model);
+ComRef<IWMPPlaylistCollection> makePlaylistCollection(ModelPtr model);
+
+}  // namespace orvane::standin

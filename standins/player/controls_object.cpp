@@ -1,0 +1,76 @@
+#include "standins/player/controls_object.h"
+
+#include <utility>
+
+#include "standins/player/media_object.h"
+
+namespace orvane::standin {
+
+namespace {
+
+class ControlsObject final : public DispatchObject<IWMPControls> {
+public:
+    explicit ControlsObject(ModelPtr model) : m_model(std::move(model)) {}
+
+    STDMETHOD(play)() override {
+        return m_model->serve("IWMPControls::play", [&] { return m_model->playback.play(); });
+    }
+    STDMETHOD(stop)() override {
+        return m_model->serve("IWMPControls::stop", [&] { return m_model->playback.stop(); });
+    }
+    STDMETHOD(pause)() override {
+        return m_model->serve("IWMPControls::pause", [&] { return m_model->playback.pause(); });
+    }
+    STDMETHOD(get_currentPosition)(double* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPControls::get_currentPosition", [&] {
+            *out = m_model->playback.position();
+            return S_OK;
+        });
+    }
+    STDMETHOD(currentItem)(IWMPMedia** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPControls::currentItem", [&] {
+            if (const TrackPtr& track = m_model->playback.current())
+                *out = makeMedia(m_model, track).detach();
+            return S_OK;
+        });
+    }
+    STDMETHOD(playItem)(IWMPMedia* media) override {
+        const TrackPtr track = trackOf(media);
+        return m_model->serve("IWMPControls::playItem", [&]() -> HRESULT {
+            if (!track) return E_INVALIDARG;
+            m_model->playback.open(track);
+            return m_model->playback.play();
+        });
+    }
+
+    STDMETHOD(get_isAvailable)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(fastForward)() override { return E_NOTIMPL; }
+    STDMETHOD(fastReverse)() override { return E_NOTIMPL; }
+    STDMETHOD(put_currentPosition)(double) override { return E_NOTIMPL; }
+    STDMETHOD(get_currentPositionString)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(next)() override { return E_NOTIMPL; }
+    STDMETHOD(previous)() override { return E_NOTIMPL; }
+    STDMETHOD(put_currentItem)(IWMPMedia*) override { return E_NOTIMPL; }
+    STDMETHOD(get_currentMarker)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(put_currentMarker)(LONG) override { return E_NOTIMPL; }
+
+protected:
+    void* find(REFIID iid) override {
+        return match<IUnknown, IDispatch, IWMPControls>(iid, static_cast<IWMPControls*>(this));
+    }
+
+private:
+    const ModelPtr m_model;
+};
+
+}  // namespace
+
+ComRef<IWMPControls> makeControls(ModelPtr model) {
+    auto object = makeObject<ControlsObject>(std::move(model));
+    return ComRef<IWMPControls>(object.get());
+}
+
+}  // namespace orvane::standin

@@ -1,0 +1,136 @@
+#include "standins/player/core_object.h"
+
+#include <utility>
+
+#include <olectl.h>
+
+#include "standins/player/collections.h"
+#include "standins/player/controls_object.h"
+#include "standins/player/media_object.h"
+
+namespace orvane::standin {
+
+namespace {
+
+class CoreObject final : public DispatchObject<IWMPCore3, IConnectionPointContainer> {
+public:
+    explicit CoreObject(ModelPtr model) : m_model(std::move(model)) {}
+
+    STDMETHOD(get_URL)(BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPCore::get_URL", [&] {
+            const TrackPtr& track = m_model->playback.current();
+            return giveText(track ? track->path : std::wstring(), out);
+        });
+    }
+    STDMETHOD(put_URL)(BSTR url) override {
+        return m_model->serve("IWMPCore::put_URL",
+                              [&] { return m_model->playback.openUrl(textOf(url)); });
+    }
+    STDMETHOD(get_openState)(WMPOpenState* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPCore::get_openState", [&] {
+            *out = m_model->playback.openState();
+            return S_OK;
+        });
+    }
+    STDMETHOD(get_playState)(WMPPlayState* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPCore::get_playState", [&] {
+            *out = m_model->playback.state();
+            return S_OK;
+        });
+    }
+    STDMETHOD(get_controls)(IWMPControls** out) override {
+        return give("IWMPCore::get_controls", out, [&] { return makeControls(m_model); });
+    }
+    STDMETHOD(get_settings)(IWMPSettings** out) override {
+        return give("IWMPCore::get_settings", out, [&] { return makeSettings(m_model); });
+    }
+    STDMETHOD(get_currentMedia)(IWMPMedia** out) override {
+        return give("IWMPCore::get_currentMedia", out, [&] {
+            const TrackPtr& track = m_model->playback.current();
+            return track ? makeMedia(m_model, track) : ComRef<IWMPMedia3>();
+        });
+    }
+    STDMETHOD(put_currentMedia)(IWMPMedia* media) override {
+        const TrackPtr track = trackOf(media);
+        return m_model->serve("IWMPCore::put_currentMedia", [&]() -> HRESULT {
+            if (media != nullptr && !track) return E_INVALIDARG;
+            m_model->playback.open(track);
+            return S_OK;
+        });
+    }
+    STDMETHOD(get_mediaCollection)(IWMPMediaCollection** out) override {
+        return give("IWMPCore::get_mediaCollection", out,
+                    [&] { return makeMediaCollection(m_model); });
+    }
+    STDMETHOD(get_playlistCollection)(IWMPPlaylistCollection** out) override {
+        return give("IWMPCore::get_playlistCollection", out,
+                    [&] { return makePlaylistCollection(m_model); });
+    }
+    STDMETHOD(get_Error)(IWMPError** out) override {
+        return give("IWMPCore::get_Error", out, [&] { return makeErrorList(m_model); });
+    }
+    STDMETHOD(get_versionInfo)(BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPCore::get_versionInfo",
+                              [&] { return giveText(L"12.0.0.0", out); });
+    }
+
+    STDMETHOD(close)() override { return E_NOTIMPL; }
+    STDMETHOD(launchURL)(BSTR) override { return E_NOTIMPL; }
+    STDMETHOD(get_network)(IWMPNetwork**) override { return E_NOTIMPL; }
+    STDMETHOD(get_currentPlaylist)(IWMPPlaylist**) override { return E_NOTIMPL; }
+    STDMETHOD(put_currentPlaylist)(IWMPPlaylist*) override { return E_NOTIMPL; }
+    STDMETHOD(get_cdromCollection)(IWMPCdromCollection**) override { return E_NOTIMPL; }
+    STDMETHOD(get_closedCaption)(IWMPClosedCaption**) override { return E_NOTIMPL; }
+    STDMETHOD(get_isOnline)(VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(get_status)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(get_dvd)(IWMPDVD**) override { return E_NOTIMPL; }
+    STDMETHOD(newPlaylist)(BSTR, BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
+    STDMETHOD(newMedia)(BSTR, IWMPMedia**) override { return E_NOTIMPL; }
+
+    STDMETHOD(EnumConnectionPoints)(IEnumConnectionPoints**) override { return E_NOTIMPL; }
+    STDMETHOD(FindConnectionPoint)(REFIID iid, IConnectionPoint** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IConnectionPointContainer::FindConnectionPoint", [&]() -> HRESULT {
+            if (iid != __uuidof(IWMPEvents)) return CONNECT_E_NOCONNECTION;
+            *out = makeConnectionPoint(m_model, this).detach();
+            return S_OK;
+        });
+    }
+
+protected:
+    void* find(REFIID iid) override {
+        if (iid == __uuidof(IConnectionPointContainer))
+            return static_cast<IConnectionPointContainer*>(this);
+        return match<IUnknown, IDispatch, IWMPCore, IWMPCore2, IWMPCore3>(
+            iid, static_cast<IWMPCore3*>(this));
+    }
+
+private:
+    // Serves a call that hands out an object, or success with none.
+    template <typename Interface, typename Make>
+    HRESULT give(const char* call, Interface** out, Make make) {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve(call, [&] {
+            *out = make().detach();
+            return S_OK;
+        });
+    }
+
+    const ModelPtr m_model;
+};
+
+}  // namespace
+
+ComRef<IWMPCore> makeCore(ModelPtr model) {
+    auto object = makeObject<CoreObject>(std::move(model));
+    return ComRef<IWMPCore>(object.get());
+}
+
+}  // namespace orvane::standin

@@ -1,0 +1,108 @@
+#include "standins/player/event_sinks.h"
+
+#include <utility>
+#include <vector>
+
+#include <olectl.h>
+
+#include "standins/player/model.h"
+
+namespace orvane::standin {
+
+DWORD EventSinks::add(ComRef<IWMPEvents> sink) {
+    const std::lock_guard lock(m_mutex);
+    m_sinks.emplace(++m_lastCookie, std::move(sink));
+    return m_lastCookie;
+}
+
+ComRef<IWMPEvents> EventSinks::remove(DWORD cookie) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_sinks.find(cookie);
+    if (found == m_sinks.end()) return {};
+    ComRef<IWMPEvents> sink = std::move(found->second);
+    m_sinks.erase(found);
+    return sink;
+}
+
+void EventSinks::clear() {
+    std::map<DWORD, ComRef<IWMPEvents>> sinks;
+    const std::lock_guard lock(m_mutex);
+    sinks.swap(m_sinks);
+}
+
+size_t EventSinks::count() const {
+    const std::lock_guard lock(m_mutex);
+    return m_sinks.size();
+}
+
+ComRef<IWMPEvents> EventSinks::find(DWORD cookie) const {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_sinks.find(cookie);
+    return found == m_sinks.end() ? ComRef<IWMPEvents>() : found->second;
+}
+
+void EventSinks::raise(const std::function<void(IWMPEvents&)>& event) {
+    std::vector<DWORD> cookies;
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const auto& [cookie, sink] : m_sinks) cookies.push_back(cookie);
+    }
+    for (const DWORD cookie : cookies) {
+        if (const ComRef<IWMPEvents> sink = find(cookie)) event(*sink.get());
+    }
+}
+
+namespace {
+
+class ConnectionPointObject final : public ComObject<IConnectionPoint> {
+public:
+    ConnectionPointObject(std::shared_ptr<Model> model, IConnectionPointContainer* container)
+        : m_model(std::move(model)), m_container(container) {}
+
+    STDMETHOD(GetConnectionInterface)(IID* iid) override {
+        if (iid == nullptr) return E_POINTER;
+        *iid = __uuidof(IWMPEvents);
+        return S_OK;
+    }
+    STDMETHOD(GetConnectionPointContainer)(IConnectionPointContainer** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = ComRef<IConnectionPointContainer>(m_container).detach();
+        return S_OK;
+    }
+    STDMETHOD(Advise)(IUnknown* object, DWORD* cookie) override {
+        if (object == nullptr || cookie == nullptr) return E_POINTER;
+        *cookie = 0;
+        ComRef<IWMPEvents> sink = ComRef<IUnknown>(object).query<IWMPEvents>();
+        if (!sink) return CONNECT_E_CANNOTCONNECT;
+        return m_model->serve("IConnectionPoint::Advise", [&]() -> HRESULT {
+            if (m_model->options.refuseAdvise) return CONNECT_E_ADVISELIMIT;
+            if (!m_model->options.cookieZero) *cookie = m_model->sinks.add(std::move(sink));
+            return S_OK;
+        });
+    }
+    STDMETHOD(Unadvise)(DWORD cookie) override {
+        ComRef<IWMPEvents> sink;
+        return m_model->serve("IConnectionPoint::Unadvise", [&]() -> HRESULT {
+            sink = m_model->sinks.remove(cookie);
+            return sink ? S_OK : CONNECT_E_NOCONNECTION;
+        });
+    }
+    STDMETHOD(EnumConnections)(IEnumConnections**) override { return E_NOTIMPL; }
+
+protected:
+    void* find(REFIID iid) override { return match<IUnknown, IConnectionPoint>(iid, this); }
+
+private:
+    std::shared_ptr<Model> m_model;
+    ComRef<IConnectionPointContainer> m_container;
+};
+
+}  // namespace
+
+ComRef<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
+                                             IConnectionPointContainer* container) {
+    auto point = makeObject<ConnectionPointObject>(std::move(model), container);
+    return point.query<IConnectionPoint>();
+}
+
+}  // namespace orvane::standin

@@ -1,0 +1,153 @@
+#include "standins/player/library.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "standins/player/com_support.h"
+
+namespace orvane::standin {
+
+namespace {
+
+class FindHandle {
+public:
+    explicit FindHandle(HANDLE handle) : m_handle(handle) {}
+    ~FindHandle() {
+        if (isValid()) FindClose(m_handle);
+    }
+    FindHandle(const FindHandle&) = delete;
+    FindHandle& operator=(const FindHandle&) = delete;
+    [[nodiscard]] bool isValid() const { return m_handle != INVALID_HANDLE_VALUE; }
+    [[nodiscard]] HANDLE get() const { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+bool isMusic(const std::wstring& name) { return foldCase(name).ends_with(L".wma"); }
+
+// Own enumeration: the standard library's stops at 260 characters.
+bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
+    bool rootRead = false;
+    std::vector<std::wstring> folders = {root};
+    while (!folders.empty()) {
+        const std::wstring folder = std::move(folders.back());
+        folders.pop_back();
+        WIN32_FIND_DATAW entry{};
+        const FindHandle search(FindFirstFileW(extendedPath(folder + L"\\*").c_str(), &entry));
+        if (!search.isValid()) continue;
+        rootRead = true;
+        do {
+            const std::wstring name = entry.cFileName;
+            if (name == L"." || name == L"..") continue;
+            const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                if (isMusic(name)) paths.push_back(folder + L"\\" + name);
+            } else if (!isLink) {
+                folders.push_back(folder + L"\\" + name);
+            }
+        } while (FindNextFileW(search.get(), &entry));
+    }
+    return rootRead;
+}
+
+std::wstring absolutePath(const std::wstring& path) {
+    std::wstring result(32768, L'\0');
+    const DWORD length =
+        GetFullPathNameW(path.c_str(), static_cast<DWORD>(result.size()), result.data(), nullptr);
+    result.resize(std::min<size_t>(length, result.size()));
+    while (result.size() > 3 && result.back() == L'\\') result.pop_back();
+    return result;
+}
+
+TrackPtr makeSynthetic(unsigned number) {
+    const std::wstring text = std::to_wstring(number);
+    auto track = std::make_shared<Track>();
+    track->path = L"M:\\Synthetic\\" + text + L".wma";
+    track->synthetic = true;
+    track->memory[L"Title"] = L"Track " + text;
+    return track;
+}
+
+}  // namespace
+
+bool Library::open(const PlayerOptions& options, std::string& error) {
+    std::vector<std::wstring> paths;
+    if (!options.library.empty()) {
+        const std::wstring root = absolutePath(options.library.wstring());
+        if (!findMusic(root, paths)) {
+            error = "the library folder " + toUtf8(root) + " cannot be read";
+            return false;
+        }
+    }
+    std::vector<std::pair<std::wstring, std::wstring>> ordered;  // folded, as it is
+    ordered.reserve(paths.size());
+    for (std::wstring& path : paths) {
+        std::wstring folded = foldCase(path);
+        ordered.emplace_back(std::move(folded), std::move(path));
+    }
+    std::sort(ordered.begin(), ordered.end());
+    for (auto& [folded, path] : ordered) {
+        const bool twice = std::any_of(options.listTwice.begin(), options.listTwice.end(),
+                                       [&](const std::wstring& part) {
+                                           return folded.find(foldCase(part)) != std::wstring::npos;
+                                       });
+        if (twice) add(path);
+        add(path);
+    }
+    for (unsigned i = 1; i <= options.synthetic; ++i) list(makeSynthetic(i));
+    return true;
+}
+
+void Library::list(TrackPtr track) {
+    if (m_tracks.use_count() > 1) m_tracks = std::make_shared<TrackList>(*m_tracks);
+    m_byPath[foldCase(track->path)].push_back(track);
+    m_tracks->push_back(std::move(track));
+}
+
+TrackPtr Library::add(const std::wstring& path) {
+    auto track = std::make_shared<Track>();
+    track->path = path;
+    list(track);
+    return track;
+}
+
+PlaylistPtr Library::all() const {
+    auto view = std::make_shared<Playlist>();
+    view->isView = true;
+    view->items = m_tracks;
+    return view;
+}
+
+PlaylistPtr Library::withPath(const std::wstring& path) const {
+    auto view = std::make_shared<Playlist>();
+    view->isView = true;
+    const auto found = m_byPath.find(foldCase(path));
+    if (found != m_byPath.end()) *view->items = found->second;
+    return view;
+}
+
+TrackPtr Library::firstWithPath(const std::wstring& path) const {
+    const auto found = m_byPath.find(foldCase(path));
+    return found == m_byPath.end() ? nullptr : found->second.front();
+}
+
+std::vector<PlaylistPtr> Library::playlistsNamed(const std::wstring& name) const {
+    std::vector<PlaylistPtr> result;
+    std::copy_if(m_playlists.begin(), m_playlists.end(), std::back_inserter(result),
+                 [&](const PlaylistPtr& playlist) { return playlist->name == name; });
+    return result;
+}
+
+PlaylistPtr Library::makePlaylist(const std::wstring& name) {
+    auto playlist = std::make_shared<Playlist>();
+    playlist->name = name;
+    m_playlists.push_back(playlist);
+    return playlist;
+}
+
+bool Library::removePlaylist(const PlaylistPtr& playlist) {
+    return std::erase(m_playlists, playlist) > 0;
+}
+
+}  // namespace orvane::standin

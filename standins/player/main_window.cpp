@@ -1,0 +1,49 @@
+#include "standins/player/main_window.h"
+
+#include "platform/wmp_plugin_ui.h"
+
+namespace orvane::standin {
+
+namespace {
+
+constexpr const wchar_t* kClassName = L"WMPlayerApp";
+constexpr const wchar_t* kCaption = L"Windows Media Player";
+
+}  // namespace
+
+bool MainWindow::create() {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = windowProc;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
+    windowClass.lpszClassName = kClassName;
+    RegisterClassExW(&windowClass);  // fails harmlessly for the second window of a process
+    m_addRemoveMessage = RegisterWindowMessageA(PLUGIN_ADD_REMOVE_MESSAGE);
+    m_hwnd = CreateWindowExW(0, kClassName, kCaption, WS_OVERLAPPEDWINDOW, 100, 100, 800, 600,
+                             nullptr, nullptr, windowClass.hInstance, nullptr);
+    if (m_hwnd == nullptr) return false;
+    SetWindowLongPtrW(m_hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    return true;
+}
+
+MainWindow::~MainWindow() {
+    if (m_hwnd == nullptr) return;
+    SetWindowLongPtrW(m_hwnd, GWLP_USERDATA, 0);
+    DestroyWindow(m_hwnd);
+}
+
+LRESULT CALLBACK MainWindow::windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+    if (self != nullptr) {
+        if (message == WM_CLOSE && self->onClose) {
+            self->onClose();
+            return 0;
+        }
+        if (message == WM_NCDESTROY) self->m_hwnd = nullptr;
+        if (message == self->m_addRemoveMessage && self->onPluginsChanged) self->onPluginsChanged();
+    }
+    return DefWindowProcW(hwnd, message, wParam, lParam);
+}
+
+}  // namespace orvane::standin

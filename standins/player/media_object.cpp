@@ -1,0 +1,118 @@
+#include "standins/player/media_object.h"
+
+#include <utility>
+
+namespace orvane::standin {
+
+namespace {
+
+// Asked for privately, to know our own objects from other people's.
+constexpr IID kOwnMedia = {
+    0x6d2f5b1e, 0x3a70, 0x4c5f, {0x9b, 0x44, 0x10, 0x8e, 0x5d, 0x27, 0xc6, 0x31}};
+
+class MediaObject final : public DispatchObject<IWMPMedia3> {
+public:
+    MediaObject(ModelPtr model, TrackPtr track)
+        : m_model(std::move(model)), m_track(std::move(track)) {}
+
+    [[nodiscard]] const TrackPtr& track() const { return m_track; }
+
+    STDMETHOD(get_isIdentical)(IWMPMedia* other, VARIANT_BOOL* out) override {
+        if (other == nullptr || out == nullptr) return E_POINTER;
+        const TrackPtr theirs = trackOf(other);
+        return m_model->serve("IWMPMedia::get_isIdentical", [&] {
+            *out = theirs == m_track ? VARIANT_TRUE : VARIANT_FALSE;
+            return S_OK;
+        });
+    }
+    STDMETHOD(get_sourceURL)(BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPMedia::get_sourceURL",
+                              [&] { return giveText(m_track->path, out); });
+    }
+    STDMETHOD(get_name)(BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPMedia::get_name", [&] {
+            std::wstring name;
+            m_model->tags.read(*m_track, L"Title", name);
+            if (name.empty()) name = std::filesystem::path(m_track->path).stem().wstring();
+            return giveText(name, out);
+        });
+    }
+    STDMETHOD(get_duration)(double* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPMedia::get_duration", [&] {
+            *out = m_model->tags.durationSeconds(*m_track);
+            return S_OK;
+        });
+    }
+    STDMETHOD(getItemInfo)(BSTR attribute, BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPMedia::getItemInfo", [&]() -> HRESULT {
+            const std::wstring name = textOf(attribute);
+            if (m_model->options.failReads.contains(name)) return E_FAIL;
+            std::wstring value;
+            const HRESULT result = m_model->tags.read(*m_track, name, value);
+            return FAILED(result) ? result : giveText(value, out);
+        });
+    }
+    STDMETHOD(setItemInfo)(BSTR attribute, BSTR text) override {
+        const ComRef<IWMPMedia3> self(this);
+        return m_model->serve("IWMPMedia::setItemInfo", [&]() -> HRESULT {
+            const std::wstring name = textOf(attribute);
+            if (m_model->options.failWrites.contains(name)) return E_ACCESSDENIED;
+            const HRESULT result = m_model->tags.write(*m_track, name, textOf(text));
+            m_model->report("tag " + toUtf8(name) + " = " + toUtf8(textOf(text)) + " in " +
+                            toUtf8(m_track->path) + (FAILED(result) ? " refused" : " written"));
+            if (SUCCEEDED(result))
+                m_model->fire([self](IWMPEvents& sink) { sink.MediaChange(self.get()); });
+            return result;
+        });
+    }
+
+    STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
+    STDMETHOD(get_imageSourceWidth)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(get_imageSourceHeight)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(get_markerCount)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(getMarkerTime)(LONG, double*) override { return E_NOTIMPL; }
+    STDMETHOD(getMarkerName)(LONG, BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(get_durationString)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(get_attributeCount)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(getAttributeName)(LONG, BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(getItemInfoByAtom)(LONG, BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(isMemberOf)(IWMPPlaylist*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(isReadOnlyItem)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(get_error)(IWMPErrorItem**) override { return E_NOTIMPL; }
+    STDMETHOD(getAttributeCountByType)(BSTR, BSTR, LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(getItemInfoByType)(BSTR, BSTR, LONG, VARIANT*) override { return E_NOTIMPL; }
+
+protected:
+    void* find(REFIID iid) override {
+        if (iid == kOwnMedia) return this;
+        return match<IUnknown, IDispatch, IWMPMedia, IWMPMedia2, IWMPMedia3>(
+            iid, static_cast<IWMPMedia3*>(this));
+    }
+
+private:
+    const ModelPtr m_model;
+    const TrackPtr m_track;
+};
+
+}  // namespace
+
+ComRef<IWMPMedia3> makeMedia(ModelPtr model, TrackPtr track) {
+    auto object = makeObject<MediaObject>(std::move(model), std::move(track));
+    return ComRef<IWMPMedia3>(object.get());
+}
+
+TrackPtr trackOf(IUnknown* media) {
+    void* own = nullptr;
+    if (media == nullptr || FAILED(media->QueryInterface(kOwnMedia, &own))) return nullptr;
+    auto object = ComRef<MediaObject>::adopt(static_cast<MediaObject*>(own));
+    return object->track();
+}
+
+}  // namespace orvane::standin

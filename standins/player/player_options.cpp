@@ -1,0 +1,205 @@
+#include "standins/player/player_options.h"
+
+#include <cerrno>
+#include <cwchar>
+
+#include "standins/player/com_support.h"
+#include "standins/player/script.h"
+
+namespace orvane::standin {
+
+bool readNumber(const std::wstring& text, unsigned& number) {
+    if (text.empty() || text.size() > 9) return false;
+    number = 0;
+    for (const wchar_t c : text) {
+        if (c < L'0' || c > L'9') return false;
+        number = number * 10 + static_cast<unsigned>(c - L'0');
+    }
+    return true;
+}
+
+bool readCode(const std::wstring& text, long& code) {
+    wchar_t* end = nullptr;
+    errno = 0;
+    const unsigned long value = std::wcstoul(text.c_str(), &end, 0);
+    if (text.empty() || *end != L'\0' || errno != 0) return false;
+    code = static_cast<long>(value);
+    return true;
+}
+
+bool readState(const std::wstring& text, long& state) {
+    static const std::map<std::wstring, long> states = {
+        {L"stopped", 1}, {L"paused", 2}, {L"playing", 3}};
+    const auto found = states.find(text);
+    if (found == states.end()) return false;
+    state = found->second;
+    return true;
+}
+
+namespace {
+
+bool readMode(const std::wstring& text, PlayerOptions& options) {
+    const size_t colon = text.find(L':');
+    if (colon == std::wstring::npos || colon == 0) return false;
+    const std::wstring value = text.substr(colon + 1);
+    if (value != L"on" && value != L"off") return false;
+    options.modes[text.substr(0, colon)] = value == L"on";
+    return true;
+}
+
+using Reader = bool (*)(PlayerOptions&, const std::wstring&);
+
+struct Option {
+    const wchar_t* name;
+    const char* value;  // what stands after "=", null for a switch
+    const char* help;
+    Reader read;
+};
+
+template <unsigned PlayerOptions::*Member>
+bool number(PlayerOptions& options, const std::wstring& value) {
+    return readNumber(value, options.*Member);
+}
+
+template <bool PlayerOptions::*Member, bool Value = true>
+bool flag(PlayerOptions& options, const std::wstring&) {
+    options.*Member = Value;
+    return true;
+}
+
+template <std::wstring PlayerOptions::*Member>
+bool text(PlayerOptions& options, const std::wstring& value) {
+    options.*Member = value;
+    return !value.empty();
+}
+
+template <std::set<std::wstring> PlayerOptions::*Member>
+bool member(PlayerOptions& options, const std::wstring& value) {
+    (options.*Member).insert(value);
+    return !value.empty();
+}
+
+constexpr Option kOptions[] = {
+    {L"library", "FOLDER", "the music library: all .wma files in it and below",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.library = v;
+         return !v.empty();
+     }},
+    {L"synthetic", "N", "N more items that have no files", number<&PlayerOptions::synthetic>},
+    {L"list-twice", "TEXT", "list files whose path contains TEXT twice (repeatable)",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.listTwice.push_back(v);
+         return !v.empty();
+     }},
+    {L"start-delay", "MS", "from play to playing, 120", number<&PlayerOptions::startDelayMs>},
+    {L"stop-delay", "MS", "from stop to stopped, 30", number<&PlayerOptions::stopDelayMs>},
+    {L"pause-delay", "MS", "from pause to paused, 20", number<&PlayerOptions::pauseDelayMs>},
+    {L"track-length", "MS", "a track plays at least that long, 60000",
+     number<&PlayerOptions::trackLengthMs>},
+    {L"auto-start", nullptr, "a new URL starts playing by itself", flag<&PlayerOptions::autoStart>},
+    {L"never", "STATE", "playing, paused or stopped is never reached (repeatable); none: all are",
+     [](PlayerOptions& o, const std::wstring& v) {
+         long state = 0;
+         if (v == L"none") {
+             o.neverReached.clear();
+             return true;
+         }
+         if (!readState(v, state)) return false;
+         o.neverReached.insert(state);
+         return true;
+     }},
+    {L"refuse-path", "[TEXT]", "refuse to open a path that contains TEXT; empty: none",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.refusePath = v;
+         return true;
+     }},
+    {L"mode", "NAME:on|off", "a settings mode: shuffle, autoRewind, loop (repeatable)",
+     [](PlayerOptions& o, const std::wstring& v) { return readMode(v, o); }},
+    {L"error", "CODE", "an error in the player's error list, as 0xC00D1197 (repeatable)",
+     [](PlayerOptions& o, const std::wstring& v) {
+         long code = 0;
+         if (!readCode(v, code)) return false;
+         o.errors.push_back(code);
+         return true;
+     }},
+    {L"refuse-advise", nullptr, "refuse to send events to plug-ins",
+     flag<&PlayerOptions::refuseAdvise>},
+    {L"cookie-zero", nullptr, "accept an event sink with cookie 0 and send it nothing",
+     flag<&PlayerOptions::cookieZero>},
+    {L"fail-call", "NAME", "that call fails, as IWMPCore::get_controls (repeatable)",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.failCalls.insert(toUtf8(v));
+         return !v.empty();
+     }},
+    {L"fail-read", "ATTRIBUTE", "that attribute cannot be read (repeatable)",
+     member<&PlayerOptions::failReads>},
+    {L"fail-write", "ATTRIBUTE", "that attribute cannot be written (repeatable)",
+     member<&PlayerOptions::failWrites>},
+    {L"call-delay", "MS", "every call from a plug-in takes that much longer",
+     number<&PlayerOptions::callDelayMs>},
+    {L"serve-on-own-thread", nullptr,
+     "hand calls from other threads to the player's own thread, not serve them at once",
+     flag<&PlayerOptions::serveOnOwnThread>},
+    {L"hidden", nullptr, "do not show the window at the start", flag<&PlayerOptions::hidden>},
+    {L"no-plugins", nullptr, "load no plug-ins", flag<&PlayerOptions::loadPlugins, false>},
+    {L"script", "FILE", "read commands from FILE, or with - from standard input",
+     text<&PlayerOptions::script>},
+    {L"close-at-end", nullptr, "close when the script has ended", flag<&PlayerOptions::closeAtEnd>},
+    {L"exit-on-close", nullptr, "leave at once when closed, with the plug-ins still alive",
+     flag<&PlayerOptions::exitOnClose>},
+    {L"lifetime", "SECONDS", "close by itself after that time",
+     number<&PlayerOptions::lifetimeSeconds>},
+    {L"help", nullptr, "this text", flag<&PlayerOptions::help>},
+};
+
+const Option* findOption(const std::wstring& name) {
+    for (const Option& option : kOptions) {
+        if (name == option.name) return &option;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+bool parseOptions(const std::vector<std::wstring>& arguments, PlayerOptions& options,
+                  std::string& error) {
+    for (const std::wstring& argument : arguments) {
+        const size_t equals = argument.find(L'=');
+        const bool hasValue = equals != std::wstring::npos;
+        const Option* option = argument.starts_with(L"--")
+                                   ? findOption(argument.substr(2, hasValue ? equals - 2 : equals))
+                                   : nullptr;
+        if (option == nullptr) {
+            error = "unknown argument " + toUtf8(argument) + "; --help lists the known ones";
+            return false;
+        }
+        const std::string name = "--" + toUtf8(option->name);
+        if (hasValue != (option->value != nullptr)) {
+            error = hasValue ? name + " takes no value"
+                             : name + " needs a value: " + name + "=" + option->value;
+            return false;
+        }
+        const std::wstring value = hasValue ? argument.substr(equals + 1) : std::wstring();
+        if (!option->read(options, value)) {
+            error = toUtf8(argument) + ": not a value for " + name + "=" + option->value;
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string usageText() {
+    std::string text =
+        "A stand-in for Windows Media Player: loads the registered background plug-ins and\n"
+        "offers them the player's automation over a folder of .wma files.\n\n"
+        "player [options]\n";
+    for (const Option& option : kOptions) {
+        std::string left = "  --" + toUtf8(option.name);
+        if (option.value != nullptr) left += std::string("=") + option.value;
+        left.resize(left.size() < 26 ? 26 : left.size() + 1, ' ');
+        text += left + option.help + "\n";
+    }
+    return text + "\nScript commands, one in a line; # starts a comment:\n" + scriptHelp();
+}
+
+}  // namespace orvane::standin

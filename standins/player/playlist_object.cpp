@@ -1,0 +1,160 @@
+#include "standins/player/playlist_object.h"
+
+#include <utility>
+
+#include "standins/player/media_object.h"
+
+namespace orvane::standin {
+
+namespace {
+
+// Asked for privately, to know our own objects from other people's.
+constexpr IID kOwnPlaylist = {
+    0x1c9e07d4, 0x52b8, 0x4f0a, {0xa1, 0x6e, 0x7f, 0x03, 0xd9, 0x58, 0x24, 0xeb}};
+
+class PlaylistObject final : public DispatchObject<IWMPPlaylist> {
+public:
+    PlaylistObject(ModelPtr model, PlaylistPtr playlist)
+        : m_model(std::move(model)), m_playlist(std::move(playlist)) {}
+
+    [[nodiscard]] const PlaylistPtr& playlist() const { return m_playlist; }
+
+    STDMETHOD(get_count)(LONG* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPPlaylist::get_count", [&] {
+            *out = static_cast<LONG>(m_playlist->items->size());
+            return S_OK;
+        });
+    }
+    STDMETHOD(get_name)(BSTR* out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPPlaylist::get_name",
+                              [&] { return giveText(m_playlist->name, out); });
+    }
+    STDMETHOD(get_Item)(LONG index, IWMPMedia** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPPlaylist::get_Item", [&]() -> HRESULT {
+            const TrackList& items = *m_playlist->items;
+            if (index < 0 || static_cast<size_t>(index) >= items.size()) return E_INVALIDARG;
+            *out = makeMedia(m_model, items[static_cast<size_t>(index)]).detach();
+            return S_OK;
+        });
+    }
+    STDMETHOD(appendItem)(IWMPMedia* media) override {
+        const TrackPtr track = trackOf(media);
+        return edit("IWMPPlaylist::appendItem", wmplcAppend, [&](TrackList& items) -> HRESULT {
+            if (!track) return E_INVALIDARG;
+            items.push_back(track);
+            return S_OK;
+        });
+    }
+    STDMETHOD(insertItem)(LONG index, IWMPMedia* media) override {
+        const TrackPtr track = trackOf(media);
+        return edit("IWMPPlaylist::insertItem", wmplcInsert, [&](TrackList& items) -> HRESULT {
+            if (!track || index < 0 || static_cast<size_t>(index) > items.size())
+                return E_INVALIDARG;
+            items.insert(items.begin() + index, track);
+            return S_OK;
+        });
+    }
+    STDMETHOD(removeItem)(IWMPMedia* media) override {
+        const TrackPtr track = trackOf(media);
+        return edit("IWMPPlaylist::removeItem", wmplcDelete, [&](TrackList& items) -> HRESULT {
+            return track && std::erase(items, track) > 0 ? S_OK : E_INVALIDARG;
+        });
+    }
+    STDMETHOD(clear)() override {
+        return edit("IWMPPlaylist::clear", wmplcClear, [](TrackList& items) -> HRESULT {
+            items.clear();
+            return S_OK;
+        });
+    }
+
+    STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
+    STDMETHOD(get_attributeCount)(LONG*) override { return E_NOTIMPL; }
+    STDMETHOD(get_attributeName)(LONG, BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(getItemInfo)(BSTR, BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(setItemInfo)(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHOD(get_isIdentical)(IWMPPlaylist*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(moveItem)(LONG, LONG) override { return E_NOTIMPL; }
+
+protected:
+    void* find(REFIID iid) override {
+        if (iid == kOwnPlaylist) return this;
+        return match<IUnknown, IDispatch, IWMPPlaylist>(iid, static_cast<IWMPPlaylist*>(this));
+    }
+
+private:
+    // Only the user's own playlists can be changed, not what a query gave.
+    template <typename Change>
+    HRESULT edit(const char* call, WMPPlaylistChangeEventType kind, Change change) {
+        const ComRef<IWMPPlaylist> self(this);
+        return m_model->serve(call, [&]() -> HRESULT {
+            if (m_playlist->isView) return E_ACCESSDENIED;
+            const HRESULT result = change(*m_playlist->items);
+            if (SUCCEEDED(result))
+                m_model->fire(
+                    [self, kind](IWMPEvents& sink) { sink.PlaylistChange(self.get(), kind); });
+            return result;
+        });
+    }
+
+    const ModelPtr m_model;
+    const PlaylistPtr m_playlist;
+};
+
+class PlaylistArrayObject final : public DispatchObject<IWMPPlaylistArray> {
+public:
+    PlaylistArrayObject(ModelPtr model, std::vector<PlaylistPtr> playlists)
+        : m_model(std::move(model)), m_playlists(std::move(playlists)) {}
+
+    STDMETHOD(get_count)(LONG* out) override {
+        if (out == nullptr) return E_POINTER;
+        return m_model->serve("IWMPPlaylistArray::get_count", [&] {
+            *out = static_cast<LONG>(m_playlists.size());
+            return S_OK;
+        });
+    }
+    STDMETHOD(Item)(LONG index, IWMPPlaylist** out) override {
+        if (out == nullptr) return E_POINTER;
+        *out = nullptr;
+        return m_model->serve("IWMPPlaylistArray::Item", [&]() -> HRESULT {
+            if (index < 0 || static_cast<size_t>(index) >= m_playlists.size()) return E_INVALIDARG;
+            *out = makePlaylistObject(m_model, m_playlists[static_cast<size_t>(index)]).detach();
+            return S_OK;
+        });
+    }
+
+protected:
+    void* find(REFIID iid) override {
+        return match<IUnknown, IDispatch, IWMPPlaylistArray>(iid,
+                                                             static_cast<IWMPPlaylistArray*>(this));
+    }
+
+private:
+    const ModelPtr m_model;
+    const std::vector<PlaylistPtr> m_playlists;
+};
+
+}  // namespace
+
+ComRef<IWMPPlaylist> makePlaylistObject(ModelPtr model, PlaylistPtr playlist) {
+    auto object = makeObject<PlaylistObject>(std::move(model), std::move(playlist));
+    return ComRef<IWMPPlaylist>(object.get());
+}
+
+ComRef<IWMPPlaylistArray> makePlaylistArray(ModelPtr model, std::vector<PlaylistPtr> playlists) {
+    auto object = makeObject<PlaylistArrayObject>(std::move(model), std::move(playlists));
+    return ComRef<IWMPPlaylistArray>(object.get());
+}
+
+PlaylistPtr playlistOf(IUnknown* object) {
+    void* own = nullptr;
+    if (object == nullptr || FAILED(object->QueryInterface(kOwnPlaylist, &own))) return nullptr;
+    auto playlist = ComRef<PlaylistObject>::adopt(static_cast<PlaylistObject*>(own));
+    return playlist->playlist();
+}
+
+}  // namespace orvane::standin

@@ -1,0 +1,20 @@
+#pragma once
+
+// The COM faces of a playlist or library view, and of an array of playlists.
+
+#include <vector>
+
+#include "standins/player/com_support.h"
+#include "standins/player/model.h"
+
+#include <wmp.h>
+
+namespace orvane::standin {
+
+ComRef<IWMPPlaylist> makePlaylistObject(ModelPtr model, PlaylistPtr playlist);
+ComRef<IWMPPlaylistArray> makePlaylistArray(ModelPtr model, std::vector<PlaylistPtr> playlists);
+
+// The playlist behind an object of this player; null for anybody else's object.
+PlaylistPtr playlistOf(IUnknown* object);
+
+}  // namespace orvane::standin

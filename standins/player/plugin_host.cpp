@@ -1,0 +1,192 @@
+#include "standins/player/plugin_host.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace orvane::standin {
+
+namespace {
+
+class RegKey {
+public:
+    RegKey(HKEY parent, const wchar_t* name) {
+        if (RegOpenKeyExW(parent, name, 0, KEY_READ, &m_key) != ERROR_SUCCESS) m_key = nullptr;
+    }
+    ~RegKey() {
+        if (m_key != nullptr) RegCloseKey(m_key);
+    }
+    RegKey(const RegKey&) = delete;
+    RegKey& operator=(const RegKey&) = delete;
+    [[nodiscard]] HKEY get() const { return m_key; }
+    explicit operator bool() const { return m_key != nullptr; }
+
+private:
+    HKEY m_key = nullptr;
+};
+
+bool isBackgroundPlugin(HKEY plugins, const wchar_t* name) {
+    const RegKey key(plugins, name);
+    DWORD capabilities = 0;
+    DWORD type = 0;
+    DWORD size = sizeof(capabilities);
+    return key &&
+           RegQueryValueExW(key.get(), PLUGIN_INSTALLREGKEY_CAPABILITIES, nullptr, &type,
+                            reinterpret_cast<BYTE*>(&capabilities), &size) == ERROR_SUCCESS &&
+           type == REG_DWORD && (capabilities & PLUGIN_TYPE_MASK) == PLUGIN_TYPE_BACKGROUND;
+}
+
+std::vector<CLSID> registeredPlugins() {
+    std::vector<CLSID> result;
+    const RegKey plugins(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
+    if (!plugins) return result;
+    wchar_t name[256];
+    for (DWORD index = 0;; ++index) {
+        DWORD length = static_cast<DWORD>(std::size(name));
+        if (RegEnumKeyExW(plugins.get(), index, name, &length, nullptr, nullptr, nullptr,
+                          nullptr) != ERROR_SUCCESS)
+            return result;
+        CLSID clsid{};
+        if (isBackgroundPlugin(plugins.get(), name) && SUCCEEDED(CLSIDFromString(name, &clsid)))
+            result.push_back(clsid);
+    }
+}
+
+std::string textOf(const CLSID& clsid) {
+    wchar_t text[64] = {};
+    StringFromGUID2(clsid, text, static_cast<int>(std::size(text)));
+    return toUtf8(text);
+}
+
+// The file of an in-process server, as registered; empty when there is none.
+std::wstring serverPath(const CLSID& clsid) {
+    const std::wstring name = L"CLSID\\" + toWide(textOf(clsid)) + L"\\InprocServer32";
+    wchar_t path[1024] = {};
+    DWORD size = sizeof(path) - sizeof(wchar_t);
+    const RegKey key(HKEY_CLASSES_ROOT, name.c_str());
+    if (!key || RegQueryValueExW(key.get(), nullptr, nullptr, nullptr,
+                                 reinterpret_cast<BYTE*>(path), &size) != ERROR_SUCCESS)
+        return {};
+    return path;
+}
+
+}  // namespace
+
+std::string describe(HRESULT result) {
+    char text[16];
+    std::snprintf(text, sizeof(text), "0x%08lX", static_cast<unsigned long>(result));
+    return text;
+}
+
+HRESULT PluginHost::add(const CLSID& clsid, ComRef<IWMPPluginUI> object) {
+    // Listed first: the plug-in may pump messages, and with them a request to close the player.
+    m_plugins.push_back({clsid, object});
+    return object->SetCore(m_core);
+}
+
+bool PluginHost::load(const CLSID& clsid) {
+    const std::string name = textOf(clsid);
+    ComRef<IUnknown> created;
+    const HRESULT result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER,
+                                            __uuidof(IUnknown), created.putVoid());
+    if (FAILED(result)) {
+        report("plug-in " + name + " could not be created: " + describe(result));
+        return false;
+    }
+    auto plugin = created.query<IWMPPluginUI>();
+    if (!plugin) {
+        report("plug-in " + name + " is no player plug-in: it lacks IWMPPluginUI");
+        return false;
+    }
+    created.reset();
+    report("plug-in " + name + " created");
+    const HRESULT attached = add(clsid, std::move(plugin));
+    report("plug-in " + name + " SetCore(core): " + describe(attached));
+    return true;
+}
+
+size_t PluginHost::loadRegistered() {
+    for (const CLSID& clsid : registeredPlugins()) {
+        const bool known = std::any_of(m_plugins.begin(), m_plugins.end(),
+                                       [&](const Plugin& p) { return p.clsid == clsid; });
+        if (!known) load(clsid);
+    }
+    return m_plugins.size();
+}
+
+void PluginHost::dropUnregistered() {
+    const std::vector<CLSID> registered = registeredPlugins();
+    for (size_t i = m_plugins.size(); i-- > 0;) {
+        if (std::find(registered.begin(), registered.end(), m_plugins[i].clsid) != registered.end())
+            continue;
+        Plugin gone = std::move(m_plugins[i]);
+        m_plugins.erase(m_plugins.begin() + static_cast<std::ptrdiff_t>(i));
+        letGo(gone);
+    }
+}
+
+HRESULT PluginHost::attach(IWMPPluginUI* plugin) {
+    return add(CLSID{}, ComRef<IWMPPluginUI>(plugin));
+}
+
+void PluginHost::letGo(Plugin& plugin) {
+    const std::string name = textOf(plugin.clsid);
+    const HRESULT result = plugin.object->SetCore(nullptr);
+    report("plug-in " + name + " SetCore(null): " + describe(result));
+    plugin.object.reset();
+    report("plug-in " + name + " released");
+    m_letGo.push_back(plugin.clsid);
+}
+
+void PluginHost::unloadAll() {
+    std::vector<Plugin> plugins;
+    plugins.swap(m_plugins);
+    for (Plugin& plugin : plugins) letGo(plugin);
+}
+
+void PluginHost::freeModules() {
+    CoFreeUnusedLibrariesEx(0, 0);
+    for (const CLSID& clsid : std::exchange(m_letGo, {})) {
+        const std::wstring path = serverPath(clsid);
+        if (path.empty()) continue;
+        const bool loaded = GetModuleHandleW(path.c_str()) != nullptr;
+        report("module " + toUtf8(path) + (loaded ? " is still loaded" : " unloaded"));
+    }
+}
+
+void PluginHost::giveCore() {
+    for (const Plugin& plugin : std::vector<Plugin>(m_plugins))
+        report("SetCore(core): " + describe(plugin.object->SetCore(m_core)));
+}
+
+void PluginHost::takeCore() {
+    for (const Plugin& plugin : std::vector<Plugin>(m_plugins))
+        report("SetCore(null): " + describe(plugin.object->SetCore(nullptr)));
+}
+
+HRESULT PluginHost::sendProperty(const std::wstring& name, const VARIANT& value) {
+    HRESULT result = S_FALSE;
+    for (const Plugin& plugin : std::vector<Plugin>(m_plugins)) {
+        result = plugin.object->SetProperty(name.c_str(), &value);
+        report("SetProperty(" + toUtf8(name) + "): " + describe(result));
+    }
+    return result;
+}
+
+bool makeObjectArray(const std::vector<ComRef<IUnknown>>& objects, VARIANT& value) {
+    VariantInit(&value);
+    SAFEARRAY* array = SafeArrayCreateVector(VT_UNKNOWN, 0, static_cast<ULONG>(objects.size()));
+    if (array == nullptr) return false;
+    IUnknown** elements = nullptr;
+    if (FAILED(SafeArrayAccessData(array, reinterpret_cast<void**>(&elements)))) {
+        SafeArrayDestroy(array);
+        return false;
+    }
+    for (size_t i = 0; i < objects.size(); ++i) elements[i] = ComRef<IUnknown>(objects[i]).detach();
+    SafeArrayUnaccessData(array);
+    value.vt = VT_ARRAY | VT_UNKNOWN;
+    value.parray = array;
+    return true;
+}
+
+}  // namespace orvane::standin

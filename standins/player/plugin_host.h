@@ -1,0 +1,73 @@
+#pragma once
+
+// The player's side of its plug-ins: finds the registered background plug-ins, creates them with
+// COM on the player's own thread, gives them the core and takes it back. That thread only.
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/wmp_plugin_ui.h"
+#include "standins/player/com_support.h"
+
+namespace orvane::standin {
+
+class PluginHost {
+public:
+    // `core` is not counted and outlives the host.
+    explicit PluginHost(IWMPCore* core) : m_core(core) {}
+    ~PluginHost() { unloadAll(); }
+    PluginHost(const PluginHost&) = delete;
+    PluginHost& operator=(const PluginHost&) = delete;
+
+    // One line for each thing done.
+    std::function<void(const std::string&)> report = [](const std::string&) {};
+
+    // Creates each registered background plug-in that is not there yet and gives it the core. One
+    // that cannot be created is reported and left out. Returns how many are there.
+    size_t loadRegistered();
+    // Lets go the plug-ins that are no longer registered.
+    void dropUnregistered();
+    bool load(const CLSID& clsid);
+    // Takes in an object that a test made; it gets the core like any other.
+    HRESULT attach(IWMPPluginUI* plugin);
+
+    // SetCore(null) and release. Safe inside a message of the main window, which the plug-in may
+    // have subclassed: no module goes.
+    void unloadAll();
+    // Frees the modules that are no longer in use and reports on those of the plug-ins let go.
+    // Never from inside a plug-in's own code.
+    void freeModules();
+
+    // SetCore on every plug-in: with the player's core, or with none.
+    void giveCore();
+    void takeCore();
+
+    // SetProperty with the given name on every plug-in; the last result.
+    HRESULT sendProperty(const std::wstring& name, const VARIANT& value);
+
+    [[nodiscard]] size_t count() const { return m_plugins.size(); }
+    [[nodiscard]] IWMPPluginUI* at(size_t index) const { return m_plugins[index].object.get(); }
+
+private:
+    struct Plugin {
+        CLSID clsid;
+        ComRef<IWMPPluginUI> object;
+    };
+    HRESULT add(const CLSID& clsid, ComRef<IWMPPluginUI> object);
+    void letGo(Plugin& plugin);
+
+    IWMPCore* m_core;
+    std::vector<Plugin> m_plugins;
+    std::vector<CLSID> m_letGo;
+};
+
+// The value of "MediaSendTo" and "PlaylistSendTo": a safe array of interface pointers, null ones
+// allowed. The caller clears the VARIANT.
+bool makeObjectArray(const std::vector<ComRef<IUnknown>>& objects, VARIANT& value);
+
+std::string describe(HRESULT result);  // "0x80004005"
+
+}  // namespace orvane::standin

@@ -1,0 +1,166 @@
+#include "standins/player/script.h"
+
+#include <windows.h>
+
+#include <utility>
+
+#include "standins/player/com_support.h"
+#include "standins/player/model.h"
+#include "standins/player/player.h"
+
+namespace orvane::standin {
+
+namespace {
+
+using Arguments = Script::Arguments;
+
+struct Command {
+    const wchar_t* name;
+    const char* arguments;
+    const char* help;
+    bool (*run)(Script&, const Arguments&);
+};
+
+constexpr Command kCommands[] = {
+    {L"show", "", "show the window",
+     [](Script& s, const Arguments&) { return s.showWindow(SW_SHOW); }},
+    {L"hide", "", "hide the window",
+     [](Script& s, const Arguments&) { return s.showWindow(SW_HIDE); }},
+    {L"move", "X Y W H", "move and size the window",
+     [](Script& s, const Arguments& a) { return s.moveWindow(a); }},
+    {L"maximise", "", "", [](Script& s, const Arguments&) { return s.showWindow(SW_MAXIMIZE); }},
+    {L"minimise", "", "", [](Script& s, const Arguments&) { return s.showWindow(SW_MINIMIZE); }},
+    {L"restore", "", "as it was before maximise or minimise",
+     [](Script& s, const Arguments&) { return s.showWindow(SW_RESTORE); }},
+    {L"special", "", "shrink the window to 300 by 80",
+     [](Script& s, const Arguments&) { return s.shrinkWindow(); }},
+    {L"normal", "", "the ordinary 800 by 600 again",
+     [](Script& s, const Arguments&) { return s.restoreNormal(); }},
+    {L"activate", "", "bring the window to the front",
+     [](Script& s, const Arguments&) { return s.activate(); }},
+    {L"play", "[PATH|INDEX]", "open that track and play it, or play the current one",
+     [](Script& s, const Arguments& a) { return s.play(a); }},
+    {L"pause", "", "", [](Script& s, const Arguments&) { return s.control(L"pause"); }},
+    {L"stop", "", "", [](Script& s, const Arguments&) { return s.control(L"stop"); }},
+    {L"set", "MODE on|off", "a settings mode: shuffle, autoRewind, loop",
+     [](Script& s, const Arguments& a) { return s.setMode(a); }},
+    {L"option", "--KEY=VALUE...", "change options while running, as --start-delay=2000",
+     [](Script& s, const Arguments& a) { return s.setOption(a); }},
+    {L"error", "[CODE]", "add to the error list, raise the error event",
+     [](Script& s, const Arguments& a) { return s.raiseError(a); }},
+    {L"sendto-media", "INDEX...|all", "send library items to the plug-ins",
+     [](Script& s, const Arguments& a) { return s.sendMedia(a); }},
+    {L"sendto-playlist", "NAME...", "send playlists to the plug-ins",
+     [](Script& s, const Arguments& a) { return s.sendPlaylists(a); }},
+    {L"sendto-odd", "", "send what a well-behaved player never sends",
+     [](Script& s, const Arguments&) { return s.sendOdd(); }},
+    {L"wait", "MS", "go on after that time",
+     [](Script& s, const Arguments& a) { return s.wait(a); }},
+    {L"wait-state", "playing|paused|stopped [MS]", "go on in that play state, 5000 at most",
+     [](Script& s, const Arguments& a) { return s.waitState(a); }},
+    {L"freeze", "MS", "stop the message loop for that time",
+     [](Script& s, const Arguments& a) { return s.freeze(a); }},
+    {L"setcore", "", "give the core to the plug-ins",
+     [](Script& s, const Arguments&) { return s.giveCore(true); }},
+    {L"setcore-null", "", "take the core from the plug-ins",
+     [](Script& s, const Arguments&) { return s.giveCore(false); }},
+    {L"reload-plugin", "", "release the plug-ins, free their modules, create them again",
+     [](Script& s, const Arguments&) { return s.reloadPlugins(); }},
+    {L"print-library", "", "", [](Script& s, const Arguments&) { return s.printLibrary(); }},
+    {L"print-playlists", "", "", [](Script& s, const Arguments&) { return s.printPlaylists(); }},
+    {L"print-tags", "INDEX", "", [](Script& s, const Arguments& a) { return s.printTags(a); }},
+    {L"close", "", "close the window, as its user would",
+     [](Script& s, const Arguments&) { return s.close(); }},
+    {L"exit", "[CODE]", "leave at once, with the plug-ins still alive",
+     [](Script& s, const Arguments& a) { return s.exit(a); }},
+};
+
+}  // namespace
+
+std::vector<std::wstring> splitWords(const std::wstring& line) {
+    std::vector<std::wstring> words;
+    bool inWord = false;
+    bool quoted = false;
+    for (const wchar_t c : line) {
+        if (c == L'"') {
+            quoted = !quoted;
+            if (!inWord) words.emplace_back();
+            inWord = true;
+        } else if (!quoted && (c == L' ' || c == L'\t' || c == L'\r')) {
+            inWord = false;
+        } else {
+            if (!inWord) words.emplace_back();
+            inWord = true;
+            words.back() += c;
+        }
+    }
+    return words;
+}
+
+void Script::feed(const std::string& line) {
+    m_lines.push_back(line);
+    next();
+}
+
+void Script::end() {
+    m_ended = true;
+    next();
+}
+
+void Script::next() {
+    if (m_busy) return;
+    if (m_lines.empty()) {
+        if (m_ended && onEnd) std::exchange(onEnd, nullptr)();
+        return;
+    }
+    m_busy = true;
+    // Through the queue: what the command before has set off is dispatched first.
+    m_player.model().apartment.post([this] {
+        const std::string line = std::move(m_lines.front());
+        m_lines.pop_front();
+        m_waiting = false;
+        run(line);
+        if (!m_waiting) carryOn();
+    });
+}
+
+void Script::carryOn() {
+    m_busy = false;
+    next();
+}
+
+void Script::run(const std::string& line) {
+    const Arguments words = splitWords(toWide(line));
+    if (words.empty() || words.front().starts_with(L"#")) return;
+    for (const Command& command : kCommands) {
+        if (words.front() != command.name) continue;
+        if (!command.run(*this, Arguments(words.begin() + 1, words.end()))) {
+            ++m_failures;
+            m_report("cannot do \"" + line + "\"; it goes: " + toUtf8(command.name) + " " +
+                     command.arguments);
+        }
+        return;
+    }
+    ++m_failures;
+    m_report("unknown command \"" + line + "\"; --help lists the known ones");
+}
+
+bool Script::wait(const Arguments& arguments) {
+    unsigned milliseconds = 0;
+    if (arguments.size() != 1 || !readNumber(arguments[0], milliseconds)) return false;
+    m_waiting = true;
+    m_player.model().apartment.postLater(milliseconds, [this] { carryOn(); });
+    return true;
+}
+
+std::string scriptHelp() {
+    std::string text;
+    for (const Command& command : kCommands) {
+        std::string left = "  " + toUtf8(command.name) + " " + command.arguments;
+        left.resize(left.size() < 26 ? 26 : left.size() + 1, ' ');
+        text += left + command.help + "\n";
+    }
+    return text;
+}
+
+}  // namespace orvane::standin

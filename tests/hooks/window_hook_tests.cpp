@@ -1,0 +1,273 @@
+#include "hooks/window_hook.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+
+#include "tests/hooks/test_window.h"
+#include "tests/support/captured_log.h"
+
+namespace orvane {
+namespace {
+
+using test::CapturedLog;
+using test::TestWindow;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr UINT testMessage = WM_APP + 1;
+constexpr const wchar_t* hookProperty = L"window_hook_this_ptr";
+
+class TestHook final : public WindowHook {
+public:
+    bool OnMessage(HWND, UINT message, WPARAM wParam, LPARAM lParam) override {
+        return before ? before(message, wParam, lParam) : true;
+    }
+    void OnAfterMessage(HWND, UINT message, WPARAM, LPARAM, LRESULT result) override {
+        if (after) after(message, result);
+    }
+
+    std::function<bool(UINT, WPARAM, LPARAM)> before;
+    std::function<void(UINT, LRESULT)> after;
+};
+
+TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsIt) {
+    TestWindow window;
+    TestHook hook;
+    std::vector<std::string> seen;
+    bool pass = true;
+    window.onMessage = [&](UINT message, WPARAM wParam, LPARAM lParam) -> std::optional<LRESULT> {
+        if (message != testMessage) return std::nullopt;
+        seen.push_back("window");
+        return static_cast<LRESULT>(wParam) * 10 + lParam;
+    };
+    hook.before = [&](UINT message, WPARAM, LPARAM) {
+        if (message == testMessage) seen.push_back("before");
+        return message != testMessage || pass;
+    };
+    hook.after = [&](UINT message, LRESULT result) {
+        if (message == testMessage) seen.push_back("after " + std::to_string(result));
+    };
+
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    EXPECT_EQ(hook.getHwnd(), window.hwnd());
+    EXPECT_EQ(window.send(testMessage, 4, 2), 42);
+    EXPECT_THAT(seen, ElementsAre("before", "window", "after 42"));
+
+    seen.clear();
+    pass = false;
+    EXPECT_EQ(window.send(testMessage, 4, 2), 0);
+    EXPECT_THAT(seen, ElementsAre("before"));
+}
+
+TEST(WindowHook, LeavesTheWindowAsItWas) {
+    TestWindow window;
+    {
+        TestHook hook;
+        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+        EXPECT_FALSE(window.hasOwnProcedure());
+        EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), static_cast<WindowHook*>(&hook));
+    }
+    EXPECT_TRUE(window.hasOwnProcedure());
+    EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), nullptr);
+}
+
+TEST(WindowHook, FindsItsWindowByExactCaptionAndClassAndMovesOn) {
+    TestWindow first(L"OrVaneTestFirst", L"Réglages 日本");
+    TestWindow second(L"OrVaneTestSecond", L"Other");
+    TestHook hook;
+    ASSERT_TRUE(hook.InstallHook(L"Réglages 日本", L"OrVaneTestFirst", nullptr));
+    EXPECT_EQ(hook.getHwnd(), first.hwnd());
+
+    ASSERT_TRUE(hook.InstallHook(L"Other", L"OrVaneTestSecond", nullptr));
+    EXPECT_EQ(hook.getHwnd(), second.hwnd());
+    EXPECT_TRUE(first.hasOwnProcedure());
+
+    // A search that fails has released the window before, too.
+    CapturedLog log;
+    EXPECT_FALSE(hook.InstallHook(L"Réglages", L"日本", nullptr));
+    EXPECT_TRUE(second.hasOwnProcedure());
+    EXPECT_EQ(hook.getHwnd(), nullptr);
+    EXPECT_THAT(log.take(), HasSubstr("WindowHook::InstallHook - can't find window with class "
+                                      "'日本' and caption 'Réglages'"));
+
+    EXPECT_FALSE(hook.InstallHook(nullptr, L"OrVaneTestFirst", nullptr));
+    EXPECT_FALSE(hook.InstallHook(L"Other", nullptr, nullptr));
+    EXPECT_THAT(log.take(), HasSubstr("WindowHook::InstallHook - wrong parameters"));
+}
+
+TEST(WindowHook, RefusesAWindowThatItCannotHook) {
+    constexpr const char* refusal =
+        "WindowHook::InstallHook failed - can't save this pointer into the window";
+    CapturedLog log;
+    TestHook hook;
+    HWND gone = nullptr;
+    {
+        TestWindow window;
+        gone = window.hwnd();
+    }
+    EXPECT_FALSE(hook.InstallHook(gone));
+    EXPECT_THAT(log.take(), HasSubstr(refusal));
+
+    // Belongs to another process, whose own copy of us would follow our pointer.
+    EXPECT_FALSE(hook.InstallHook(GetDesktopWindow()));
+    EXPECT_EQ(GetPropW(GetDesktopWindow(), hookProperty), nullptr);
+    EXPECT_THAT(log.take(), HasSubstr(refusal));
+
+    // Hooked already: two hooks in a row would call each other for ever.
+    TestWindow window;
+    window.onMessage = [](UINT message, WPARAM, LPARAM) {
+        return message == testMessage ? std::optional<LRESULT>(7) : std::nullopt;
+    };
+    int seen = 0;
+    hook.before = [&](UINT message, WPARAM, LPARAM) {
+        if (message == testMessage) ++seen;
+        return true;
+    };
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    {
+        TestHook another;
+        EXPECT_FALSE(another.InstallHook(window.hwnd()));
+        EXPECT_THAT(log.take(), HasSubstr(refusal));
+    }
+    EXPECT_EQ(window.send(testMessage), 7);
+    EXPECT_EQ(seen, 1);
+    EXPECT_EQ(hook.getHwnd(), window.hwnd());
+}
+
+TEST(WindowHook, MayBeDestroyedByItsOwnOperationOrByTheWindow) {
+    TestWindow window;
+    int reachedWindow = 0;
+    bool destroyInWindow = false;
+    int after = 0;
+    std::unique_ptr<TestHook> hook;
+    const auto renew = [&] {
+        hook = std::make_unique<TestHook>();
+        hook->after = [&](UINT message, LRESULT) {
+            if (message == testMessage) ++after;
+        };
+    };
+    window.onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != testMessage) return std::nullopt;
+        ++reachedWindow;
+        if (destroyInWindow) hook.reset();
+        return 5;
+    };
+
+    renew();
+    hook->before = [&](UINT message, WPARAM, LPARAM) {
+        if (message == testMessage) hook.reset();
+        return true;
+    };
+    ASSERT_TRUE(hook->InstallHook(window.hwnd()));
+    EXPECT_EQ(window.send(testMessage), 5) << "the window still gets its message";
+    EXPECT_TRUE(window.hasOwnProcedure());
+
+    renew();
+    destroyInWindow = true;
+    ASSERT_TRUE(hook->InstallHook(window.hwnd()));
+    EXPECT_EQ(window.send(testMessage), 5);
+    EXPECT_TRUE(window.hasOwnProcedure());
+    EXPECT_EQ(reachedWindow, 2);
+    EXPECT_EQ(after, 0);
+}
+
+TEST(WindowHook, KeepsItsOwnExceptionsFromTheWindow) {
+    TestWindow window;
+    window.onMessage = [](UINT message, WPARAM, LPARAM) {
+        return message == testMessage ? std::optional<LRESULT>(3) : std::nullopt;
+    };
+    TestHook hook;
+    hook.before = [](UINT message, WPARAM, LPARAM) -> bool {
+        if (message == testMessage) throw std::runtime_error("before");
+        return true;
+    };
+    hook.after = [](UINT message, LRESULT) {
+        if (message == testMessage) throw std::runtime_error("after");
+    };
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    EXPECT_EQ(window.send(testMessage), 3);
+    hook.before = nullptr;
+    hook.after = nullptr;
+}
+
+TEST(WindowHook, EndsWithItsWindow) {
+    TestWindow window;
+    TestHook hook;
+    bool lastSeen = false;
+    hook.after = [&](UINT message, LRESULT) { lastSeen = lastSeen || message == WM_NCDESTROY; };
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    window.destroy();
+    EXPECT_TRUE(lastSeen);
+    EXPECT_EQ(hook.getHwnd(), nullptr);
+    EXPECT_FALSE(hook.postMessage(testMessage, 0, 0));
+
+    TestWindow next;
+    EXPECT_TRUE(hook.InstallHook(next.hwnd()));
+}
+
+WNDPROC belowOther = nullptr;
+bool otherSwallowsTheEnd = false;
+
+LRESULT CALLBACK otherProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (otherSwallowsTheEnd && message == WM_NCDESTROY) return 0;
+    return CallWindowProcW(belowOther, hwnd, message, wParam, lParam);
+}
+
+WNDPROC placeOther(HWND hwnd, WNDPROC proc) {
+    return reinterpret_cast<WNDPROC>(
+        SetWindowLongW(hwnd, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
+}
+
+TEST(WindowHook, GetsOnWithAnotherSubclasser) {
+    TestHook hook;
+    {
+        TestWindow window;
+        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+        belowOther = placeOther(window.hwnd(), &otherProc);
+        hook.RemoveHook();
+        EXPECT_TRUE(window.hasOwnProcedure());
+        // The other one restores what it found: our procedure, with nobody behind it.
+        placeOther(window.hwnd(), belowOther);
+        EXPECT_EQ(window.send(testMessage), 0);
+    }
+
+    // It keeps the window's end from us: what now has the handle is not ours to change.
+    HWND dead = nullptr;
+    {
+        TestWindow window;
+        dead = window.hwnd();
+        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+        belowOther = placeOther(window.hwnd(), &otherProc);
+        otherSwallowsTheEnd = true;
+    }
+    otherSwallowsTheEnd = false;
+    EXPECT_EQ(hook.getHwnd(), dead);
+    hook.RemoveHook();
+    EXPECT_EQ(hook.getHwnd(), nullptr);
+}
+
+TEST(WindowHook, PostsOnlyToItsWindow) {
+    TestWindow window;
+    int arrived = 0;
+    window.onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message == testMessage) ++arrived;
+        return std::nullopt;
+    };
+    TestHook hook;
+    // Without a window PostMessage would succeed: the message goes to the calling thread.
+    EXPECT_FALSE(hook.postMessage(testMessage, 0, 0));
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    EXPECT_TRUE(hook.postMessage(testMessage, 0, 0));
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        EXPECT_NE(message.hwnd, nullptr);
+        DispatchMessageW(&message);
+    }
+    EXPECT_EQ(arrived, 1);
+}
+
+}  // namespace
+}  // namespace orvane
