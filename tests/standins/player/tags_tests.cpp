@@ -168,7 +168,7 @@ TEST_F(TagsTest, PathsOfAnyLengthAndFilesThatAreNone) {
     EXPECT_EQ(read(player.item(3), L"Title"), L"");
     EXPECT_TRUE(FAILED(write(player.item(3), L"Title", L"x")));
 
-    // Wine's filesystem library stops at 260 characters, so the fixture cannot clear this up.
+    // The standard library stops at 260 characters, so the fixture cannot clear this up.
     DeleteFileW(extendedPath(deep).c_str());
     for (int i = 0; i < 3; ++i) {
         RemoveDirectoryW(extendedPath(folder).c_str());
