@@ -62,11 +62,10 @@ bool startByLongName(const juce::String& path, const juce::String& parameters,
     const wchar_t* const workingDirectory = canWorkThere ? directory.toWideCharPointer() : nullptr;
 
     if (createProcess(file, commandLine, workingDirectory, process)) return true;
-    // Not every system takes the long name of a program; the error to report is the first one.
+    // Not every system takes the long name of a program.
     const DWORD error = GetLastError();
     const std::wstring shortName = shortNameOf(file);
-    if (!shortName.empty() && createProcess(shortName, commandLine, workingDirectory, process))
-        return true;
+    if (!shortName.empty()) return createProcess(shortName, commandLine, workingDirectory, process);
     SetLastError(error);
     return false;
 }

@@ -244,6 +244,7 @@ TEST(Directories, ManyMakersOfTheSamePathAllSucceed) {
         const std::string path = folder / ("r" + std::to_string(round) + R"(\a\b\c\d)");
         std::atomic<int> made{0};
         std::vector<std::thread> makers;
+        makers.reserve(4);
         for (int i = 0; i < 4; ++i) {
             makers.emplace_back([&] {
                 if (utl_mkdir_multi_intl(path.c_str(), 0, true, LOG_ERR)) ++made;
