@@ -113,6 +113,8 @@ std::optional<std::string> Terminal::readTypedLine() {
         if (record.EventType != KEY_EVENT || !record.Event.KeyEvent.bKeyDown) continue;
         const KEY_EVENT_RECORD& key = record.Event.KeyEvent;
         const wchar_t c = key.uChar.UnicodeChar;
+        const bool moves = key.wVirtualKeyCode == VK_UP || key.wVirtualKeyCode == VK_DOWN;
+        if (c == 0 && !moves) continue;  // Shift alone, a function key
         const std::lock_guard lock(m_mutex);
         hidePrompt();
         if (key.wVirtualKeyCode == VK_RETURN || c == L'\r' || c == L'\n') {
