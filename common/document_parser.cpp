@@ -15,7 +15,7 @@ namespace {
 constexpr unsigned parseOptions =
     pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata;
 
-juce::String trimmed(const juce::String& run) {
+void appendTrimmed(const juce::String& run, std::u16string& out) {
     const auto isSpace = [](auto unit) {
         return juce::CharacterFunctions::isWhitespace(
             static_cast<juce::juce_wchar>(static_cast<std::uint16_t>(unit)));
@@ -25,16 +25,19 @@ juce::String trimmed(const juce::String& run) {
     while (*end != 0) ++end;
     while (begin != end && isSpace(*begin)) ++begin;
     while (end != begin && isSpace(end[-1])) --end;
-    return stringOfUnits(std::u16string(begin, end));
+    out.append(begin, end);
 }
 
 // The element's own text: its runs, each trimmed, one after the other. A run is what stands between
 // two tags; comments and processing instructions in it do not end it.
 juce::String directText(const pugi::xml_node& element) {
+    // Not a juce::String: appending to one looks for its end each time, and a hostile element has
+    // millions of runs.
+    std::u16string text;
     std::string run;
-    juce::String text;
     const auto endRun = [&] {
-        if (!run.empty()) text += trimmed(fromLooseUtf8(run));
+        if (run.empty()) return;
+        appendTrimmed(fromLooseUtf8(run), text);
         run.clear();
     };
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
@@ -44,7 +47,7 @@ juce::String directText(const pugi::xml_node& element) {
             run += child.value();
     }
     endRun();
-    return text;
+    return stringOfUnits(text);
 }
 
 juce::String eventAttribute(const pugi::xml_node& root) {

@@ -97,6 +97,7 @@ juce::String decode(std::span<const std::uint8_t> bytes, LoneHalves loneHalves) 
 
 std::vector<std::uint8_t> encodePayload(const juce::String& text) {
     std::vector<std::uint8_t> bytes;
+    bytes.reserve(text.getCharPointer().sizeInBytes() / 2);
     encode(text, LoneHalves::replaced, bytes);
     bytes.push_back(0);
     return bytes;
@@ -107,6 +108,7 @@ juce::String decodePayload(std::span<const std::uint8_t> payload) {
 }
 
 void appendLooseUtf8(const juce::String& text, std::string& out) {
+    out.reserve(out.size() + text.getCharPointer().sizeInBytes() / 2);
     encode(text, LoneHalves::kept, out);
 }
 

@@ -51,14 +51,20 @@ std::optional<ImageData> readImageFile(const char* caller, const juce::String& p
     return image;
 }
 
+bool writeAndClose(std::FILE* stream, std::span<const BYTE> image) {
+    // What is still buffered goes out in a step of its own: not every runtime's fclose reports that
+    // it failed.
+    const bool written = std::fwrite(image.data(), 1, image.size(), stream) == image.size() &&
+                         std::fflush(stream) == 0;
+    return std::fclose(stream) == 0 && written;
+}
+
 bool writeImageFile(const char* caller, const juce::String& path, std::span<const BYTE> image) {
     Stream stream = open(caller, path, L"wb", "%s: error opening %s for writing.");
     if (!stream || !isDiskFile(stream.get())) return false;
-    bool written = std::fwrite(image.data(), 1, image.size(), stream.get()) == image.size();
-    // Closing writes what is still buffered, so it can be what fails.
-    written = std::fclose(stream.release()) == 0 && written;
-    if (!written) DeleteFileW(fileNameOf(path).c_str());
-    return written;
+    if (writeAndClose(stream.release(), image)) return true;
+    DeleteFileW(fileNameOf(path).c_str());
+    return false;
 }
 
 }  // namespace orvane

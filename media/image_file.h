@@ -8,6 +8,7 @@
 #include <juce_core/juce_core.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <span>
@@ -33,5 +34,8 @@ struct ImageData {
 // written only in part is deleted, so that nobody takes it for the picture.
 [[nodiscard]] bool writeImageFile(const char* caller, const juce::String& path,
                                   std::span<const BYTE> image);
+
+// The last step of writeImageFile: true when the stream took all of it, also when it was closed.
+[[nodiscard]] bool writeAndClose(std::FILE* stream, std::span<const BYTE> image);
 
 }  // namespace orvane

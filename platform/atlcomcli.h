@@ -8,12 +8,14 @@
 #include <atlcomcli.h>
 #else
 
+#include <windows.h>
+
 #include <oleauto.h>
 #include <unknwn.h>
-#include <windows.h>
 
 #include <cassert>
 #include <cstddef>
+#include <type_traits>
 #include <utility>
 
 #define ATLASSERT(expression) assert(expression)

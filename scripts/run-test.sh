@@ -2,7 +2,7 @@
 # run-test.sh PROGRAM [ARGUMENT...]: runs one test program, under Wine when it is a Windows one,
 # and fails unless its report says that it ran at least one test.
 set -euo pipefail
-program=$1
+program=$(realpath "$1")
 shift
 report=${program%.exe}.report.xml
 rm -f "$report"

@@ -120,7 +120,9 @@ bool translate_err_strings(int savedErrno, DWORD savedError, const char* format,
 
     OwnedText errnoText;
     if (count.errnoTexts > 0) {
-        errnoText = escapePercents(std::strerror(savedErrno));
+        char text[128] = {};
+        strerror_s(text, sizeof text, savedErrno);
+        errnoText = escapePercents(text);
         if (!errnoText) {
             diagnose("E: %s: error allocating memory for escaped strerror copy\n", self);
             return false;

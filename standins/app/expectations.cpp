@@ -46,9 +46,9 @@ Interpreter::Finding Interpreter::missing(const std::string& what) {
 Interpreter::Outcome Interpreter::expect(const Words& words, std::string_view) {
     const Finding finding = check(words);
     if (finding.outcome == Outcome::wrong) return wrong(finding.text);
-    const bool met = finding.outcome == Outcome::done;
-    count(met, inWords(words), "expected " + inWords(words) + ": " + finding.text);
-    return finding.outcome;
+    if (finding.outcome == Outcome::failed)
+        return failed("MISSED: expected " + inWords(words) + ": " + finding.text);
+    return met(inWords(words));
 }
 
 Interpreter::Outcome Interpreter::wait(const Words& words, std::string_view) {

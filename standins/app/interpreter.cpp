@@ -16,6 +16,13 @@ constexpr const char* connectHint =
     "nobody is connected to the command pipe; start the player with the plug-in "
     "('wait connected within 10000' waits for it)";
 
+// A reader that refuses a header takes the next eight bytes for one, and so on: only a payload of
+// whole eights leaves it where the next frame begins.
+std::string inWholeEights(std::string payload) {
+    payload.resize((payload.size() + 7) / 8 * 8, '\0');
+    return payload;
+}
+
 }  // namespace
 
 Interpreter::Interpreter(Link& link, Arrivals& arrivals, Output& output)
@@ -126,8 +133,16 @@ Interpreter::Outcome Interpreter::wrong(const std::string& why) {
     return Outcome::wrong;
 }
 
+Interpreter::Outcome Interpreter::met(const std::string& what) {
+    ++m_met;
+    m_output.print(Output::Kind::check, "  seen: " + what);
+    return Outcome::done;
+}
+
 Interpreter::Outcome Interpreter::failed(const std::string& why) {
-    count(false, {}, why);
+    ++m_missed;
+    m_stepGood = false;
+    m_output.print(Output::Kind::error, m_where + why);
     return Outcome::failed;
 }
 
@@ -135,16 +150,14 @@ void Interpreter::note(const std::string& text) { m_output.print(Output::Kind::a
 
 std::optional<Message> Interpreter::ask(const std::string& name, const Parameters& parameters) {
     m_lastResponse.reset();
-    if (!m_link.isConnected(PipeId::command)) {
-        m_output.print(Output::Kind::error, m_where + connectHint);
-        return {};
-    }
+    m_whyNoAnswer = connectHint;
+    if (!m_link.isConnected(PipeId::command)) return {};
     std::size_t place = m_arrivals.count();
     m_output.print(Output::Kind::traffic, shownCommand(name, parameters));
     const std::string error =
         m_link.send(PipeId::command, frameAround(commandPayload(name, parameters)));
     if (!error.empty()) {
-        m_output.print(Output::Kind::error, m_where + name + " could not be sent: " + error);
+        m_whyNoAnswer = name + " could not be sent: " + error;
         return {};
     }
     const auto came = m_arrivals.waitFor(place, m_patience, [](const Arrival& arrival) {
@@ -153,37 +166,35 @@ std::optional<Message> Interpreter::ask(const std::string& name, const Parameter
                 (arrival.what == Arrival::What::message &&
                  arrival.message.kind == Message::Kind::response));
     });
-    if (came && came->what == Arrival::What::message) {
-        m_responsePlace = place;
-        if (came->message.name != name)
-            m_output.print(Output::Kind::alert, "PROBLEM   the response is to '" +
-                                                    onOneLine(came->message.name, 60) + "', but '" +
-                                                    name + "' was asked");
-        m_lastResponse = came->message;
-        return m_lastResponse;
+    if (!came) {
+        m_whyNoAnswer = "no response to " + name + " within " + std::to_string(m_patience.count()) +
+                        " ms; one that still comes is shown ('patience MS' waits longer)";
+        return {};
     }
-    m_output.print(Output::Kind::error,
-                   m_where + (came ? "the plug-in disconnected before it answered " + name
-                                   : "no response to " + name + " within " +
-                                         std::to_string(m_patience.count()) +
-                                         " ms; one that still comes is shown ('patience MS' waits "
-                                         "longer)"));
-    return {};
+    if (came->what == Arrival::What::disconnected) {
+        m_whyNoAnswer = "the plug-in disconnected before it answered " + name;
+        return {};
+    }
+    m_responsePlace = place;
+    if (came->message.name != name)
+        m_output.print(Output::Kind::alert, "PROBLEM   the response is to '" +
+                                                onOneLine(came->message.name, 60) + "', but '" +
+                                                name + "' was asked");
+    m_lastResponse = came->message;
+    return m_lastResponse;
 }
 
 Interpreter::Outcome Interpreter::sendCommand(const CommandSpec& command, const Words& words) {
     const auto parameters = commandParameters(command, words);
     if (!parameters) return wrong(parameters.error);
-    return ask(command.name, parameters.value)
-               ? Outcome::done
-               : failed(std::string(command.name) + " has no answer");
+    return ask(command.name, parameters.value) ? Outcome::done : failed(m_whyNoAnswer);
 }
 
 Interpreter::Outcome Interpreter::sendUnchecked(const Words& words, std::string_view) {
     if (words.empty()) return wrong("send what? send NAME [KEY=VALUE]...");
     const auto parameters = plainParameters(Words(words.begin() + 1, words.end()));
     if (!parameters) return wrong(parameters.error);
-    return ask(words[0], parameters.value) ? Outcome::done : failed(words[0] + " has no answer");
+    return ask(words[0], parameters.value) ? Outcome::done : failed(m_whyNoAnswer);
 }
 
 Interpreter::Outcome Interpreter::help(const Words& words, std::string_view) {
@@ -226,7 +237,7 @@ Interpreter::Outcome Interpreter::states(const Words&, std::string_view) {
     for (const char* question : {"isPlaying", "isPaused", "isShufflePlay", "isRepeatTrack",
                                  "isRepeatAll", "isInSpecialMode", "supportsRandomTrackAccess"}) {
         const auto response = ask(question, {});
-        if (!response) return failed(std::string(question) + " has no answer");
+        if (!response) return failed(m_whyNoAnswer);
         line += (line.empty() ? "" : "  ") + std::string(question) + "=" +
                 asWord(valueOf(response->parameters, "return_value"));
     }
@@ -260,8 +271,7 @@ Interpreter::Outcome Interpreter::clean(const Words& words, std::string_view) {
     const std::string summary = "clean-library: " + std::to_string(result.tracks.size()) +
                                 " tracks, " + std::to_string(troubled) + " with problems";
     if (troubled > 0) return failed(summary);
-    count(true, summary, {});
-    return Outcome::done;
+    return met(summary);
 }
 
 Interpreter::Outcome Interpreter::sendBytes(std::string_view bytes, const std::string& what) {
@@ -331,8 +341,10 @@ Interpreter::Outcome Interpreter::badLength(const Words& words, std::string_view
     if (!claimed) return wrong("badlength takes the length to claim: badlength 10485760");
     const auto payload = payloadOf(words, 1);
     if (!payload) return wrong(payload.error);
-    return sendBytes(frameAround(payload.value, *claimed),
-                     "a frame that claims " + words[0] + " bytes");
+    return sendBytes(
+        frameAround(frame::isPayloadLength(*claimed) ? payload.value : inWholeEights(payload.value),
+                    *claimed),
+        "a frame that claims " + words[0] + " bytes");
 }
 
 Interpreter::Outcome Interpreter::cut(const Words& words, std::string_view) {
@@ -465,13 +477,6 @@ void Interpreter::endStep() {
                        std::string(m_stepGood ? "step good: " : "step FAILED: ") + m_step);
     m_step.clear();
     m_stepGood = true;
-}
-
-void Interpreter::count(bool met, const std::string& what, const std::string& missing) {
-    ++(met ? m_met : m_missed);
-    if (!met) m_stepGood = false;
-    m_output.print(met ? Output::Kind::check : Output::Kind::error,
-                   met ? "  seen: " + what : m_where + "MISSED: " + missing);
 }
 
 }  // namespace orvane::standin::app

@@ -97,9 +97,11 @@ private:
     Outcome quit(const Words& words, std::string_view rest);
 
     Outcome wrong(const std::string& why);
+    Outcome met(const std::string& what);
     Outcome failed(const std::string& why);
     void note(const std::string& text);
 
+    // None: m_whyNoAnswer tells why.
     std::optional<Message> ask(const std::string& name, const Parameters& parameters);
     Outcome sendBytes(std::string_view bytes, const std::string& what);
     // The frame of the command that the words spell; a "getTrackCount" when there are none.
@@ -120,7 +122,6 @@ private:
     Finding checkLink(bool connected, std::chrono::milliseconds within);
     static Finding misunderstood(const std::string& why);
     static Finding missing(const std::string& what);
-    void count(bool met, const std::string& what, const std::string& missing);
     void endStep();
 
     Link& m_link;
@@ -128,6 +129,7 @@ private:
     Output& m_output;
     std::map<std::string, std::string, std::less<>> m_variables;
     std::optional<Message> m_lastResponse;
+    std::string m_whyNoAnswer;
     std::size_t m_eventPlace = 0;  // expectations look at events from here on
     std::size_t m_responsePlace = 0;
     std::size_t m_problemPlace = 0;

@@ -58,7 +58,8 @@ struct Attribute {
 // dropped. "Title", "Author", "Copyright", "Description" and "Rating" are the five fields of the
 // Content Description object, everything else an attribute of one of the other three objects;
 // what has a stream, a language, the name of another attribute or a value too large for a 16-bit
-// length goes to the Metadata Library object.
+// length goes to the Metadata Library object. Attributes are in the order of these objects,
+// whatever their order in the file, and within one of them in that of the file.
 class Header {
 public:
     // Larger ones are refused: this is many times the largest picture anybody embeds.

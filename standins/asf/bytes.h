@@ -3,6 +3,7 @@
 // Little-endian numbers and UTF-16 text out of and into bytes.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -62,7 +63,9 @@ private:
 using Bytes = std::vector<std::uint8_t>;
 
 inline void putNumber(Bytes& out, std::uint64_t value, unsigned size) {
-    for (unsigned i = 0; i < size; ++i) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    std::array<std::uint8_t, 8> bytes{};
+    for (unsigned i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
+    out.insert(out.end(), bytes.begin(), bytes.begin() + size);
 }
 
 inline void overwriteNumber(Bytes& out, std::size_t at, std::uint64_t value, unsigned size) {
@@ -74,7 +77,12 @@ inline void putBytes(Bytes& out, std::span<const std::uint8_t> bytes) {
 }
 
 inline void putText(Bytes& out, std::u16string_view text) {
-    for (const char16_t unit : text) putNumber(out, unit, 2);
+    std::size_t at = out.size();
+    out.resize(at + text.size() * 2);
+    for (const char16_t unit : text) {
+        out[at++] = static_cast<std::uint8_t>(unit);
+        out[at++] = static_cast<std::uint8_t>(unit >> 8U);
+    }
 }
 
 inline void putTerminatedText(Bytes& out, std::u16string_view text) {

@@ -58,6 +58,9 @@ std::uint32_t processId();
 #ifdef _WIN32
 // The form of a path that has no length limit.
 std::wstring extendedLength(const std::filesystem::path& path);
+// Windows refuses to open a read-only file for writing, Wine run by root does not. When it is one
+// the thread's last error is ERROR_ACCESS_DENIED.
+bool isReadOnly(const std::filesystem::path& path);
 #endif
 
 }  // namespace orvane::asf

@@ -61,10 +61,12 @@ std::optional<File> File::openForReading(const std::filesystem::path& path, std:
 }
 
 std::optional<File> File::openExclusively(const std::filesystem::path& path, std::string& error) {
+    // Who may not delete the file may not replace it: better to fail before anything is written.
     const Native native =
         open(path, GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ, OPEN_EXISTING);
-    if (native != none) return File(native);
+    if (native != none && !isReadOnly(path)) return File(native);
     error = failure("CreateFileW");
+    if (native != none) CloseHandle(handle(native));
     return std::nullopt;
 }
 
@@ -165,6 +167,14 @@ std::wstring extendedLength(const std::filesystem::path& path) {
     if (full.starts_with(LR"(\\.\)")) return full;
     if (full.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
     return LR"(\\?\)" + full;
+}
+
+bool isReadOnly(const std::filesystem::path& path) {
+    const DWORD attributes = GetFileAttributesW(extendedLength(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) == 0)
+        return false;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return true;
 }
 
 std::uint32_t processId() { return GetCurrentProcessId(); }

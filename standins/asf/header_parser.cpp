@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
@@ -42,6 +43,8 @@ public:
             return fail("The header holds another number of objects than it says.");
         if (!m_seen[index(Header::Kind::fileProperties)])
             return fail("The header has no File Properties object.");
+        // The order of attributes does not hang on the order of the objects that hold them.
+        std::ranges::stable_sort(m_header.m_attributes, {}, &Attribute::place);
         return true;
     }
 

@@ -113,10 +113,6 @@ private:
         slot = &a;
         return true;
     }
-    void takeExtended(const Attribute& a) {
-        m_extended.push_back(&a);
-        m_extendedNames.insert(a.name);
-    }
 
     // True when the attribute can stay in the object that it was read from.
     bool stays(const Attribute& a) {
@@ -124,15 +120,14 @@ private:
             case Place::contentDescription:
                 return fitsContentDescription(a) && takeField(a);
             case Place::extendedContentDescription:
-                if (!fitsExtended(a) || m_extended.size() == largest16) return false;
-                takeExtended(a);
+                if (!fitsExtended(a) || m_extendedCount == largest16) return false;
+                ++m_extendedCount;
+                m_names.insert(a.name);
                 return true;
             case Place::metadata:
-                if (!fitsMetadata(a) || m_metadata.size() == largest16) return false;
-                m_metadata.push_back(&a);
-                return true;
+                return fitsMetadata(a);
             case Place::metadataLibrary:
-                m_library.push_back(&a);
+                m_names.insert(a.name);
                 return true;
             case Place::automatic:
                 break;
@@ -140,25 +135,36 @@ private:
         return false;
     }
 
+    // A second attribute of one name goes to the library even where the first is there, too: so
+    // they are read in the order in which they were written.
+    Place newPlace(const Attribute& a) {
+        if (fitsContentDescription(a) && takeField(a)) return Place::contentDescription;
+        const bool isFirst = m_names.insert(a.name).second;
+        if (!isFirst || !fitsExtended(a) || m_extendedCount == largest16)
+            return Place::metadataLibrary;
+        ++m_extendedCount;
+        return Place::extendedContentDescription;
+    }
+
     bool assignPlaces() {
-        std::vector<const Attribute*> moving;
-        for (const Attribute& a : m_header.m_attributes) {
+        const std::vector<Attribute>& attributes = m_header.m_attributes;
+        std::vector<Place> places(attributes.size(), Place::automatic);
+        for (std::size_t i = 0; i < attributes.size(); ++i) {
+            const Attribute& a = attributes[i];
             if (nameSize(a) > largest16 || a.value.size() > Header::maximumSize) {
                 fail("An attribute's name or value is too long.");
                 return false;
             }
-            if (!stays(a)) moving.push_back(&a);
+            if (stays(a)) places[i] = a.place;
         }
-        for (const Attribute* a : moving) {
-            if (fitsContentDescription(*a) && takeField(*a)) continue;
-            if (fitsExtended(*a) && m_extended.size() < largest16 &&
-                !m_extendedNames.contains(a->name)) {
-                takeExtended(*a);
-            } else {
-                m_library.push_back(a);
-            }
+        for (std::size_t i = 0; i < attributes.size(); ++i) {
+            if (places[i] == Place::automatic) places[i] = newPlace(attributes[i]);
+            if (places[i] == Place::extendedContentDescription)
+                m_extended.push_back(&attributes[i]);
+            if (places[i] == Place::metadata) m_metadata.push_back(&attributes[i]);
+            if (places[i] == Place::metadataLibrary) m_library.push_back(&attributes[i]);
         }
-        if (m_library.size() > largest16) {
+        if (m_metadata.size() > largest16 || m_library.size() > largest16) {
             fail("The header has more attributes than the format can hold.");
             return false;
         }
@@ -272,7 +278,8 @@ private:
     std::string& m_error;
     std::array<const Attribute*, contentFields.size()> m_fields{};
     std::vector<const Attribute*> m_extended;
-    std::unordered_set<std::u16string_view> m_extendedNames;
+    std::size_t m_extendedCount = 0;
+    std::unordered_set<std::u16string_view> m_names;  // extended or library
     std::vector<const Attribute*> m_metadata;
     std::vector<const Attribute*> m_library;
 };

@@ -45,7 +45,7 @@ HRESULT OpenedFile::open(const WCHAR* path, DWORD access, DWORD share) {
     UniqueFile lock(CreateFileW(
         asf::extendedLength(path).c_str(), GENERIC_READ | (writable ? GENERIC_WRITE | DELETE : 0),
         share | FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!lock) return openFailure(GetLastError());
+    if (!lock || (writable && asf::isReadOnly(path))) return openFailure(GetLastError());
     std::string error;
     auto header = asf::readHeader(path, error);
     if (!header) return NS_E_INVALID_INPUT_FORMAT;

@@ -97,15 +97,22 @@ constexpr Option kOptions[] = {
     {L"track-length", "MS", "a track plays at least that long, 60000",
      number<&PlayerOptions::trackLengthMs>},
     {L"auto-start", nullptr, "a new URL starts playing by itself", flag<&PlayerOptions::autoStart>},
-    {L"never", "STATE", "playing, paused or stopped is never reached (repeatable)",
+    {L"never", "STATE", "playing, paused or stopped is never reached (repeatable); none: all are",
      [](PlayerOptions& o, const std::wstring& v) {
          long state = 0;
+         if (v == L"none") {
+             o.neverReached.clear();
+             return true;
+         }
          if (!readState(v, state)) return false;
          o.neverReached.insert(state);
          return true;
      }},
-    {L"refuse-path", "TEXT", "refuse to open a path that contains TEXT",
-     text<&PlayerOptions::refusePath>},
+    {L"refuse-path", "[TEXT]", "refuse to open a path that contains TEXT; empty: none",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.refusePath = v;
+         return true;
+     }},
     {L"mode", "NAME:on|off", "a settings mode: shuffle, autoRewind, loop (repeatable)",
      [](PlayerOptions& o, const std::wstring& v) { return readMode(v, o); }},
     {L"error", "CODE", "an error in the player's error list, as 0xC00D1197 (repeatable)",

@@ -154,11 +154,17 @@ HRESULT TagStore::write(Track& track, const std::wstring& attribute, const std::
         return S_OK;
     }
 
+    const std::wstring path = extendedPath(track.path);
+    const DWORD flags = GetFileAttributesW(path.c_str());
+    if (flags == INVALID_FILE_ATTRIBUTES) return HRESULT_FROM_WIN32(GetLastError());
+    // A new file in its place would not be read-only any more.
+    if ((flags & FILE_ATTRIBUTE_READONLY) != 0) return E_ACCESSDENIED;
+
     // Read anew: others write pictures into the same header.
-    const std::filesystem::path file(extendedPath(track.path));
+    const std::filesystem::path file(path);
     std::string error;
     auto header = asf::readHeader(file, error);
-    if (!header) return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+    if (!header) return HRESULT_FROM_WIN32(ERROR_BAD_FORMAT);
     header->setText(utf16(tag), utf16(text));
     forget(track.path);
     return asf::replaceHeader(file, *header, error) ? S_OK : E_ACCESSDENIED;

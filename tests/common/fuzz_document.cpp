@@ -2,12 +2,14 @@
 
 #include "common/orvane_message.h"
 #include "common/text_coding.h"
+#include "tests/common/captured_log.h"
 
 #include <cstdlib>
 
 using namespace orvane;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    test::takeLogLines();  // so that they do not pile up
     const auto message = OrvaneMessage::parse(decodePayload({data, size}));
     if (message == nullptr) return 0;
     juce::StringArray list;

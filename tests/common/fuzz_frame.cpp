@@ -1,4 +1,5 @@
-// Any stream of bytes, cut at any places: what the frame reader asks for and yields stays in bounds.
+// Any stream of bytes, cut at any places: what the frame reader asks for and yields stays in
+// bounds.
 
 #include "common/frame.h"
 

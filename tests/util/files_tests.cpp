@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
@@ -238,19 +239,26 @@ TEST(Directories, PathsWithoutALevelOrWithTooManyBackslashesAreRefused) {
                                     "utl_mkdir_multi_intl: no processing for machine name srv"}));
 }
 
+// Between one maker's test and its creation another one creates: with this many levels that happens
+// in nearly every round.
 TEST(Directories, ManyMakersOfTheSamePathAllSucceed) {
+    constexpr int kMakers = 4;
     TempFolder folder;
-    for (int round = 0; round < 10; ++round) {
-        const std::string path = folder / ("r" + std::to_string(round) + R"(\a\b\c\d)");
+    for (int round = 0; round < 20; ++round) {
+        std::string path = folder / ("r" + std::to_string(round));
+        for (int level = 0; level < 20; ++level) path += "\\l";
+        std::latch start(kMakers);
         std::atomic<int> made{0};
         std::vector<std::thread> makers;
-        for (int i = 0; i < 4; ++i) {
+        makers.reserve(kMakers);
+        for (int i = 0; i < kMakers; ++i) {
             makers.emplace_back([&] {
+                start.arrive_and_wait();
                 if (utl_mkdir_multi_intl(path.c_str(), 0, true, LOG_ERR)) ++made;
             });
         }
         for (std::thread& maker : makers) maker.join();
-        EXPECT_EQ(made, 4);
+        EXPECT_EQ(made, kMakers);
         EXPECT_TRUE(test::isFolder(path));
     }
 }

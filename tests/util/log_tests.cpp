@@ -255,6 +255,7 @@ TEST_F(Log, SettingsMayChangeWhileOthersWrite) {
         }
     });
     std::vector<std::thread> writers;
+    writers.reserve(2);
     for (int i = 0; i < 2; ++i) {
         writers.emplace_back([] {
             for (int line = 0; line < 50; ++line) syslog(LOG_ERR, "%d", line);

@@ -21,7 +21,6 @@ namespace {
 using test::LogMessage;
 using test::takeLog;
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr const char* kKey = R"(Software\OrVaneMediaUtilTests é日本)";

@@ -1,0 +1,148 @@
+// A command is running on the command pipe's thread while the player takes its core back or lets
+// the object go. The player serves the command's calls on its own thread, as a real one does.
+
+#include <gtest/gtest.h>
+
+#include "tests/plugin/plugin_fixture.h"
+
+namespace orvane::test {
+namespace {
+
+constexpr UINT servePlayState = WM_APP + 1;
+
+// A core whose play state is read on the thread that made it, by a message sent there.
+class ServingCore : public FakeCore {
+public:
+    ServingCore() {
+        m_window =
+            CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        SetWindowLongW(m_window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(this)));
+        SetWindowLongW(m_window, GWL_WNDPROC,
+                       static_cast<LONG>(reinterpret_cast<LONG_PTR>(&windowProc)));
+        playState = [this](WMPPlayState* answer) {
+            *answer = static_cast<WMPPlayState>(SendMessageW(m_window, servePlayState, 0, 0));
+            return S_OK;
+        };
+    }
+    ~ServingCore() { DestroyWindow(m_window); }
+
+    WMPPlayState state = wmppsTransitioning;
+    std::function<void()> whileServing;  // once, with the command in the middle of its call
+    int served = 0;
+
+private:
+    static LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message != servePlayState) return DefWindowProcW(window, message, wParam, lParam);
+        auto* const core = reinterpret_cast<ServingCore*>(
+            static_cast<LONG_PTR>(GetWindowLongW(window, GWL_USERDATA)));
+        ++core->served;
+        if (const auto call = std::exchange(core->whileServing, nullptr)) call();
+        return core->state;
+    }
+
+    HWND m_window;
+};
+
+class CommandLifetimeTest : public PluginTest {
+protected:
+    // An attached plug-in that is carrying out isPlaying, in the middle of its call to the player;
+    // `then` runs at that moment on the player's thread, inside the served call.
+    void runDuringCommand(const std::function<void()>& then) {
+        m_plugin = createPlugin();
+        ASSERT_NE(m_plugin, nullptr);
+        ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
+        bool done = false;
+        m_core.whileServing = [&] {
+            then();
+            done = true;
+        };
+        ASSERT_TRUE(m_app->sendCommand("isPlaying"));
+        ASSERT_TRUE(pumpUntil([&] { return done; }));
+    }
+
+    ServingCore m_core;
+    CComPtr<IWMPPluginUI> m_plugin;
+};
+
+TEST_F(CommandLifetimeTest, TheCoreMayBeTakenBackInTheMiddle) {
+    m_core.state = wmppsPlaying;
+    LONG whileRunning = 0;
+    runDuringCommand([&] {
+        EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
+        whileRunning = m_core.references;
+    });
+    EXPECT_EQ(whileRunning, 2) << "the command has a reference of its own";
+    EXPECT_EQ(m_app->waitForResponses(1), Names{"isPlaying=true"});
+    EXPECT_TRUE(pumpUntil([&] { return m_core.references == 1; }));
+
+    // The next command finds no core.
+    EXPECT_TRUE(m_app->sendCommand("isPlaying"));
+    EXPECT_EQ(m_app->waitForResponses(2).back(), "isPlaying=false");
+    EXPECT_EQ(m_core.served, 1);
+    m_plugin.Release();
+}
+
+TEST_F(CommandLifetimeTest, ReleaseWaitsForTheCommandAndServesItsCalls) {
+    m_plugin = createPlugin();
+    ASSERT_NE(m_plugin, nullptr);
+    ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
+    // On the command's thread: its call to the player reaches this one only when Release waits.
+    std::atomic<bool> arrived{false};
+    const auto serve = m_core.playState;
+    m_core.playState = [&](WMPPlayState* state) {
+        arrived = true;
+        Sleep(200);
+        return serve(state);
+    };
+    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
+    while (!arrived) Sleep(1);  // without serving anything
+
+    const ULONGLONG start = GetTickCount64();
+    m_plugin.Release();
+    EXPECT_LT(GetTickCount64() - start, 3000U);
+    EXPECT_EQ(m_core.served, 1);
+    EXPECT_EQ(m_core.references, 1) << "the command was over when Release returned";
+    EXPECT_EQ(canUnloadNow(), S_OK);
+    EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
+}
+
+TEST_F(CommandLifetimeTest, ThePlayerMayCallTheObjectThatIsGoing) {
+    m_plugin = createPlugin();
+    ASSERT_NE(m_plugin, nullptr);
+    ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
+    std::atomic<bool> arrived{false};
+    const auto serve = m_core.playState;
+    m_core.playState = [&](WMPPlayState* state) {
+        arrived = true;
+        Sleep(200);
+        return serve(state);
+    };
+    CComPtr<IWMPEvents> events;
+    ASSERT_EQ(m_plugin.QueryInterface(&events), S_OK);
+    IWMPEvents* const goingEvents = events.p;
+    IWMPPluginUI* const going = m_plugin.p;
+    events.Release();
+
+    FakeCore other;
+    bool called = false;
+    m_core.whileServing = [&] {
+        called = true;
+        going->AddRef();
+        EXPECT_EQ(going->SetCore(nullptr), S_OK);
+        EXPECT_EQ(going->SetCore(&other), E_UNEXPECTED);
+        goingEvents->PlayStateChange(wmppsStopped);
+        going->Release();
+    };
+    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
+    while (!arrived) Sleep(1);
+    m_plugin.Release();
+    EXPECT_TRUE(called);
+    EXPECT_EQ(other.references, 1);
+    EXPECT_EQ(canUnloadNow(), S_OK);
+    EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
+    pumpFor(100);
+    EXPECT_EQ(m_app->events().size(), 2U);
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,245 @@
+// Creation, attachment to the player's core, reconnecting and release.
+
+#include <gtest/gtest.h>
+
+#include "tests/plugin/plugin_fixture.h"
+
+namespace orvane::test {
+namespace {
+
+using LifecycleTest = PluginTest;
+
+// The application's folder as the registry names it, put back afterwards.
+class InstallPath {
+public:
+    explicit InstallPath(const wchar_t* path) {
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\OrVaneMedia\\Settings", 0, nullptr, 0,
+                        KEY_ALL_ACCESS, nullptr, m_key.put(), nullptr);
+        DWORD size = sizeof(m_old);
+        m_hadOne = RegGetValueW(m_key.get(), nullptr, L"Path", RRF_RT_REG_SZ, nullptr, m_old,
+                                &size) == ERROR_SUCCESS;
+        set(path);
+    }
+    ~InstallPath() {
+        if (m_hadOne)
+            set(m_old);
+        else
+            RegDeleteValueW(m_key.get(), L"Path");
+    }
+    InstallPath(const InstallPath&) = delete;
+    InstallPath& operator=(const InstallPath&) = delete;
+
+private:
+    void set(const wchar_t* path) {
+        RegSetValueExW(m_key.get(), L"Path", 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
+                       static_cast<DWORD>((wcslen(path) + 1) * sizeof(wchar_t)));
+    }
+
+    UniqueRegKey m_key;
+    wchar_t m_old[MAX_PATH] = {};
+    bool m_hadOne = false;
+};
+
+// Tries to create the object; the log lines that it wrote.
+std::string failedCreation(const std::function<HRESULT(void**)>& create) {
+    const LogWatch log;
+    void* object = &object;
+    EXPECT_EQ(create(&object), E_FAIL);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(canUnloadNow(), S_OK);
+    return log.added();
+}
+
+TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
+    const auto attempt = [] {
+        return failedCreation(
+            [](void** object) { return create(nullptr, __uuidof(IWMPEvents), object); });
+    };
+
+    m_window.reset();
+    EXPECT_NE(attempt().find("<3> OrVaneWmpPlugin : [" + std::to_string(GetCurrentProcessId()) +
+                             "] COrVaneWmpPlugin: can't install WMP window hook\n"),
+              std::string::npos);
+    m_app->waitForDisconnectAndReopen();
+
+    m_window = std::make_unique<PlayerWindow>();
+    m_app->closePipes();
+    EXPECT_NE(attempt().find("] COrVaneWmpPlugin: can't connect to the application\n"),
+              std::string::npos);
+    EXPECT_FALSE(m_window->isHooked());
+
+    m_app.reset();
+    const InstallPath nowhere(L"C:\\no such folder");
+    EXPECT_NE(attempt().find("] COrVaneWmpPlugin::FinalConstruct: Error launching OrVane\n"),
+              std::string::npos);
+}
+
+TEST_F(LifecycleTest, ARunningApplicationIsNotLaunched) {
+    const InstallPath nowhere(L"C:\\no such folder");
+    const LogWatch log;
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    EXPECT_TRUE(m_window->isHooked());
+    plugin.Release();
+    EXPECT_FALSE(m_window->isHooked());
+    EXPECT_EQ(log.added(), "");
+    EXPECT_TRUE(m_app->events().empty()) << "no core was ever set, so there is no goodbye";
+}
+
+TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    EXPECT_EQ(plugin->SetCore(nullptr), S_OK);
+
+    FakeCore first;
+    FakeCore second;
+    EXPECT_EQ(plugin->SetCore(&first), S_OK);
+    EXPECT_NE(first.sink, nullptr);
+    EXPECT_EQ(plugin->SetCore(&second), S_OK);
+    EXPECT_EQ(first.unadvised, 1);
+    EXPECT_EQ(first.references, 1);
+    EXPECT_EQ(plugin->SetCore(nullptr), S_OK);
+    EXPECT_EQ(second.unadvised, 1);
+    EXPECT_EQ(second.references, 1);
+    EXPECT_EQ(plugin->SetCore(nullptr), S_OK);
+
+    EXPECT_EQ(plugin->SetCore(&first), S_OK);
+    plugin.Release();
+    EXPECT_EQ(first.unadvised, 2);
+    EXPECT_EQ(first.references, 1);
+
+    const Names expected{"PlayerHello",   "PlayerGoodbye", "PlayerHello",
+                         "PlayerGoodbye", "PlayerHello",   "PlayerGoodbye"};
+    EXPECT_EQ(m_app->waitForEvents(expected.size()), expected);
+}
+
+TEST_F(LifecycleTest, ACoreThatRefusesToReportIsHeldAllTheSame) {
+    FakeCore refusing;
+    refusing.adviseResult = CONNECT_E_ADVISELIMIT;
+    FakeCore withoutCookie;
+    withoutCookie.cookie = 0;
+    FakeCore withoutPoint;
+    withoutPoint.findResult = CONNECT_E_NOCONNECTION;
+    FakeCore withoutContainer;
+    withoutContainer.hasConnectionPoints = false;
+
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    const struct {
+        FakeCore* core;
+        HRESULT result;
+    } cases[] = {{&refusing, CONNECT_E_ADVISELIMIT},
+                 {&withoutCookie, S_OK},
+                 {&withoutPoint, CONNECT_E_NOCONNECTION},
+                 {&withoutContainer, E_NOINTERFACE}};
+    Names expected;
+    for (const auto& [core, result] : cases) {
+        EXPECT_EQ(plugin->SetCore(core), result);
+        EXPECT_EQ(core->references, 2) << "the core, and no connection point";
+        EXPECT_EQ(plugin->SetCore(nullptr), S_OK);
+        EXPECT_EQ(core->references, 1);
+        EXPECT_EQ(core->unadvised, 0);
+        expected.insert(expected.end(), {"PlayerHello", "PlayerGoodbye"});
+    }
+    EXPECT_EQ(m_app->waitForEvents(expected.size()), expected);
+}
+
+TEST_F(LifecycleTest, SetCoreFromWithinSetCoreLeavesNothingAdvised) {
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    FakeCore core;
+    core.duringAdvise = [&] { plugin->SetCore(nullptr); };
+    plugin->SetCore(&core);
+    EXPECT_EQ(core.references, 1);
+    EXPECT_EQ(core.sink, nullptr);
+    plugin.Release();
+    EXPECT_EQ(core.references, 1);
+}
+
+TEST_F(LifecycleTest, TheLastReferenceMayGoWhileTheCoreIsLetGo) {
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    FakeCore core;
+    ASSERT_EQ(plugin->SetCore(&core), S_OK);
+    IWMPPluginUI* const raw = plugin.p;
+    core.duringUnadvise = [&] { plugin.Release(); };
+    EXPECT_EQ(raw->SetCore(nullptr), S_OK);
+    EXPECT_EQ(core.references, 1);
+    EXPECT_EQ(canUnloadNow(), S_OK);
+    EXPECT_FALSE(m_window->isHooked());
+    EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
+}
+
+TEST_F(LifecycleTest, AnswersWhatAPluginWithoutAWindowAnswers) {
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    HWND window = nullptr;
+    MSG message{};
+    VARIANT value{};
+    EXPECT_EQ(plugin->Create(m_window->handle(), &window), E_NOTIMPL);
+    EXPECT_EQ(plugin->Destroy(), S_OK);
+    EXPECT_EQ(plugin->DisplayPropertyPage(nullptr), E_NOTIMPL);
+    EXPECT_EQ(plugin->GetProperty(L"MediaSendTo", nullptr), E_POINTER);
+    EXPECT_EQ(plugin->GetProperty(L"MediaSendTo", &value), E_NOTIMPL);
+    EXPECT_EQ(plugin->TranslateAccelerator(&message), E_NOTIMPL);
+}
+
+TEST_F(LifecycleTest, SaysHelloOnceWhenTheApplicationComesBack) {
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    FakeCore core;
+    ASSERT_EQ(plugin->SetCore(&core), S_OK);
+    ASSERT_EQ(m_app->waitForEvents(1), Names{"PlayerHello"});
+
+    m_app->closePipes();
+    m_app->forget();
+    const LogWatch log;
+    pumpFor(2500);
+    std::size_t attempts = 0;
+    const std::string lines = log.added();
+    for (auto at = lines.find("m_ep->initConnection failed"); at != std::string::npos;
+         at = lines.find("m_ep->initConnection failed", at + 1))
+        ++attempts;
+    EXPECT_EQ(attempts, 1U) << lines;
+
+    m_app->openPipes();
+    EXPECT_EQ(m_app->waitForEvents(1, 2500), Names{"PlayerHello"});
+    pumpFor(4500);
+    EXPECT_EQ(m_app->events(), Names{"PlayerHello"});
+
+    plugin.Release();
+    EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
+    m_app->waitForDisconnectAndReopen();
+    pumpFor(2500);
+    EXPECT_EQ(m_app->events().size(), 2U) << "the timer has gone with the object";
+}
+
+TEST_F(LifecycleTest, TheLinkCanBeDroppedAndComesBackWithTheTimer) {
+    CComObject<COrVaneWmpPlugin>* object = nullptr;
+    ASSERT_EQ(CComObject<COrVaneWmpPlugin>::CreateInstance(&object), S_OK);
+    CComPtr<IWMPPluginUI> plugin(object);
+    EXPECT_TRUE(object->disconnectFromApp());
+    EXPECT_TRUE(m_app->waitForDisconnectAndReopen());
+    EXPECT_EQ(m_app->waitForEvents(1, 2500), Names{"PlayerHello"});
+}
+
+TEST_F(LifecycleTest, ReleasedFromWithinItsTimer) {
+    CComObject<COrVaneWmpPlugin>* object = nullptr;
+    ASSERT_EQ(CComObject<COrVaneWmpPlugin>::CreateInstance(&object), S_OK);
+    CComPtr<IWMPPluginUI> plugin(object);
+    {
+        // As when the player releases the object while the timer's callback waits.
+        const JuceSession::CallbackScope callback;
+        plugin.Release();
+        EXPECT_EQ(canUnloadNow(), S_OK);
+        EXPECT_TRUE(JuceSession::isUp()) << "its own callback is on the stack";
+    }
+    EXPECT_TRUE(pumpUntil([] { return !JuceSession::isUp(); }));
+
+    m_app->waitForDisconnectAndReopen();
+    plugin = createPlugin();
+    EXPECT_TRUE(JuceSession::isUp());
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,272 @@
+// The program itself, with a client that behaves as the plug-in would, or worse.
+
+#include "standins/app/clean_library.h"
+#include "standins/app/frame_scanner.h"
+#include "standins/app/pipe_server.h"
+#include "standins/app/wide_text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
+
+namespace orvane::standin::app {
+namespace {
+
+using namespace std::string_literals;
+using testing::HasSubstr;
+
+constexpr DWORD limitMs = 15'000;
+
+// One end of a pipe, as the plug-in opens it.
+class Client {
+public:
+    explicit Client(const std::string& name) {
+        const std::wstring path = L"\\\\.\\pipe\\" + wideFrom(name);
+        const ULONGLONG deadline = GetTickCount64() + limitMs;
+        while (GetTickCount64() < deadline) {
+            m_pipe.reset(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                     OPEN_EXISTING, 0, nullptr));
+            if (m_pipe) return;
+            Sleep(20);
+        }
+        ADD_FAILURE() << "cannot open " << name << ": " << systemError(GetLastError());
+    }
+
+    void send(std::string_view bytes) {
+        DWORD written = 0;
+        EXPECT_TRUE(WriteFile(m_pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()),
+                              &written, nullptr));
+        EXPECT_EQ(written, bytes.size());
+    }
+    void sendDocument(const std::string& xml) { send(frameAround(xml + '\0')); }
+    void sendEvent(const std::string& name, const std::string& more = {}) {
+        sendDocument("<OrVaneIPC event=\"" + name + "\"><Player>wmp</Player>" + more +
+                     "</OrVaneIPC>");
+    }
+
+    // The next frame's payload, "" when none comes in time.
+    std::string receive() {
+        const ULONGLONG deadline = GetTickCount64() + limitMs;
+        while (GetTickCount64() < deadline) {
+            DWORD waiting = 0;
+            if (!PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, &waiting, nullptr)) break;
+            if (waiting == 0) {
+                Sleep(5);
+                continue;
+            }
+            std::string bytes(waiting, '\0');
+            DWORD count = 0;
+            if (!ReadFile(m_pipe.get(), bytes.data(), waiting, &count, nullptr)) break;
+            for (auto& found : m_scanner.feed(bytes.substr(0, count)))
+                if (found.isFrame) return found.text;
+        }
+        return {};
+    }
+
+private:
+    UniqueFile m_pipe;
+    FrameScanner m_scanner;
+};
+
+// The program with a script; what it printed is in its transcript.
+class Program {
+public:
+    explicit Program(const std::string& script) {
+        const auto folder = std::filesystem::temp_directory_path();
+        static int number = 0;
+        const std::string name =
+            "orvane-app-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
+        m_script = folder / (name + ".txt");
+        m_transcript = folder / (name + ".log");
+        std::ofstream(m_script, std::ios::binary) << script;
+        std::wstring command = L"OrVaneApp.exe --launched-by=wmp \"--script=" + m_script.wstring() +
+                               L"\" \"--transcript=" + m_transcript.wstring() + L"\"";
+        STARTUPINFOW start{};
+        start.cb = sizeof start;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                   nullptr, &start, &process))
+            << systemError(GetLastError());
+        m_process.reset(process.hProcess);
+        UniqueHandle(process.hThread).reset();
+    }
+    ~Program() {
+        if (m_process && WaitForSingleObject(m_process.get(), 0) != WAIT_OBJECT_0) {
+            TerminateProcess(m_process.get(), 99);
+            WaitForSingleObject(m_process.get(), limitMs);
+        }
+        std::error_code ignored;
+        std::filesystem::remove(m_script, ignored);
+        std::filesystem::remove(m_transcript, ignored);
+    }
+
+    DWORD exitCode() {
+        DWORD code = STILL_ACTIVE;
+        EXPECT_EQ(WaitForSingleObject(m_process.get(), 2 * limitMs), WAIT_OBJECT_0);
+        GetExitCodeProcess(m_process.get(), &code);
+        return code;
+    }
+    std::string transcript() { return contentOf(m_transcript).value_or(""); }
+
+private:
+    std::filesystem::path m_script, m_transcript;
+    UniqueHandle m_process;
+};
+
+constexpr const char* eventPipe = "IpcOrvaneEventPipe";
+constexpr const char* commandPipe = "IpcOrvaneCommandPipe";
+
+TEST(Conversation, GoesBothWaysAndIsWrittenDown) {
+    Program program(
+        "expect connected within 15000\n"
+        "expect event PlayerHello within 15000\n"
+        "expect event PlayStarted TrackTitle=\"Caf\xC3\xA9 Song\" within 15000\n"
+        "getMediaInfoFromPath \"C:\\M\xC3\xBCsik\\a b.wma\"\n"
+        "expect return true\n"
+        "expect value metadataOut.TrackTitle=\"Caf\xC3\xA9 Song\"\n"
+        "slow 0 isPlaying\n"
+        "expect response isPlaying return_value=false within 15000\n");
+    Client events(eventPipe), commands(commandPipe);
+    events.sendEvent("PlayerHello");
+    events.sendEvent("PlayStarted",
+                     "<TrackTitle>Caf&#233; Song</TrackTitle><TrackArtist/><AlbumTitle/><Genre_2/>"
+                     "<Filename/><Year/><TrackNumber/>");
+    EXPECT_THAT(commands.receive(), HasSubstr("<trackPath>C:\\M&#252;sik\\a b.wma</trackPath>"));
+    commands.sendDocument(
+        "<response event=\"getMediaInfoFromPath\"><return_value>true</return_value>"
+        "<metadataOut.TrackTitle>Caf&#233; Song</metadataOut.TrackTitle></response>");
+    EXPECT_THAT(commands.receive(), HasSubstr("<command event=\"isPlaying\"/>"));
+    // Byte by byte in this direction, too.
+    const std::string response = frameAround(
+        "<response event=\"isPlaying\"><return_value>false</return_value></response>\0"s);
+    for (const char c : response) commands.send(std::string_view(&c, 1));
+    EXPECT_EQ(program.exitCode(), 0u);
+    EXPECT_THAT(program.transcript(), HasSubstr("launched by wmp"));
+    EXPECT_THAT(program.transcript(), HasSubstr("Caf\xC3\xA9 Song"));
+    EXPECT_THAT(program.transcript(), HasSubstr("result: good"));
+}
+
+TEST(Conversation, SurvivesEveryKindOfBadInputAndSaysWhatItWas) {
+    Program program(
+        "expect connected within 15000\n"
+        "expect problem \"bad magic DE AD BE EF\" within 15000\n"
+        "expect problem \"bad length 10485760\" within 15000\n"
+        "expect problem \"not XML\" within 15000\n"
+        "expect problem \"root element is 'letter'\" within 15000\n"
+        "expect problem \"stopped at 20 of 1000 payload bytes\" within 15000\n"
+        "expect problem \"cut short: only 20 of 1000\" within 15000\n"
+        "wait disconnected within 15000\n"
+        "expect connected within 15000\n"
+        "expect event PlayerHello within 15000\n"
+        "pause\n");
+    {
+        Client events(eventPipe);
+        const Client commands(commandPipe);
+        events.send("\xDE\xAD\xBE\xEF");
+        events.send(frameAround("xx", 10'485'760));
+        events.sendDocument("<OrVaneIPC event=\"PlayStopped\">");
+        events.sendDocument("<letter/>");
+        events.send(frameAround(std::string(20, 'x'), 1000));
+        Sleep(2500);  // stops in the middle, then goes
+    }
+    Client events(eventPipe), commands(commandPipe);
+    events.sendEvent("PlayerHello");
+    EXPECT_THAT(commands.receive(), HasSubstr("pause"));
+    commands.sendDocument("<response event=\"pause\"><return_value>true</return_value></response>");
+    EXPECT_EQ(program.exitCode(), 0u) << program.transcript();
+}
+
+TEST(Conversation, ThereIsOneProgramAndOneClientAtATime) {
+    Program first("expect connected within 15000\nexpect event PlayerHello within 15000\n");
+    Client events(eventPipe), commands(commandPipe);
+    const UniqueFile third(CreateFileW(L"\\\\.\\pipe\\IpcOrvaneEventPipe",
+                                       GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0,
+                                       nullptr));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_PIPE_BUSY});
+    Program second("expect connected\n");
+    EXPECT_EQ(second.exitCode(), 0u);
+    EXPECT_THAT(second.transcript(), HasSubstr("another OrVaneApp is running"));
+    events.sendEvent("PlayerHello");
+    EXPECT_EQ(first.exitCode(), 0u);
+}
+
+TEST(Conversation, MissedChecksAreTheExitCode) {
+    Program program("expect connected within 15000\nexpect event PlayerHello within 100\n");
+    const Client events(eventPipe), commands(commandPipe);
+    EXPECT_EQ(program.exitCode(), 1u);
+    EXPECT_THAT(program.transcript(), HasSubstr("MISSED: expected event PlayerHello"));
+}
+
+// The pipe alone, under a name of its own.
+class Recorder : public PipeServer::Listener {
+public:
+    void clientConnected() override { note("connected"); }
+    void bytesReceived(std::string_view bytes) override { note(std::string(bytes)); }
+    void clientQuiet() override {}
+    void clientGone(const std::string& why) override { note("gone: " + why); }
+
+    bool waitFor(const std::string& what) {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::milliseconds(limitMs),
+                                  [&] { return m_all.find(what) != std::string::npos; });
+    }
+
+private:
+    void note(const std::string& what) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_all += what + "|";
+        }
+        m_changed.notify_all();
+    }
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::string m_all;
+};
+
+std::string ownName() { return "OrvaneStandinTest" + std::to_string(GetCurrentProcessId()); }
+
+TEST(Pipe, GivesUpOnAClientThatDoesNotRead) {
+    Recorder recorder;
+    std::string error;
+    const auto server = PipeServer::create(ownName(), recorder, error);
+    ASSERT_TRUE(server) << error;
+    EXPECT_EQ(server->write("x", 100), "nobody is connected");
+    {
+        const Client client(ownName());
+        ASSERT_TRUE(recorder.waitFor("connected"));
+        const ULONGLONG before = GetTickCount64();
+        EXPECT_THAT(server->write(std::string(1'000'000, 'x'), 200), HasSubstr("not reading"));
+        EXPECT_LT(GetTickCount64() - before, 2000u);
+        // Its place in the stream is lost with the rest of the frame.
+        EXPECT_TRUE(recorder.waitFor("gone: dropped by this program"));
+    }
+    Client next(ownName());
+    next.send("hello");
+    EXPECT_TRUE(recorder.waitFor("hello"));
+}
+
+TEST(Pipe, HoldsBackAndDropsAClient) {
+    Recorder recorder;
+    std::string error;
+    const auto server = PipeServer::create(ownName(), recorder, error);
+    ASSERT_TRUE(server) << error;
+    EXPECT_FALSE(PipeServer::create(ownName(), recorder, error));
+    EXPECT_THAT(error, HasSubstr("end that one first"));
+    Client client(ownName());
+    client.send("one");
+    ASSERT_TRUE(recorder.waitFor("one"));
+    server->drop();
+    EXPECT_TRUE(recorder.waitFor("gone: dropped"));
+    server->hold(true);
+    Client another(ownName());
+    server->hold(false);
+    another.send("two");
+    EXPECT_TRUE(recorder.waitFor("two"));
+}
+
+}  // namespace
+}  // namespace orvane::standin::app

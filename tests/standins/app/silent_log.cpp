@@ -1,0 +1,11 @@
+// The shared log is a Windows one; natively nothing is written.
+
+#include "util/log.h"
+
+namespace orvane {
+
+void syslog(int, const char*, ...) {}
+void vsyslog(int, const char*, va_list) {}
+bool log_enabled(int) { return false; }
+
+}  // namespace orvane
