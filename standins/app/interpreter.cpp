@@ -331,9 +331,9 @@ Interpreter::Outcome Interpreter::xml(const Words& words, std::string_view rest)
 Interpreter::Outcome Interpreter::badMagic(const Words& words, std::string_view) {
     const auto payload = payloadOf(words, 0);
     if (!payload) return wrong(payload.error);
-    return sendBytes(
-        frameAround(payload.value, static_cast<std::uint32_t>(payload.value.size()), 0xDEADBEEF),
-        "a frame with a bad magic");
+    const std::string bytes = inWholeEights(payload.value);
+    return sendBytes(frameAround(bytes, static_cast<std::uint32_t>(bytes.size()), 0xDEADBEEF),
+                     "a frame with a bad magic");
 }
 
 Interpreter::Outcome Interpreter::badLength(const Words& words, std::string_view) {
