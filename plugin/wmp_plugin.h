@@ -12,6 +12,7 @@
 #include "common/plugin_methods.h"
 #include "hooks/wmp_window_hook.h"
 #include "platform/atlcom.h"
+#include "platform/format_runtime.h"
 #include "platform/wmp_plugin_ui.h"
 #include "plugin/juce_session.h"
 
@@ -213,7 +214,8 @@ private:
     void unload();
     void unlink();
 
-    CComPtr<IWMPCore> m_core;  // written under m_lock, by the object's thread only
+    FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
+    CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only
     CComPtr<IConnectionPoint> m_connectionPoint;
     DWORD m_adviseCookie = 0;                      // 0: not advised
     std::unique_ptr<WmpWindowHook> m_windowHook;   // written under m_lock

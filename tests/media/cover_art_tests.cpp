@@ -13,16 +13,16 @@
 #include "platform/handles.h"
 #include "tests/media/fake_media.h"
 #include "tests/media/track_folder.h"
-#include "util/log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
 
 using juce::String;
-using namespace testing;
+using namespace test;
 namespace fs = std::filesystem;
 
-class CoverArt : public ::testing::Test {
+class CoverArt : public testing::Test {
 protected:
     CoverArt() {
         EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
@@ -53,12 +53,9 @@ protected:
     // Runs `work` and gives what it logged.
     template <typename Work>
     static std::string logOf(Work work) {
-        openlog("media_tests", LOG_PERROR, 0);
-        ::testing::internal::CaptureStderr();
+        CapturedLog log;
         work();
-        std::string text = ::testing::internal::GetCapturedStderr();
-        closelog();
-        return text;
+        return log.take();
     }
     static std::string utf8(const fs::path& path) { return textOf(path).toStdString(); }
 

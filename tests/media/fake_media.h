@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace orvane::testing {
+namespace orvane::test {
 
 // COM interfaces have no virtual destructor by design.
 #pragma GCC diagnostic push
@@ -105,4 +105,4 @@ public:
 
 #pragma GCC diagnostic pop
 
-}  // namespace orvane::testing
+}  // namespace orvane::test

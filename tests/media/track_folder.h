@@ -16,7 +16,7 @@
 #include "standins/asf/asf_file.h"
 #include "standins/asf/picture.h"
 
-namespace orvane::testing {
+namespace orvane::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -142,4 +142,4 @@ inline Bytes soundOf(const std::filesystem::path& track) {
     return {all.begin() + static_cast<std::ptrdiff_t>(headerSize), all.end()};
 }
 
-}  // namespace orvane::testing
+}  // namespace orvane::test

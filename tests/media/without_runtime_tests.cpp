@@ -11,7 +11,7 @@ namespace orvane {
 namespace {
 
 using juce::String;
-using namespace testing;
+using namespace test;
 
 TEST(WithoutRuntime, TagsAreStillReadAndWritten) {
     const TrackFolder folder;

@@ -10,7 +10,7 @@ namespace {
 
 using juce::String;
 using juce::StringPairArray;
-using testing::FakeMedia;
+using test::FakeMedia;
 
 using Writes = std::vector<std::pair<std::wstring, std::wstring>>;
 

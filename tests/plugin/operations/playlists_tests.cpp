@@ -1,0 +1,128 @@
+#include "tests/plugin/operations/operations_fixture.h"
+
+namespace orvane {
+namespace {
+
+using juce::String;
+using juce::StringArray;
+
+class Playlists : public test::OperationsTest {
+protected:
+    using Add = bool (COrVaneWmpPlugin::*)(const String&, const StringArray&);
+    bool add(Add operation, const String& name, const StringArray& paths) {
+        return command([&](COrVaneWmpPlugin& plugin) { return (plugin.*operation)(name, paths); });
+    }
+};
+
+TEST_F(Playlists, AreMadeWhenTheFirstTracksComeAndUsedAgain) {
+    m_folder.track(L"a.wma");
+    m_folder.track(L"b \u00e9 \u65e5.wma");
+    startPlayer();
+    test::CapturedLog log;
+    EXPECT_TRUE(command(&COrVaneWmpPlugin::createSpecialPlaylistFolders));
+    EXPECT_TRUE(playlistNames().isEmpty());
+    EXPECT_NE(log.take().find("COrVaneWmpPlugin: CreateSpecialPlaylistFolders called"),
+              std::string::npos);
+
+    const StringArray both{pathOf(1), pathOf(0)};
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, "Rock", both));
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToNotFoundFolder, "", {pathOf(0)}));
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToDirtyFolder, "", {}));
+    EXPECT_EQ(playlistNames(),
+              StringArray({"OrVane:CleanedRock", "OrVane:NotFound", "OrVane:Dirty"}));
+    EXPECT_EQ(pathsIn(L"OrVane:CleanedRock"), both);
+    EXPECT_TRUE(pathsIn(L"OrVane:Dirty").isEmpty());
+    const std::string lines = log.take();
+    for (const char* line : {"Add2CleanedFolder succeeded", "Add2NotFoundFolder succeeded",
+                             "Add2DirtyFolder succeeded"})
+        EXPECT_NE(lines.find(std::string("COrVaneWmpPlugin: ") + line), std::string::npos) << line;
+
+    // Again means once more.
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, "Rock", {pathOf(0), pathOf(0)}));
+    EXPECT_EQ(pathsIn(L"OrVane:CleanedRock"),
+              (StringArray{pathOf(1), pathOf(0), pathOf(0), pathOf(0)}));
+    EXPECT_EQ(playlistNames().size(), 3);
+}
+
+TEST_F(Playlists, SkipTracksThatAreNotThereOrThereTwice) {
+    m_folder.track(L"a.wma");
+    m_folder.track(L"twice.wma");
+    m_options.listTwice = {L"twice"};
+    startPlayer();
+    const String twice = test::textOf(m_folder.path(L"twice.wma"));
+    const String once = test::textOf(m_folder.path(L"a.wma"));
+    EXPECT_TRUE(
+        add(&COrVaneWmpPlugin::addToDirtyFolder, "x", {"C:\\nowhere.wma", twice, "", once}));
+    EXPECT_EQ(pathsIn(L"OrVane:Dirtyx"), StringArray(once));
+}
+
+TEST_F(Playlists, UseTheFirstOfTheirName) {
+    m_folder.track(L"a.wma");
+    startPlayer();
+    CComPtr<IWMPPlaylistCollection> playlists;
+    ASSERT_EQ(m_player->core()->get_playlistCollection(&playlists), S_OK);
+    for (int i = 0; i < 2; ++i) {
+        CComPtr<IWMPPlaylist> playlist;
+        ASSERT_EQ(playlists->newPlaylist(CComBSTR(L"OrVane:Cleaned"), &playlist), S_OK);
+    }
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)}));
+    EXPECT_EQ(playlistNames().size(), 2);
+    EXPECT_EQ(pathsIn(L"OrVane:Cleaned"), StringArray(pathOf(0)));
+}
+
+TEST_F(Playlists, AnswerFalseWhenThePlayerFails) {
+    m_folder.track(L"a.wma");
+    test::CapturedLog log;
+    EXPECT_FALSE(add(&COrVaneWmpPlugin::addToDirtyFolder, "", {"a"}));
+    EXPECT_NE(log.take().find("COrVaneWmpPlugin: Add2DirtyFolder failed"), std::string::npos);
+    startPlayer();
+    for (const char* call :
+         {"IWMPCore::get_playlistCollection", "IWMPPlaylistCollection::getByName",
+          "IWMPPlaylistArray::get_count", "IWMPPlaylistCollection::newPlaylist"}) {
+        fail({call});
+        EXPECT_FALSE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)})) << call;
+    }
+    EXPECT_TRUE(playlistNames().isEmpty());
+    for (const char* call :
+         {"IWMPCore::get_mediaCollection", "IWMPMediaCollection::getByAttribute",
+          "IWMPPlaylist::get_count", "IWMPPlaylist::get_Item", "IWMPPlaylist::appendItem"}) {
+        fail({call});
+        EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)})) << call;
+    }
+    EXPECT_TRUE(pathsIn(L"OrVane:Cleaned").isEmpty());
+    fail({"IWMPPlaylistArray::Item"});
+    EXPECT_FALSE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)}));
+}
+
+TEST_F(Playlists, CostTheSameForEachTrackHoweverLargeTheLibrary) {
+    m_options.synthetic = 50'000;
+    startPlayer();
+    ASSERT_EQ(m_player->itemCount(), 50'000u);
+    const auto calls = [&](int tracks) {
+        StringArray paths;
+        for (int i = 0; i < tracks; ++i) paths.add(pathOf(static_cast<size_t>(49'000 + i)));
+        const auto before = m_player->callCount();
+        EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, String(tracks), paths));
+        return m_player->callCount() - before;
+    };
+    const auto one = calls(1);
+    const auto two = calls(2);
+    EXPECT_EQ(calls(11), one + 10 * (two - one));
+    EXPECT_EQ(pathsIn(L"OrVane:Cleaned11").size(), 11);
+}
+
+TEST_F(Playlists, CannotBeBrowsed) {
+    startPlayer();
+    String text = "untouched";
+    EXPECT_FALSE(m_plugin->nestedPlaylistsSupported());
+    EXPECT_EQ(m_plugin->getPlaylistCount("OrVane:Cleaned"), 0);
+    EXPECT_FALSE(m_plugin->getPlaylistName("OrVane:Cleaned", 0, text));
+    EXPECT_FALSE(m_plugin->removePlaylist("OrVane:Cleaned", ""));
+    EXPECT_EQ(m_plugin->getPlaylistTrackCount("OrVane:Cleaned", ""), 0);
+    EXPECT_FALSE(m_plugin->getPlaylistTrackPath("OrVane:Cleaned", "", 0, text));
+    EXPECT_FALSE(m_plugin->removeTrackFromPlaylist("OrVane:Cleaned", "", ""));
+    EXPECT_EQ(text, String("untouched"));
+}
+
+}  // namespace
+}  // namespace orvane
