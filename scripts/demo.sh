@@ -49,7 +49,7 @@ log_file=$(shared_log)
 log_before=0
 [ ! -f "$log_file" ] || log_before=$(stat -c %s "$log_file")
 
-script=$demo/session.txt
+script=$demo/script.txt
 transcript=$demo/transcript.txt
 {
     printf 'set track "%s"\n' "$(windows_path "$music/$track")"
@@ -68,7 +68,7 @@ check() {
     if [ "$1" = 1 ]; then ticks+=("  [x] $2"); else ticks+=("  [ ] $2") failures=$((failures + 1)); fi
 }
 
-# What the files say in the middle of the session.
+# What the files say in the middle of it all.
 one_track_seen=0
 check_one_track() {
     local file=$demo/one-track.wma # as it is now: the application goes on meanwhile

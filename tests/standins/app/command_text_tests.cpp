@@ -65,7 +65,7 @@ TEST(CommandText, PutsVariablesIn) {
 
 TEST(Catalogue, HasTheCommandsThatArePassedOn) {
     std::size_t sent = 0;
-    for (const CommandSpec& command : commandCatalogue()) {
+    for (const CommandForm& command : commandCatalogue()) {
         sent += command.sent ? 1u : 0u;
         EXPECT_EQ(findCommand(command.name).command, &command) << command.name;
     }
