@@ -21,7 +21,7 @@ class AppConnector : public IOrvaneApplicationEvents, protected juce::Timer {
 public:
     // `methods` is not owned and outlives the connector.
     explicit AppConnector(IOrvanePluginMethods* methods) : pluginMethods(methods) {}
-    virtual ~AppConnector();
+    ~AppConnector() override;
 
     void playerHello(const juce::String& player) override;
     void playerGoodbye(const juce::String& player) override;

@@ -11,11 +11,10 @@ namespace {
 
 constexpr std::array<bool, 128> makePlainTable() {
     std::array<bool, 128> plain{};
-    for (char c = 'a'; c <= 'z'; ++c) plain[static_cast<std::size_t>(c)] = true;
-    for (char c = 'A'; c <= 'Z'; ++c) plain[static_cast<std::size_t>(c)] = true;
-    for (char c = '0'; c <= '9'; ++c) plain[static_cast<std::size_t>(c)] = true;
-    for (const char c : std::string_view(" .,;:-()_+=?!'#@[]/\\*%~{}"))
-        plain[static_cast<std::size_t>(c)] = true;
+    for (const unsigned char c :
+         std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                          " .,;:-()_+=?!'#@[]/\\*%~{}"))
+        plain[c] = true;
     return plain;
 }
 

@@ -43,9 +43,6 @@ static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
 #endif
 
 // Failures of the runtime that mingw's nserror.h does not name.
-#ifndef ASF_E_BUFFERTOOSMALL
-#define ASF_E_BUFFERTOOSMALL static_cast<HRESULT>(0xC00D07D1)
-#endif
 #ifndef ASF_E_BADLANGUAGEID
 #define ASF_E_BADLANGUAGEID static_cast<HRESULT>(0xC00D07D2)
 #endif

@@ -54,9 +54,10 @@ private:
     bool m_valid = false;
 };
 
+// An empty path names no file, and would end the list for its reader.
 void addPath(juce::StringArray& paths, IWMPMedia& media) {
     CComBSTR path;
-    if (SUCCEEDED(media.get_sourceURL(&path))) paths.add(textOf(path));
+    if (SUCCEEDED(media.get_sourceURL(&path)) && path.Length() > 0) paths.add(textOf(path));
 }
 
 juce::StringArray pathsOf(const SentObjects& media) {

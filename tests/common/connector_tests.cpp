@@ -118,14 +118,15 @@ TEST_F(ConnectorTest, EachHappeningIsOneEvent) {
     connector->cleanTracks("wmp", {});
     connector->mouseLButtonDown("wmp");
     connector->playerGoodbye("wmp");
+    const std::string started =
+        "PlayStarted Player=wmp TrackTitle=t TrackArtist=a AlbumTitle=al Genre_2=g Filename=f "
+        "Year=y TrackNumber=n";
     EXPECT_TRUE(eventsAre(
         {"PlayerHello Player=wmp", "PlayerMaximized Player=wmp PlayerRect=-4,-8,1936,1056",
          "PlayerMinimized Player=wmp", "PlayerHidden Player=wmp", "PlayerShown Player=wmp",
          "PlayerInSpecialMode Player=wmp inSpecialMode=true",
          "PlayerInSpecialMode Player=wmp inSpecialMode=false", "PlayerActivated Player=wmp",
-         "PlayStarted Player=wmp TrackTitle=t TrackArtist=a AlbumTitle=al Genre_2=g Filename=f "
-         "Year=y TrackNumber=n",
-         "PlayStopped Player=wmp", "PlayStopped Player=wmp",
+         started, "PlayStopped Player=wmp", "PlayStopped Player=wmp",
          "CleanTracks Player=wmp trackPaths0=C:\\a.mp3 trackPaths1=D:\\b & c.wma",
          "CleanTracks Player=wmp", "MouseLButtonDown Player=wmp", "PlayerGoodbye Player=wmp"}))
         << ::testing::PrintToString(events->lines());

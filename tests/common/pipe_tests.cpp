@@ -86,6 +86,7 @@ TEST_F(PipeTest, SendsOneFrameAMessage) {
 TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
     connect();
     std::vector<std::thread> senders;
+    senders.reserve(4);
     for (int t = 0; t < 4; ++t)
         senders.emplace_back([&, t] {
             for (int i = 0; i < 25; ++i) {

@@ -15,10 +15,10 @@ public:
     CapturedLog() : m_oldMask(setlogmask(0)) {
         openlog("test", LOG_PERROR, 0);
         setlogmask(0xFF);
-        testing::internal::CaptureStderr();
+        ::testing::internal::CaptureStderr();
     }
     ~CapturedLog() {
-        testing::internal::GetCapturedStderr();
+        ::testing::internal::GetCapturedStderr();
         closelog();
         setlogmask(m_oldMask);
     }
@@ -28,8 +28,8 @@ public:
     // All lines since the last call.
     std::string take() {
         std::fflush(stderr);
-        std::string text = testing::internal::GetCapturedStderr();
-        testing::internal::CaptureStderr();
+        std::string text = ::testing::internal::GetCapturedStderr();
+        ::testing::internal::CaptureStderr();
         return text;
     }
 
