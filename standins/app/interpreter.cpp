@@ -10,14 +10,6 @@
 #include <thread>
 
 namespace orvane::standin::app {
-namespace {
-
-start the player with the plug - in
-    "
-    "('wait connected within 10000' waits for it)";
-
-}  // namespace
-
 Interpreter::Interpreter(Link& link, Arrivals& arrivals, Output& output)
     : m_link(link), m_arrivals(arrivals), m_output(output) {}
 
