@@ -49,7 +49,7 @@ log_file=$(shared_log)
 log_before=0
 [ ! -f "$log_file" ] || log_before=$(stat -c %s "$log_file")
 
-script=$demo/session.txt
+script=$demo/script.txt
 transcript=$demo/transcript.txt
 {
     printf 'set track "%s"\n' "$(windows_path "$music/$track")"
@@ -68,7 +68,7 @@ check() {
     if [ "$1" = 1 ]; then ticks+=("  [x] $2"); else ticks+=("  [ ] $2") failures=$((failures + 1)); fi
 }
 
-# What the files say in the middle of the session.
+# What the files say in the middle of it all.
 one_track_seen=0
 check_one_track() {
     local file=$demo/one-track.wma # as it is now: the application goes on meanwhile
@@ -90,7 +90,7 @@ start_player "$demo/player.txt" ORVANE_APP_SCRIPT="$(windows_path "$script")" \
 
 # The application's transcript tells how far it is, and what it wants of the player and of us.
 follow_transcript() {
-    local line deadline=$((SECONDS + 90)) started_by=$((SECONDS + 20))
+    local line deadline=$((SECONDS + 90)) started_by=$((SECONDS + 20)) brief=0
     while [ $SECONDS -lt $deadline ]; do
         if ! IFS= read -r -t 1 -u "$transcript_fd" line; then
             [ -s "$transcript" ] || [ $SECONDS -lt $started_by ] || {
@@ -99,7 +99,14 @@ follow_transcript() {
             }
             continue
         fi
-        printf '    %s\n' "$line"
+        # The cleaning takes seven commands a track: its own lines tell as much.
+        case $line in
+            *'  cleaning '*' tracks') brief=1 ;;
+            *'  clean-library: '* | *'error: '*) brief=0 ;;
+        esac
+        if [ $brief = 0 ] || [[ $line != *'  command '* && $line != *'  response '* && $line != '        '* ]]; then
+            printf '    %s\n' "$line"
+        fi
         case $line in
             *'  player> '*) tell_player "${line#*  player> }" ;;
             *'  check one-track') check_one_track ;;
@@ -135,7 +142,7 @@ for part in "${parts[@]}"; do
     if [ "$part" = 2-one-track ]; then check $one_track_seen "ffprobe reads in the file what was written"; fi
     if [ "$part" = 3-library ]; then
         if [ -f "$demo/report.tsv" ]; then
-            check_library "$demo/report.tsv" "$music" "$originals"
+            check_library "$demo/report.tsv" "$music" "$originals" "$demo/player.txt"
         else
             check 0 "The report of the cleaning was written"
         fi
@@ -155,18 +162,18 @@ logged=0
 check $logged "The shared log tells of the document that was not XML"
 
 echo
-if [ -n "${table+set}" ]; then
-    say "the library, as ffprobe and exiftool found it"
-    printf '%s\n' "${table[@]}"
-    echo
-fi
 say "what was to be seen"
 printf '%s\n' "${ticks[@]}"
+if [ -n "${table+set}" ]; then
+    echo
+    say "the library, before and after, as ffprobe and exiftool found it in the files"
+    printf '%s\n' "${table[@]}"
+fi
+echo
 if [ "$failures" -gt 0 ]; then
     grep -E 'error: |PROBLEM ' "$transcript" | head -n 5 | sed 's/^/  application: /' >&2 || true
     [ ${#problems[@]} = 0 ] || printf '  %s\n' "${problems[@]}" >&2
     fail "$failures of ${#ticks[@]} things were not seen" \
         "read the lines above, then transcript.txt, player.txt and log.txt in build/demo"
 fi
-echo
-say "all ${#ticks[@]} were seen; try it yourself with ./dev console"
+say "all ${#ticks[@]} things were seen; the conversation is in build/demo/transcript.txt; try it yourself with ./dev console"

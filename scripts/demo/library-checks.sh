@@ -4,12 +4,13 @@
 # tag FILE NAME: as ffprobe reads it, "-" when there is none
 tag() {
     local value
-    value=$(ffprobe -v error -show_entries "format_tags=$2" -of default=noprint_wrappers=1:nokey=1 "$1")
+    # It takes every picture for the JPEG that its type says, and complains about others.
+    value=$(ffprobe -v fatal -show_entries "format_tags=$2" -of default=noprint_wrappers=1:nokey=1 "$1")
     printf '%s' "${value:--}"
 }
 
 # The coded audio alone: the same however the tags change.
-audio_hash() { ffmpeg -v error -i "$1" -map 0:a -c copy -f hash - </dev/null; }
+audio_hash() { ffmpeg -v fatal -i "$1" -map 0:a -c copy -f hash - </dev/null; }
 
 picture_type() { exiftool -s3 -PictureMIMEType "$1"; }
 picture_hash() { exiftool -b -Picture "$1" | sha256sum | cut -d' ' -f1; }
@@ -31,29 +32,38 @@ cell() {
     printf '%s%*s' "$text" $((width - $(columns "$text"))) ''
 }
 
-row() { printf '  %s %s %s %s %s\n' "$(cell "$1" 24)" "$(cell "$2" 34)" "$(cell "$3" 30)" "$(cell "$4" 16)" "$5"; }
+row() { printf '  %s %s %s %s %s\n' "$(cell "$1" 24)" "$(cell "$2" 36)" "$(cell "$3" 33)" "$(cell "$4" 15)" "$5"; }
 
 # disc NUMBER COUNT: as a file holds it
 disc() { if [ "$2" = - ]; then printf '%s' "$1"; else printf '%s/%s' "$1" "$2"; fi; }
 
+# The playlists as the player printed them, one "NAME<tab>PATH" a line.
+printed_playlists() {
+    sed -n -e 's/^player: //' -e 's/\r$//' -e '/^playlist .*: [0-9]* item(s)$/{s/^playlist \(.*\): [0-9]* item(s)$/\1/;h;d}' \
+        -e '/^  /{s/^  //;H;x;s/\([^\n]*\)\n\(.*\)/\1\t\2/;p;s/\t.*//;x}' "$1"
+}
+
 # Reads the report once; fills `table` with lines to print and calls check TITLE for each claim.
 check_library() {
-    local report=$1 music=$2 originals=$3
-    local tags_right=1 covers_right=1 audio_same=1 untouched=1 count=0
+    local report=$1 music=$2 originals=$3 playlists
+    local tags_right=1 covers_right=1 audio_same=1 untouched=1 filed=1 count=0
+    playlists=$(printed_playlists "$4")
     local -a line
     table=()
     table+=("$(row Track Before After 'Cover art' Playlist)")
-    table+=("$(row ------------------------ ---------------------------------- ------------------------------ ---------------- -------------------)")
+    table+=("$(row ------------------------ ------------------------------------ --------------------------------- --------------- --------------------)")
     while IFS=$'\t' read -r -a line; do
         [ "${line[0]}" != index ] || continue
         count=$((count + 1))
-        # The report's columns: 4 to 14 before, 15 to 25 after; title, artist, album artist, album,
+        # The report's columns: 4 to 14 what the application read, 15 to 25 read back; title, artist, album artist, album,
         # year, disc, discs, genre, track number, art type, art bytes.
         local path=${line[1]} verdict=${line[2]} playlist=${line[3]} image=${line[26]}
         local name=${path##*\\}
         local file=$music/$name
         [ -f "$file" ] || { problem "the report names $path, which is not in $music"; tags_right=0; continue; }
 
+        grep -qxF "$playlist"$'\t'"$path" <<<"$playlists" || {
+            problem "the player's playlist $playlist does not have $name"; filed=0; }
         [ "$(audio_hash "$file")" = "$(audio_hash "$originals/$name")" ] || {
             problem "$name: the audio data has changed"; audio_same=0; }
         if [ "$verdict" = 'not found' ]; then
@@ -79,11 +89,12 @@ check_library() {
         local art=${line[24]}
         [ "$art" = - ] && art=none || art="$art, $(size_in_words "${line[25]}")"
         [ "${line[13]}" = - ] || art="was ${line[13]}; $art"
-        table+=("$(row "$name" "${line[4]}" "${line[15]}" "$art" "$playlist")")
-        table+=("$(row '' "by ${line[5]}" "by ${line[16]}" '' '')")
-        table+=("$(row '' "album artist ${line[6]}" "album artist ${line[17]}" '' '')")
-        table+=("$(row '' "on ${line[7]}" "on ${line[18]}" '' '')")
-        table+=("$(row '' "${line[8]}, disc $(disc "${line[9]}" "${line[10]}"), ${line[11]}" \
+        local was=$originals/$name
+        table+=("$(row "$name" "$(tag "$was" title)" "${line[15]}" "$art" "$playlist")")
+        table+=("$(row '' "by $(tag "$was" artist)" "by ${line[16]}" '' '')")
+        table+=("$(row '' "on $(tag "$was" album)" "on ${line[18]}" '' '')")
+        table+=("$(row '' "album by $(tag "$was" album_artist)" "album by ${line[17]}" '' '')")
+        table+=("$(row '' "$(tag "$was" WM/Year), disc $(tag "$was" disc), $(tag "$was" genre)" \
             "${line[19]}, disc $(disc "${line[20]}" "${line[21]}"), ${line[22]}" '' '')")
     done <"$report"
 
@@ -93,6 +104,7 @@ check_library() {
     check "$tags_right" "ffprobe reads the cleaned tags in the files"
     check "$covers_right" "exiftool reads each cover in its file, byte for byte"
     check "$audio_same" "The audio data of every file is what it was"
+    check "$filed" "The player's playlists have each track where it was filed"
     check "$untouched" "The files of tracks not found are what they were"
 }
 

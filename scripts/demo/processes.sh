@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2154,SC2034
-# Sourced by scripts/demo.sh and scripts/console.sh: the processes of one session under Wine, and
+# Sourced by scripts/demo.sh and scripts/console.sh: the processes of one run under Wine, and
 # what they need to find each other. Shares its variables with them: build, music, player_status,
 # transcript_fd.
 
@@ -9,14 +9,14 @@ unix_path() {
     printf '%s' "${path//\\//}"
 }
 
-# The pipes and the mutex exist once per prefix: one session at a time.
+# The pipes and the mutex exist once per prefix: one at a time.
 claim_wine() {
-    claim=$build/wine-session.pid
+    claim=$build/wine-user.pid
     local other
     if [ -f "$claim" ]; then
         other=$(cat "$claim")
         if [ -n "$other" ] && kill -0 "$other" 2>/dev/null; then
-            fail "another session (process $other) is using the player and the application" "end it, or wait for it"
+            fail "process $other, another ./dev demo or ./dev console, is using the player and the application" "end it, or wait for it"
         fi
     fi
     echo $$ >"$claim"

@@ -8,20 +8,20 @@
 namespace orvane::standin::app {
 namespace {
 
-using Kind = ParameterSpec::Kind;
+using Kind = ParameterForm::Kind;
 
-const std::vector<ParameterSpec> listParameters = {
+const std::vector<ParameterForm> listParameters = {
     {"playlistName", Kind::text, false, "what follows the folder's name in the playlist's name"},
     {"trackPaths", Kind::list, false, "the tracks, as a;b or given several times"}};
-const ParameterSpec trackPath = {"trackPath", Kind::path, true, "the track's file in the library"};
-const ParameterSpec trackIndex = {"trackIndex", Kind::number, true,
+const ParameterForm trackPath = {"trackPath", Kind::path, true, "the track's file in the library"};
+const ParameterForm trackIndex = {"trackIndex", Kind::number, true,
                                   "the track's place in the library, from 0"};
-const ParameterSpec artOut = {"albumArtPath", Kind::path, false,
+const ParameterForm artOut = {"albumArtPath", Kind::path, false,
                               "a file that receives the cover art"};
-const ParameterSpec artIn = {"albumArtPath", Kind::path, false,
+const ParameterForm artIn = {"albumArtPath", Kind::path, false,
                              "an image file that becomes the cover art"};
-const ParameterSpec emptyOk = {"emptyOk", Kind::yesNo, false, "yes or no (no)"};
-const ParameterSpec metadata = {"metadata", Kind::map, false,
+const ParameterForm emptyOk = {"emptyOk", Kind::yesNo, false, "yes or no (no)"};
+const ParameterForm metadata = {"metadata", Kind::map, false,
                                 "fields to write: TrackTitle=... or metadata.TrackTitle=..."};
 
 const char* const readMore =
@@ -32,8 +32,8 @@ const char* const writeMore =
     "  albumArtPath nothing is called, and the response has no return value.\n"
     "  Example: setMediaInfoToIndex 0 TrackTitle=\"My Song\" Year=1999 emptyOk=no\n";
 
-const std::vector<CommandSpec>& table() {
-    static const std::vector<CommandSpec> commands = {
+const std::vector<CommandForm>& table() {
+    static const std::vector<CommandForm> commands = {
         {"createSpecialPlaylistFolders", true, "", "prepare the special playlists", "", {}},
         {"addToCleanedFolder", true, "playlistName=NAME trackPaths=A;B",
          "append tracks to OrVane:Cleaned", "", listParameters},
@@ -180,13 +180,13 @@ std::string sharedBeginning(const std::vector<std::string>& names) {
 
 }  // namespace
 
-std::span<const CommandSpec> commandCatalogue() { return table(); }
+std::span<const CommandForm> commandCatalogue() { return table(); }
 std::span<const char* const> metadataFields() { return fieldNames; }
 
 Lookup findCommand(std::string_view typed) {
     Lookup lookup;
-    const CommandSpec* beginning = nullptr;
-    for (const CommandSpec& command : table()) {
+    const CommandForm* beginning = nullptr;
+    for (const CommandForm& command : table()) {
         if (sameIgnoringCase(command.name, typed)) {
             lookup.command = &command;
             lookup.candidates.clear();
@@ -204,7 +204,7 @@ Lookup findCommand(std::string_view typed) {
     lookup.ambiguous = lookup.candidates.size() > 1;
     if (lookup.command || lookup.ambiguous) return lookup;
     const std::size_t tolerated = std::max<std::size_t>(1, typed.size() / 3);
-    for (const CommandSpec& command : table())
+    for (const CommandForm& command : table())
         if (distance(command.name, typed) <= tolerated)
             lookup.candidates.emplace_back(command.name);
     return lookup;
@@ -234,9 +234,9 @@ Completion complete(std::string_view line) {
         if (startsWithIgnoringCase(name, word)) candidates.push_back(std::move(name));
     };
     if (namesCommand) {
-        for (const CommandSpec& command : table()) offer(std::string(command.name) + ' ');
+        for (const CommandForm& command : table()) offer(std::string(command.name) + ' ');
     } else if (const auto command = findCommand(split(before, ' ').front()).command) {
-        for (const ParameterSpec& parameter : command->parameters) {
+        for (const ParameterForm& parameter : command->parameters) {
             if (parameter.kind != Kind::map) {
                 offer(std::string(parameter.name) + '=');
                 continue;
@@ -256,7 +256,7 @@ Completion complete(std::string_view line) {
 std::string helpOverview() {
     std::string text = "Sent to the plug-in (a beginning is enough while it is the only one):\n";
     bool sent = true;
-    for (const CommandSpec& command : table()) {
+    for (const CommandForm& command : table()) {
         if (sent && !command.sent) text += "\nOf this program:\n";
         sent = command.sent;
         std::string left = std::string("  ") + command.name;
@@ -270,10 +270,10 @@ std::string helpOverview() {
     return text;
 }
 
-std::string helpFor(const CommandSpec& command) {
+std::string helpFor(const CommandForm& command) {
     std::string text = std::string(command.name) + (*command.usage ? " " : "") + command.usage +
                        "\n  " + command.summary + "\n";
-    for (const ParameterSpec& parameter : command.parameters)
+    for (const ParameterForm& parameter : command.parameters)
         text += "    " + fitted(parameter.name, 14) + parameter.what +
                 (parameter.needed ? "" : " (may be left out)") + "\n";
     return text + command.more;

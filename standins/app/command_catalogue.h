@@ -10,7 +10,7 @@
 
 namespace orvane::standin::app {
 
-struct ParameterSpec {
+struct ParameterForm {
     enum class Kind { text, path, number, list, map, yesNo };
     const char* name;
     Kind kind;
@@ -18,23 +18,23 @@ struct ParameterSpec {
     const char* what;
 };
 
-struct CommandSpec {
+struct CommandForm {
     const char* name;
     bool sent;            // to the plug-in; the rest are the application's own
     const char* usage;    // what follows the name
     const char* summary;  // one line
     const char* more;     // further lines for "help NAME", each ending in a line feed
-    std::vector<ParameterSpec> parameters;  // of a sent one, in the order they are sent
+    std::vector<ParameterForm> parameters;  // of a sent one, in the order they are sent
 };
 
-std::span<const CommandSpec> commandCatalogue();
+std::span<const CommandForm> commandCatalogue();
 
 // The metadata fields that set commands may name without "metadata." before them.
 std::span<const char* const> metadataFields();
 
 // A name or the beginning of one, ignoring case. An exact name wins over longer ones.
 struct Lookup {
-    const CommandSpec* command = nullptr;
+    const CommandForm* command = nullptr;
     std::vector<std::string> candidates;  // when it is none: what it may have meant
     bool ambiguous = false;
 };
@@ -51,6 +51,6 @@ struct Completion {
 Completion complete(std::string_view line);
 
 std::string helpOverview();
-std::string helpFor(const CommandSpec& command);
+std::string helpFor(const CommandForm& command);
 
 }  // namespace orvane::standin::app

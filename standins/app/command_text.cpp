@@ -7,7 +7,7 @@
 namespace orvane::standin::app {
 namespace {
 
-using Kind = ParameterSpec::Kind;
+using Kind = ParameterForm::Kind;
 
 bool isKey(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
@@ -16,54 +16,54 @@ bool isKey(std::string_view text) {
     });
 }
 
-const ParameterSpec* specOf(const CommandSpec& command, std::string_view key) {
-    for (const ParameterSpec& spec : command.parameters)
-        if (sameIgnoringCase(spec.name, key)) return &spec;
+const ParameterForm* formOf(const CommandForm& command, std::string_view key) {
+    for (const ParameterForm& form : command.parameters)
+        if (sameIgnoringCase(form.name, key)) return &form;
     return nullptr;
 }
 
 // Which parameter a key belongs to, and the key as it is sent.
 struct Target {
-    const ParameterSpec* spec = nullptr;
+    const ParameterForm* form = nullptr;
     std::string key;
 };
 
-Target targetOf(const CommandSpec& command, std::string_view key) {
-    if (const ParameterSpec* spec = specOf(command, key))
-        return spec->kind == Kind::map ? Target{} : Target{spec, spec->name};
-    for (const ParameterSpec& spec : command.parameters) {
-        const std::string_view name = spec.name;
+Target targetOf(const CommandForm& command, std::string_view key) {
+    if (const ParameterForm* form = formOf(command, key))
+        return form->kind == Kind::map ? Target{} : Target{form, form->name};
+    for (const ParameterForm& form : command.parameters) {
+        const std::string_view name = form.name;
         if (!startsWithIgnoringCase(key, name) || key.size() == name.size()) {
-            if (spec.kind != Kind::map) continue;
+            if (form.kind != Kind::map) continue;
             for (const char* field : metadataFields())
-                if (sameIgnoringCase(field, key)) return {&spec, std::string(name) + '.' + field};
+                if (sameIgnoringCase(field, key)) return {&form, std::string(name) + '.' + field};
             continue;
         }
         const std::string_view rest = key.substr(name.size());
-        if (spec.kind == Kind::map && rest.size() > 1 && rest[0] == '.')
-            return {&spec, std::string(name) + std::string(rest)};
-        if (spec.kind == Kind::list && parseNumber(rest))
-            return {&spec, std::string(name) + std::string(rest)};
+        if (form.kind == Kind::map && rest.size() > 1 && rest[0] == '.')
+            return {&form, std::string(name) + std::string(rest)};
+        if (form.kind == Kind::list && parseNumber(rest))
+            return {&form, std::string(name) + std::string(rest)};
     }
     return {};
 }
 
-std::string unknownKey(const CommandSpec& command, std::string_view key) {
+std::string unknownKey(const CommandForm& command, std::string_view key) {
     std::vector<std::string> names;
-    for (const ParameterSpec& spec : command.parameters)
-        names.emplace_back(spec.kind == Kind::map ? std::string(spec.name) + ".FIELD" : spec.name);
+    for (const ParameterForm& form : command.parameters)
+        names.emplace_back(form.kind == Kind::map ? std::string(form.name) + ".FIELD" : form.name);
     std::string text = std::string(command.name) + " has no parameter '" + onOneLine(key, 60) + "'";
     text += names.empty() ? "; it takes none" : "; it takes " + join(names, ", ");
     return text + " ('send' sends anything unchecked)";
 }
 
-std::string valueProblem(const ParameterSpec& spec, std::string_view value) {
-    if (spec.kind == Kind::number && !parseNumber(value))
-        return std::string(spec.name) + " must be a number from 0, not '" + onOneLine(value, 60) +
+std::string valueProblem(const ParameterForm& form, std::string_view value) {
+    if (form.kind == Kind::number && !parseNumber(value))
+        return std::string(form.name) + " must be a number from 0, not '" + onOneLine(value, 60) +
                "'";
-    if (spec.kind == Kind::yesNo && !sameIgnoringCase(value, "yes") &&
+    if (form.kind == Kind::yesNo && !sameIgnoringCase(value, "yes") &&
         !sameIgnoringCase(value, "no"))
-        return std::string(spec.name) + " must be yes or no, not '" + onOneLine(value, 60) + "'";
+        return std::string(form.name) + " must be yes or no, not '" + onOneLine(value, 60) + "'";
     return {};
 }
 
@@ -113,16 +113,16 @@ Parsed<std::string> substitute(std::string_view line,
     return {std::move(result), {}};
 }
 
-Parsed<Parameters> commandParameters(const CommandSpec& command,
+Parsed<Parameters> commandParameters(const CommandForm& command,
                                      const std::vector<std::string>& words) {
     // The values of each parameter, gathered before they are put in the order they are sent.
     struct Given {
-        const ParameterSpec* spec;
+        const ParameterForm* form;
         Parameters parameters;
         unsigned elements = 0;
     };
     std::vector<Given> given;
-    for (const ParameterSpec& spec : command.parameters) given.push_back({&spec, {}, 0});
+    for (const ParameterForm& form : command.parameters) given.push_back({&form, {}, 0});
 
     std::size_t nextPositional = 0;
     for (const std::string& word : words) {
@@ -131,42 +131,42 @@ Parsed<Parameters> commandParameters(const CommandSpec& command,
         std::string_view value = word;
         if (equals != std::string::npos && isKey(std::string_view(word).substr(0, equals))) {
             target = targetOf(command, std::string_view(word).substr(0, equals));
-            if (!target.spec) return {{}, unknownKey(command, word.substr(0, equals))};
+            if (!target.form) return {{}, unknownKey(command, word.substr(0, equals))};
             value = std::string_view(word).substr(equals + 1);
         } else {
             while (nextPositional < given.size() && !given[nextPositional].parameters.empty() &&
-                   given[nextPositional].spec->kind != Kind::list)
+                   given[nextPositional].form->kind != Kind::list)
                 ++nextPositional;
-            if (nextPositional == given.size() || given[nextPositional].spec->kind == Kind::map)
+            if (nextPositional == given.size() || given[nextPositional].form->kind == Kind::map)
                 return {{},
                         "'" + onOneLine(word, 60) + "' is one value too many for " + command.name +
                             "; 'help " + command.name + "' tells what it takes"};
-            target = {given[nextPositional].spec, given[nextPositional].spec->name};
+            target = {given[nextPositional].form, given[nextPositional].form->name};
         }
-        if (const std::string problem = valueProblem(*target.spec, value); !problem.empty())
+        if (const std::string problem = valueProblem(*target.form, value); !problem.empty())
             return {{}, problem};
         Given& of = *std::find_if(given.begin(), given.end(),
-                                  [&](const Given& g) { return g.spec == target.spec; });
-        if (target.spec->kind == Kind::list && target.key == target.spec->name) {
+                                  [&](const Given& g) { return g.form == target.form; });
+        if (target.form->kind == Kind::list && target.key == target.form->name) {
             for (std::string& element : split(value, ';'))
                 if (!element.empty())
                     of.parameters.emplace_back(target.key + std::to_string(of.elements++),
                                                std::move(element));
         } else {
             set(of.parameters, target.key, std::string(value));
-            if (target.spec->kind == Kind::list) ++of.elements;
+            if (target.form->kind == Kind::list) ++of.elements;
         }
     }
 
     Parameters all;
     for (Given& one : given) {
-        if (one.spec->needed && one.parameters.empty())
+        if (one.form->needed && one.parameters.empty())
             return {{},
-                    std::string(command.name) + " needs " + one.spec->name + "=... (" +
-                        one.spec->what + ")"};
+                    std::string(command.name) + " needs " + one.form->name + "=... (" +
+                        one.form->what + ")"};
         // What may be left out goes empty, as the real application sends it.
-        if (one.parameters.empty() && one.spec->kind != Kind::list && one.spec->kind != Kind::map)
-            one.parameters.emplace_back(one.spec->name, one.spec->kind == Kind::yesNo ? "no" : "");
+        if (one.parameters.empty() && one.form->kind != Kind::list && one.form->kind != Kind::map)
+            one.parameters.emplace_back(one.form->name, one.form->kind == Kind::yesNo ? "no" : "");
         std::move(one.parameters.begin(), one.parameters.end(), std::back_inserter(all));
     }
     return {std::move(all), {}};

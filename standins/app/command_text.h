@@ -29,7 +29,7 @@ Parsed<std::string> substitute(std::string_view line,
 
 // The parameters as they are sent, in the catalogue's order: lists as trackPaths0, trackPaths1...,
 // fields as metadata.NAME.
-Parsed<Parameters> commandParameters(const CommandSpec& command,
+Parsed<Parameters> commandParameters(const CommandForm& command,
                                      const std::vector<std::string>& words);
 
 // KEY=VALUE words as they are, for what is sent unchecked and for expectations.

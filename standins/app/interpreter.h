@@ -41,6 +41,11 @@ public:
     virtual void print(Kind kind, const std::string& text) = 0;
 };
 
+// What to do when there is nobody to send to.
+inline constexpr const char* connectHint =
+    "nobody is connected to the command pipe; start the player with the plug-in "
+    "('wait connected within 10000' waits for it)";
+
 class Interpreter {
 public:
     enum class Outcome {
@@ -68,7 +73,7 @@ private:
 
     static const std::map<std::string, Handler, std::less<>>& handlers();
 
-    Outcome sendCommand(const CommandSpec& command, const Words& words);
+    Outcome sendCommand(const CommandForm& command, const Words& words);
     Outcome help(const Words& words, std::string_view rest);
     Outcome list(const Words& words, std::string_view rest);
     Outcome status(const Words& words, std::string_view rest);

@@ -34,7 +34,7 @@ extern "C" int wmain(int argc, wchar_t** argv) {
             terminal.print(app::programHelp());
             return 0;
         }
-        for (const app::CommandSpec& command : app::commandCatalogue())
+        for (const app::CommandForm& command : app::commandCatalogue())
             if (command.sent) terminal.print(command.name);
         return 0;
     }

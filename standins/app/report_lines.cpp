@@ -57,15 +57,19 @@ std::string shownResponse(const Message& message) {
     std::string text =
         line("response", message.name, "  " + (result ? asWord(*result) : "(no return value)"));
     Parameters others;
-    std::string map;
+    std::string map, empty;
     for (const auto& [key, value] : message.parameters) {
-        if (startsWithIgnoringCase(key, mapPrefix))
-            map += "\n" + std::string(mapIndent) +
-                   fitted(onOneLine(std::string_view(key).substr(mapPrefix.size()), 60), 13) + " " +
-                   onOneLine(value);
+        const bool inMap = startsWithIgnoringCase(key, mapPrefix);
+        const std::string field =
+            onOneLine(inMap ? std::string_view(key).substr(mapPrefix.size()) : key, 60);
+        if (inMap && value.empty())
+            empty += (empty.empty() ? "" : ", ") + field;
+        else if (inMap)
+            map += "\n" + std::string(mapIndent) + fitted(field, 13) + " " + onOneLine(value);
         else if (!sameIgnoringCase(key, "return_value"))
             others.emplace_back(key, value);
     }
+    if (!empty.empty()) map += "\n" + std::string(mapIndent) + "empty: " + empty;
     return text + parametersOnOneLine(others) + map;
 }
 
@@ -74,7 +78,7 @@ std::string shownResponse(const Message& message) {
 std::string shown(const Arrival& arrival) {
     switch (arrival.what) {
         case Arrival::What::problem:
-            return line("PROBLEM", describe(arrival.pipe), ": " + arrival.text);
+            return line("PROBLEM", describe(arrival.pipe), arrival.text);
         case Arrival::What::connected:
             return line("link", describe(arrival.pipe), "connected");
         case Arrival::What::disconnected:

@@ -65,7 +65,7 @@ TEST(CommandText, PutsVariablesIn) {
 
 TEST(Catalogue, HasTheCommandsThatArePassedOn) {
     std::size_t sent = 0;
-    for (const CommandSpec& command : commandCatalogue()) {
+    for (const CommandForm& command : commandCatalogue()) {
         sent += command.sent ? 1u : 0u;
         EXPECT_EQ(findCommand(command.name).command, &command) << command.name;
     }
@@ -137,11 +137,13 @@ TEST(ReportLines, ShowAnEventOnOneLineAndAMapBelow) {
     EXPECT_LT(shown(tracks).size(), 300u);
 
     Arrival response;
-    response.message = {Message::Kind::response,
-                        "getMediaInfoFromPath",
-                        {{"return_value", "true"}, {"metadataOut.Year", "2004"}}};
+    response.message = {
+        Message::Kind::response,
+        "getMediaInfoFromPath",
+        {{"return_value", "true"}, {"metadataOut.Year", "2004"}, {"metadataOut.OVID", ""}}};
     EXPECT_THAT(shown(response), HasSubstr("true\n"));
     EXPECT_THAT(shown(response), HasSubstr("Year          2004"));
+    EXPECT_THAT(shown(response), HasSubstr("empty: OVID"));
     response.message.parameters.clear();
     EXPECT_THAT(shown(response), HasSubstr("(no return value)"));
 }

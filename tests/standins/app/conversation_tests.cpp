@@ -201,7 +201,7 @@ TEST(Conversation, MissedChecksAreTheExitCode) {
 }
 
 // The pipe alone, under a name of its own.
-class Recorder : public PipeServer::Listener {
+class Recorder final : public PipeServer::Listener {
 public:
     void clientConnected() override { note("connected"); }
     void bytesReceived(std::string_view bytes) override { note(std::string(bytes)); }

@@ -18,7 +18,7 @@ using testing::Not;
 using Outcome = Interpreter::Outcome;
 
 // A plug-in that answers at once, and a record of what was sent and printed.
-class Session : public testing::Test, protected Link, protected Output {
+class ScriptLines : public testing::Test, protected Link, protected Output {
 protected:
     bool isConnected(PipeId) override { return m_connected; }
     std::string send(PipeId, std::string_view bytes) override {
@@ -57,7 +57,7 @@ protected:
     Interpreter m_interpreter{*this, m_arrivals, *this};
 };
 
-TEST_F(Session, SendsAndChecksTheResponse) {
+TEST_F(ScriptLines, SendsAndChecksTheResponse) {
     EXPECT_TRUE(
         m_interpreter.runScript("# a comment\r\n"
                                 "getMediaInfoFromIndex 2\r\n"
@@ -71,7 +71,7 @@ TEST_F(Session, SendsAndChecksTheResponse) {
     EXPECT_THAT(m_printed, HasSubstr("result: good, all 2 checks"));
 }
 
-TEST_F(Session, MissesWhatDoesNotComeAndStops) {
+TEST_F(ScriptLines, MissesWhatDoesNotComeAndStops) {
     event("PlayStopped");
     EXPECT_FALSE(
         m_interpreter.runScript("step first\n"
@@ -86,7 +86,7 @@ TEST_F(Session, MissesWhatDoesNotComeAndStops) {
     EXPECT_EQ(m_sent, "");
 }
 
-TEST_F(Session, GoesOnAfterAFailureWhenToldTo) {
+TEST_F(ScriptLines, GoesOnAfterAFailureWhenToldTo) {
     EXPECT_FALSE(
         m_interpreter.runScript("on-failure continue\n"
                                 "step first\n"
@@ -100,7 +100,7 @@ TEST_F(Session, GoesOnAfterAFailureWhenToldTo) {
     EXPECT_THAT(m_printed, HasSubstr("result: FAILED, 1 of 2"));
 }
 
-TEST_F(Session, TakesEachEventOnceAndInOrder) {
+TEST_F(ScriptLines, TakesEachEventOnceAndInOrder) {
     event("PlayerMoved", {{"PlayerRect", "1,1,8,6"}});
     event("PlayerMoved", {{"PlayerRect", "2,2,8,6"}});
     event("PlayerShown");
@@ -111,7 +111,7 @@ TEST_F(Session, TakesEachEventOnceAndInOrder) {
     EXPECT_EQ(m_interpreter.run("expect event PlayerShown within 0"), Outcome::done);
 }
 
-TEST_F(Session, WaitsForAnEventThatComesLater) {
+TEST_F(ScriptLines, WaitsForAnEventThatComesLater) {
     std::thread later([this] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         event("PlayerHello");
@@ -120,7 +120,7 @@ TEST_F(Session, WaitsForAnEventThatComesLater) {
     later.join();
 }
 
-TEST_F(Session, SaysWhatIsWrongWithALineAndSendsNothing) {
+TEST_F(ScriptLines, SaysWhatIsWrongWithALineAndSendsNothing) {
     for (const char* line :
          {"paus now", "isPlayign", "start", "expect event", "expect return maybe", "raw 2C9",
           "raw zz", "sleep long", "start ${nobody}", "cut", "burst 0", "expect event X a within",
@@ -132,13 +132,13 @@ TEST_F(Session, SaysWhatIsWrongWithALineAndSendsNothing) {
     EXPECT_EQ(m_sent, "");
 }
 
-TEST_F(Session, RunsNothingOfAScriptWithAWrongLine) {
+TEST_F(ScriptLines, RunsNothingOfAScriptWithAWrongLine) {
     EXPECT_FALSE(m_interpreter.runScript("pause\nno-such-command\n", "test"));
     EXPECT_THAT(m_printed, HasSubstr("test:2: there is no command 'no-such-command'"));
     EXPECT_EQ(m_sent, "");
 }
 
-TEST_F(Session, TellsWhenNobodyIsThereOrAnswers) {
+TEST_F(ScriptLines, TellsWhenNobodyIsThereOrAnswers) {
     m_answers = false;
     m_interpreter.run("patience 10");
     EXPECT_EQ(m_interpreter.run("pause"), Outcome::failed);
@@ -150,7 +150,7 @@ TEST_F(Session, TellsWhenNobodyIsThereOrAnswers) {
     EXPECT_EQ(m_interpreter.run("expect connected within 0"), Outcome::failed);
 }
 
-TEST_F(Session, SendsFramesThatAreWrongOnPurpose) {
+TEST_F(ScriptLines, SendsFramesThatAreWrongOnPurpose) {
     m_answers = false;
     m_interpreter.run("raw 2C 9e B4F2");
     EXPECT_EQ(m_sent, "\x2C\x9E\xB4\xF2");

@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"NoName", PipeId::command, "<response/>\0"s, "no 'event' attribute", true},
         Wrong{"NoPlayer", PipeId::event, "<OrVaneIPC event=\"PlayStopped\"/>\0"s,
               "without its parameter Player", true}),
-    [](const auto& info) { return info.param.what; });
+    [](const auto& wrong) { return wrong.param.what; });
 
 }  // namespace
 }  // namespace orvane::standin::app
