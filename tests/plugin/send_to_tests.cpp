@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-using orvane::testing::FakeMedia;
+using test::FakeMedia;
 using standin::ComRef;
 using test::CapturedLog;
 using ::testing::ElementsAre;
