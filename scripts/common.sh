@@ -29,6 +29,8 @@ wine_environment() {
     export WINEDLLPATH=$wine_lib
     export WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=;winedbg.exe=d}
+    # Wine takes file names as the locale has them, and tracks have é and 日本 in theirs.
+    export LC_ALL=C.UTF-8
     unset DISPLAY
 }
 

@@ -75,7 +75,10 @@ bool FakeApp::waitForDisconnectAndReopen() {
     return left;
 }
 
-bool FakeApp::sendCommand(const char* name) { return m_commands->send(OrvaneCommand(name)); }
+bool FakeApp::sendCommand(const char* name) {
+    // The plug-in knows of the connection before this side's own thread has woken up to it.
+    return pumpUntil([&] { return m_commands->send(OrvaneCommand(name)); });
+}
 
 std::vector<std::string> FakeApp::events() const {
     const std::scoped_lock lock(m_record.mutex);
