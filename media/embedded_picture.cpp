@@ -13,7 +13,6 @@
 namespace orvane {
 namespace {
 
-constexpr wchar_t kAttribute[] = L"WM/Picture";
 constexpr WORD kWholeFile = 0;
 constexpr WORD kDefaultLanguage = 0;
 
@@ -34,7 +33,8 @@ WORD lengthByName(IWMHeaderInfo3* header) {
     WORD stream = kWholeFile;
     WORD length = 0;
     WMT_ATTR_DATATYPE type = WMT_TYPE_DWORD;
-    const HRESULT result = header->GetAttributeByName(&stream, kAttribute, &type, nullptr, &length);
+    const HRESULT result =
+        header->GetAttributeByName(&stream, wm_format::pictureAttribute, &type, nullptr, &length);
     return SUCCEEDED(result) && type == WMT_TYPE_BINARY ? length : WORD{0};
 }
 
@@ -45,8 +45,8 @@ std::optional<Value> readByName(IWMHeaderInfo3* header) {
     if (!value) return std::nullopt;
     WORD stream = kWholeFile;
     WMT_ATTR_DATATYPE type = WMT_TYPE_DWORD;
-    if (FAILED(
-            header->GetAttributeByName(&stream, kAttribute, &type, value->bytes.get(), &length)) ||
+    if (FAILED(header->GetAttributeByName(&stream, wm_format::pictureAttribute, &type,
+                                          value->bytes.get(), &length)) ||
         type != WMT_TYPE_BINARY)
         return std::nullopt;
     value->length = std::min<DWORD>(value->length, length);
@@ -58,11 +58,13 @@ std::vector<WORD> pictureIndices(IWMHeaderInfo3* header, const WORD* language) {
     WORD languageIndex = language ? *language : WORD{0};
     WORD* const wanted = language ? &languageIndex : nullptr;
     WORD count = 0;
-    if (FAILED(header->GetAttributeIndices(kWholeFile, kAttribute, wanted, nullptr, &count)) ||
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::pictureAttribute, wanted, nullptr,
+                                           &count)) ||
         count == 0)
         return {};
     std::vector<WORD> indices(count);
-    if (FAILED(header->GetAttributeIndices(kWholeFile, kAttribute, wanted, indices.data(), &count)))
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::pictureAttribute, wanted,
+                                           indices.data(), &count)))
         return {};
     indices.resize(std::min<std::size_t>(indices.size(), count));
     std::sort(indices.begin(), indices.end(), std::greater<>());
@@ -148,9 +150,9 @@ bool EmbeddedPicture::replace(IWMHeaderInfo3* header, std::span<const BYTE> imag
     record.dwDataLen = static_cast<DWORD>(image.size());
     record.pbData = const_cast<BYTE*>(image.data());
     WORD index = 0;
-    return SUCCEEDED(header->AddAttribute(kWholeFile, kAttribute, &index, WMT_TYPE_BINARY,
-                                          kDefaultLanguage, reinterpret_cast<const BYTE*>(&record),
-                                          sizeof(record)));
+    return SUCCEEDED(header->AddAttribute(kWholeFile, wm_format::pictureAttribute, &index,
+                                          WMT_TYPE_BINARY, kDefaultLanguage,
+                                          reinterpret_cast<const BYTE*>(&record), sizeof(record)));
 }
 
 }  // namespace orvane

@@ -1,8 +1,8 @@
 #pragma once
 
 // What the Windows Media Format runtime (WMVCore.dll) offers beyond mingw's wmsdkidl.h: the second
-// editor interface, the picture record, the attribute names that we use, and the runtime itself,
-// which is found when first needed so that a Windows without it still loads us.
+// editor interface, the picture record and the attribute names that we use. The runtime itself is
+// found when first needed: platform/format_runtime.h.
 
 #include <windows.h>
 
@@ -57,12 +57,5 @@ static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
 namespace orvane::wm_format {
 
 inline constexpr wchar_t pictureAttribute[] = L"WM/Picture";
-
-// WMCreateSyncReader without certificate and without rights, and WMCreateEditor, of the WMVCore.dll
-// that Windows finds. The first call of either loads it, and it stays loaded. Any thread, COM
-// initialised. On failure `*out` is null and the result says why: where there is no runtime,
-// HRESULT_FROM_WIN32 of what LoadLibrary or GetProcAddress reported. The caller releases `*out`.
-[[nodiscard]] HRESULT createSyncReader(IWMSyncReader** out) noexcept;
-[[nodiscard]] HRESULT createEditor(IWMMetadataEditor** out) noexcept;
 
 }  // namespace orvane::wm_format

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "media/file_name.h"
 #include "media/image_file.h"
 #include "media/wmp_media_item.h"
 #include "platform/format_runtime.h"
@@ -314,6 +315,14 @@ TEST_F(CoverArt, LoadsTheRuntimeOnceForAPluginsLife) {
     }
     EXPECT_FALSE(FormatRuntime::isLoaded());
     for (int i = 0; i < 20; ++i) EXPECT_EQ(count(), 0);
+}
+
+TEST(FileName, IsExtendedOnlyWhenAPlainOneWouldBeTooLong) {
+    const String deep = "C:/music/" + String::repeatedString("folder//", 40) + "a.jpg";
+    EXPECT_EQ(fileNameOf("C:/music/a.jpg"), L"C:/music/a.jpg");
+    EXPECT_EQ(String(fileNameOf(deep).c_str()),
+              "\\\\?\\C:\\music\\" + String::repeatedString("folder\\", 40) + "a.jpg");
+    EXPECT_EQ(fileNameOf(String(fileNameOf(deep).c_str())), fileNameOf(deep));
 }
 
 TEST(WriteImage, IsOnlyClaimedWhenAllOfItIsInTheFile) {

@@ -69,7 +69,9 @@ TEST_F(MediaInfo, IsReadAndWrittenByPathAndByIndex) {
     EXPECT_EQ(metadata["AlbumTitle"], String("Album"));
     EXPECT_EQ(metadata["Year"], String("1999"));
     EXPECT_EQ(metadata["DiskNumber"], String("2"));
-    EXPECT_EQ(test::headerOf(track).find(u"Author")->text(), u"A");
+    const auto header = test::headerOf(track);
+    ASSERT_TRUE(header.find(u"Author"));
+    EXPECT_EQ(header.find(u"Author")->text(), u"A");
     ASSERT_TRUE(getByIndex(0));
     EXPECT_EQ(metadata["Filename"], textOf(m_folder.path(L"a.wma")));
 }
