@@ -67,7 +67,8 @@ bool Pipe::send(const OrvaneMessage& message) {
 
 bool Pipe::isConnected() const {
     const auto stream = currentStream();
-    return stream != nullptr && stream->isUsable();
+    // While a message is handled nobody reads, and the other end may have gone.
+    return stream != nullptr && stream->isUsable() && stream->hasOtherEnd();
 }
 
 bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
@@ -137,8 +138,16 @@ void Pipe::run() {
         } catch (...) {
             // Out of memory for the next payload: this connection ends, as after a failed read.
         }
-        if (const auto stream = currentStream()) {
+        std::shared_ptr<PipeStream> stream;
+        {
+            const juce::ScopedLock lock(m_streamLock);
+            stream.swap(m_stream);
+        }
+        if (stream != nullptr) {
             stream->shutDown();
+            // The pipe lives as long as either end is open, and there is one of its name: until
+            // this one is closed an application that starts anew cannot make it.
+            stream.reset();
             try {
                 lost();
             } catch (...) {

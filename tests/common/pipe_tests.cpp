@@ -146,6 +146,23 @@ TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrame) {
     EXPECT_EQ(listener.made, 2);
 }
 
+TEST_F(PipeTest, TheApplicationGoesWhileItsMessageIsHandled) {
+    connect();
+    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    listener.onMessage = [&] {
+        SetEvent(begun.get());
+        WaitForSingleObject(go.get(), 5000);
+    };
+    server.writeFrame("long");
+    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
+    EXPECT_TRUE(listener.isConnected());
+    server.close();
+    EXPECT_FALSE(listener.isConnected()) << "nobody reads, but the other end has gone";
+    SetEvent(go.get());
+    EXPECT_TRUE(eventually([&] { return listener.lost == 1; }));
+}
+
 TEST_F(PipeTest, AReceiveTimeoutGivesUpTheFrameNotTheLink) {
     ASSERT_TRUE(listener.initConnection(60));
     ASSERT_TRUE(server.accept());
