@@ -6,8 +6,6 @@
 #include "platform/handles.h"
 #endif
 
-#include <chrono>
-
 #include "tests/asf/asf_test_files.h"
 
 namespace orvane::asf::test {
@@ -99,18 +97,7 @@ TEST(AsfReplace, WhatIsNoAsfFileIsRefusedAndKept) {
         expectRefused(missing);
 }
 
-#ifndef _WIN32
-TEST(AsfReplace, ReadingTheHeaderLeavesTheAudioUnread) {
-    const TempFolder folder;
-    const auto path = folder.path() / "long.wma";
-    writeAll(path, sample());
-    std::filesystem::resize_file(path, std::uintmax_t{20} << 30U);  // a hole, where that is cheap
-    const auto start = std::chrono::steady_clock::now();
-    std::string error;
-    EXPECT_TRUE(readHeader(path, error)) << error;
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
-}
-#else
+#ifdef _WIN32
 TEST(AsfReplace, AFileThatOthersHaveOpenIsKept) {
     const TempFolder folder;
     const auto path = folder.path() / "track.wma";
