@@ -106,13 +106,15 @@ void Pipe::close() {
 void Pipe::waitForReader() {
     // The thread uses what the closing thread is about to free, so there is no giving up here; how
     // long it can take is bounded by the command that runs.
-    bool told = false;
-    for (;;) {
-        const WaitOutcome outcome = waitServingCalls(m_readerDone.get(), closePatienceMs);
-        if (outcome != WaitOutcome::timedOut) break;
-        if (!std::exchange(told, true))
-            syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
-                   pipeName.toRawUTF8());
+    if (waitServingCalls(m_readerDone.get(), closePatienceMs) == WaitOutcome::timedOut) {
+        syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
+               pipeName.toRawUTF8());
+        // It may need what only this thread's own message loop does. Better a loop within a call
+        // than a window that never answers again.
+        const HANDLE done = m_readerDone.get();
+        while (isThreadRunning() &&
+               waitDispatchingMessages({&done, 1}, closePatienceMs) == WAIT_TIMEOUT) {
+        }
     }
     // From here it is a few instructions until the thread has left this object.
     waitForThreadToExit(-1);
