@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -53,21 +54,14 @@ void measure(
         if (i >= 0) times.push_back(took.count() / repeats);  // the first warms up
     }
     std::sort(times.begin(), times.end());
-    const auto at = [&](double share) {
-        return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1) + 0.5)];
-    };
-    std::printf("%-62s %7d %11s %11s\n", what, samples, inUnits(at(0.5)).c_str(),
-                inUnits(at(0.95)).c_str());
+    const auto at = [&](std::size_t percent) { return times[(times.size() - 1) * percent / 100]; };
+    std::printf("%-62s %7d %11s %11s\n", what, samples, inUnits(at(50)).c_str(),
+                inUnits(at(95)).c_str());
     std::fflush(stdout);
 }
 
-[[noreturn]] void fail(const char* why) {
-    std::fprintf(stderr, "error: %s\n", why);
-    std::exit(1);
-}
-
-void require(bool holds, const char* why) {
-    if (!holds) fail(why);
+void require(bool holds, const char* what) {
+    if (!holds) throw std::runtime_error(what);
 }
 
 // The application's end of a pipe: reads and counts.
@@ -218,4 +212,11 @@ int run() {
 }  // namespace
 }  // namespace orvane::bench
 
-int main() { return orvane::bench::run(); }
+int main() {
+    try {
+        return orvane::bench::run();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "error: %s\n", e.what());
+        return 1;
+    }
+}
