@@ -2,6 +2,7 @@
 
 #include <shellapi.h>
 
+#include <cwchar>
 #include <string>
 
 #include "util/long_names.h"
@@ -9,7 +10,10 @@
 namespace orvane {
 namespace {
 
-bool isTooLongForShell(const juce::String& path) { return path.length() >= MAX_PATH; }
+// In units, as the system counts: a character may take two.
+std::size_t lengthOf(const juce::String& path) { return std::wcslen(path.toWideCharPointer()); }
+
+bool isTooLongForShell(const juce::String& path) { return lengthOf(path) >= MAX_PATH; }
 
 bool startByShell(const juce::String& path, const juce::String& parameters,
                   const juce::String& directory, UniqueHandle& process) {
@@ -58,7 +62,7 @@ bool startByLongName(const juce::String& path, const juce::String& parameters,
 
     const std::wstring file(longName.get());
     const std::wstring commandLine(("\"" + path + "\" " + parameters).toWideCharPointer());
-    const bool canWorkThere = directory.isNotEmpty() && directory.length() < MAX_PATH - 1;
+    const bool canWorkThere = directory.isNotEmpty() && lengthOf(directory) < MAX_PATH - 1;
     const wchar_t* const workingDirectory = canWorkThere ? directory.toWideCharPointer() : nullptr;
 
     if (createProcess(file, commandLine, workingDirectory, process)) return true;

@@ -9,6 +9,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <new>
 
 #include "platform/atlbase.h"
 
@@ -23,8 +24,12 @@ namespace orvane {
     return {juce::CharPointer_UTF16(begin), juce::CharPointer_UTF16(end)};
 }
 
+// Throws when memory is short, as our strings do: to the player a null text is an empty one, which
+// would clear the tag that it is written to.
 [[nodiscard]] inline CComBSTR bstrOf(const juce::String& text) {
-    return CComBSTR(text.toWideCharPointer());
+    CComBSTR copy(text.toWideCharPointer());
+    if (!copy) throw std::bad_alloc();
+    return copy;
 }
 
 }  // namespace orvane

@@ -29,7 +29,12 @@ bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
     // Copied over the track itself, the picture would be the end of the track.
     if (SUCCEEDED(media->get_sourceURL(&source)) && namesSameFile(path, textOf(source)))
         return false;
-    return CopyFileW(fileNameOf(found).c_str(), fileNameOf(path).c_str(), FALSE) != FALSE;
+    const std::wstring copy = fileNameOf(path);
+    if (!CopyFileW(fileNameOf(found).c_str(), copy.c_str(), FALSE)) return false;
+    // The player hides the pictures that it keeps. A copy hidden or write-protected as well could
+    // not be replaced by the next track's.
+    SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
+    return true;
 }
 
 bool readMediaInfo(IWMPMedia* media, juce::StringPairArray& metadataOut,

@@ -102,9 +102,6 @@ public:
         if (refusesToAdd || length != sizeof(WM_PICTURE)) return E_INVALIDARG;
         WM_PICTURE record;
         std::memcpy(&record, value, sizeof(record));
-        addedMimeType = record.pwszMIMEType;
-        addedDescription = record.pwszDescription;
-        addedPictureType = record.bPictureType;
         attributes.push_back(
             {name, language, type, Bytes(record.pbData, record.pbData + record.dwDataLen), {}, 0});
         *index = static_cast<WORD>(attributes.size() - 1);
@@ -117,52 +114,31 @@ public:
         return S_OK;
     }
 
-    std::wstring addedMimeType;
-    std::wstring addedDescription = L"?";
-    int addedPictureType = -1;
-
     // ---- not used
+#define ORVANE_UNUSED(name, ...) \
+    HRESULT STDMETHODCALLTYPE name(__VA_ARGS__) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetAttributeCount(WORD, WORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetAttributeByIndex(WORD, WORD*, WCHAR*, WORD*, WMT_ATTR_DATATYPE*,
-                                                  BYTE*, WORD*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetAttribute(WORD, LPCWSTR, WMT_ATTR_DATATYPE, const BYTE*,
-                                           WORD) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetMarkerCount(WORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMarker(WORD, WCHAR*, WORD*, QWORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE AddMarker(LPCWSTR_WMSDK_TYPE_SAFE, QWORD) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE RemoveMarker(WORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetScriptCount(WORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetScript(WORD, WCHAR*, WORD*, WCHAR*, WORD*, QWORD*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE AddScript(LPCWSTR_WMSDK_TYPE_SAFE, LPCWSTR_WMSDK_TYPE_SAFE,
-                                        QWORD) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE RemoveScript(WORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetCodecInfoCount(DWORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetCodecInfo(DWORD, WORD*, WCHAR*, WORD*, WCHAR*,
-                                           WMT_CODEC_INFO_TYPE*, WORD*, BYTE*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetAttributeCountEx(WORD, WORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ModifyAttribute(WORD, WORD, WMT_ATTR_DATATYPE, WORD, const BYTE*,
-                                              DWORD) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE AddCodecInfo(LPCWSTR_WMSDK_TYPE_SAFE, LPCWSTR_WMSDK_TYPE_SAFE,
-                                           WMT_CODEC_INFO_TYPE, WORD, BYTE*) override {
-        return E_NOTIMPL;
-    }
+    ORVANE_UNUSED(GetAttributeCount, WORD, WORD*)
+    ORVANE_UNUSED(GetAttributeByIndex, WORD, WORD*, WCHAR*, WORD*, WMT_ATTR_DATATYPE*, BYTE*, WORD*)
+    ORVANE_UNUSED(SetAttribute, WORD, LPCWSTR, WMT_ATTR_DATATYPE, const BYTE*, WORD)
+    ORVANE_UNUSED(GetMarkerCount, WORD*)
+    ORVANE_UNUSED(GetMarker, WORD, WCHAR*, WORD*, QWORD*)
+    ORVANE_UNUSED(AddMarker, LPCWSTR_WMSDK_TYPE_SAFE, QWORD)
+    ORVANE_UNUSED(RemoveMarker, WORD)
+    ORVANE_UNUSED(GetScriptCount, WORD*)
+    ORVANE_UNUSED(GetScript, WORD, WCHAR*, WORD*, WCHAR*, WORD*, QWORD*)
+    ORVANE_UNUSED(AddScript, LPCWSTR_WMSDK_TYPE_SAFE, LPCWSTR_WMSDK_TYPE_SAFE, QWORD)
+    ORVANE_UNUSED(RemoveScript, WORD)
+    ORVANE_UNUSED(GetCodecInfoCount, DWORD*)
+    ORVANE_UNUSED(GetCodecInfo, DWORD, WORD*, WCHAR*, WORD*, WCHAR*, WMT_CODEC_INFO_TYPE*, WORD*,
+                  BYTE*)
+    ORVANE_UNUSED(GetAttributeCountEx, WORD, WORD*)
+    ORVANE_UNUSED(ModifyAttribute, WORD, WORD, WMT_ATTR_DATATYPE, WORD, const BYTE*, DWORD)
+    ORVANE_UNUSED(AddCodecInfo, LPCWSTR_WMSDK_TYPE_SAFE, LPCWSTR_WMSDK_TYPE_SAFE,
+                  WMT_CODEC_INFO_TYPE, WORD, BYTE*)
+#undef ORVANE_UNUSED
 };
 
 #pragma GCC diagnostic pop
@@ -184,40 +160,19 @@ Bytes readFrom(FakeHeader& header) {
     return read ? Bytes(read->image().begin(), read->image().end()) : Bytes();
 }
 
-TEST(EmbeddedPicture, IsTheFirstOfSeveral) {
-    FakeHeader header;
-    EXPECT_FALSE(EmbeddedPicture::isIn(&header));
-    EXPECT_TRUE(readFrom(header).empty());
-    header.attributes = {{L"Title", 0, WMT_TYPE_STRING, image(10), {}, 0},
-                         picture(image(100)),
-                         picture(image(50, 2))};
-    EXPECT_TRUE(EmbeddedPicture::isIn(&header));
-    EXPECT_EQ(readFrom(header), image(100));
-}
-
-TEST(EmbeddedPicture, IsReadByIndexWhenItsLengthTakesMoreThan16Bits) {
+// What real files show is left to the cover art tests; this is what a runtime may do.
+TEST(EmbeddedPicture, IsTheFirstOfAnyLanguageHoweverTheIndicesAreOrdered) {
     for (const bool ascending : {false, true}) {
         FakeHeader header;
         header.ascending = ascending;
+        EXPECT_FALSE(EmbeddedPicture::isIn(&header));
         header.attributes = {picture(image(70'000)), picture(image(20'000'000, 2))};
+        header.attributes[0].language = 3;
         EXPECT_TRUE(EmbeddedPicture::isIn(&header));
         EXPECT_EQ(readFrom(header), image(70'000));
         std::swap(header.attributes[0], header.attributes[1]);
         EXPECT_EQ(readFrom(header), image(20'000'000, 2));
     }
-    // The largest that has a 16-bit length, and the smallest that has not.
-    for (const std::size_t size : {0xFFFF - sizeof(WM_PICTURE), 0x10000 - sizeof(WM_PICTURE)}) {
-        FakeHeader header;
-        header.attributes = {picture(image(size))};
-        EXPECT_EQ(readFrom(header), image(size));
-    }
-}
-
-TEST(EmbeddedPicture, OfAnyLanguageCounts) {
-    FakeHeader header;
-    header.attributes = {picture(image(70'000))};
-    header.attributes[0].language = 3;
-    EXPECT_EQ(readFrom(header), image(70'000));
 }
 
 TEST(EmbeddedPicture, ThatDoesNotHoldTogetherIsNone) {
@@ -265,10 +220,6 @@ TEST(EmbeddedPicture, ReplacesAllOthersAndNothingElse) {
         EXPECT_EQ(header.attributes[0].name, L"Title");
         EXPECT_EQ(header.attributes[1].name, L"Author");
         EXPECT_EQ(readFrom(header), wanted);
-        EXPECT_EQ(header.addedMimeType, L"image/jpeg");
-        EXPECT_EQ(header.addedDescription, L"");
-        EXPECT_EQ(header.addedPictureType, 0);
-        EXPECT_EQ(header.attributes[2].type, WMT_TYPE_BINARY);
     }
 }
 

@@ -66,41 +66,31 @@ public:
     }
 
     // ---- what is not
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE get_isIdentical(IWMPMedia*, VARIANT_BOOL*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE get_name(BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_name(BSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_imageSourceWidth(LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_imageSourceHeight(LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_markerCount(LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE getMarkerTime(LONG, double*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE getMarkerName(LONG, BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_duration(double*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_durationString(BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_attributeCount(LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE getAttributeName(LONG, BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE getItemInfoByAtom(LONG, BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE isMemberOf(IWMPPlaylist*, VARIANT_BOOL*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE isReadOnlyItem(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_error(IWMPErrorItem**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE getAttributeCountByType(BSTR, BSTR, LONG*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE getItemInfoByType(BSTR, BSTR, LONG, VARIANT*) override {
-        return E_NOTIMPL;
-    }
+#define ORVANE_UNUSED(name, ...) \
+    HRESULT STDMETHODCALLTYPE name(__VA_ARGS__) override { return E_NOTIMPL; }
+    ORVANE_UNUSED(GetTypeInfoCount, UINT*)
+    ORVANE_UNUSED(GetTypeInfo, UINT, LCID, ITypeInfo**)
+    ORVANE_UNUSED(GetIDsOfNames, REFIID, LPOLESTR*, UINT, LCID, DISPID*)
+    ORVANE_UNUSED(Invoke, DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
+    ORVANE_UNUSED(get_isIdentical, IWMPMedia*, VARIANT_BOOL*)
+    ORVANE_UNUSED(get_name, BSTR*)
+    ORVANE_UNUSED(put_name, BSTR)
+    ORVANE_UNUSED(get_imageSourceWidth, LONG*)
+    ORVANE_UNUSED(get_imageSourceHeight, LONG*)
+    ORVANE_UNUSED(get_markerCount, LONG*)
+    ORVANE_UNUSED(getMarkerTime, LONG, double*)
+    ORVANE_UNUSED(getMarkerName, LONG, BSTR*)
+    ORVANE_UNUSED(get_duration, double*)
+    ORVANE_UNUSED(get_durationString, BSTR*)
+    ORVANE_UNUSED(get_attributeCount, LONG*)
+    ORVANE_UNUSED(getAttributeName, LONG, BSTR*)
+    ORVANE_UNUSED(getItemInfoByAtom, LONG, BSTR*)
+    ORVANE_UNUSED(isMemberOf, IWMPPlaylist*, VARIANT_BOOL*)
+    ORVANE_UNUSED(isReadOnlyItem, BSTR, VARIANT_BOOL*)
+    ORVANE_UNUSED(get_error, IWMPErrorItem**)
+    ORVANE_UNUSED(getAttributeCountByType, BSTR, BSTR, LONG*)
+    ORVANE_UNUSED(getItemInfoByType, BSTR, BSTR, LONG, VARIANT*)
+#undef ORVANE_UNUSED
 };
 
 #pragma GCC diagnostic pop

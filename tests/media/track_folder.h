@@ -2,45 +2,16 @@
 
 // A folder of the test's own with copies of sample tracks in it, and what to look at in them.
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "standins/asf/asf_file.h"
 #include "standins/asf/picture.h"
+#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 
-using Bytes = std::vector<std::uint8_t>;
-
 inline juce::String textOf(const std::filesystem::path& path) {
     return juce::String(path.wstring().c_str());
-}
-
-// Past the 260 units of a plain name only the extended-length form opens.
-inline std::filesystem::path openable(const std::filesystem::path& path) {
-    if (path.native().size() < MAX_PATH) return path;
-    std::wstring name = path.native();
-    std::replace(name.begin(), name.end(), L'/', L'\\');
-    return L"\\\\?\\" + name;
-}
-
-inline Bytes contentOf(const std::filesystem::path& path) {
-    std::ifstream stream(openable(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-inline void writeFile(const std::filesystem::path& path, const Bytes& bytes) {
-    std::ofstream stream(openable(path), std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()),
-                 static_cast<std::streamsize>(bytes.size()));
 }
 
 // Bytes that are no two pictures' alike.
@@ -51,40 +22,22 @@ inline Bytes someImage(std::size_t size, unsigned seed = 1) {
     return bytes;
 }
 
-class TrackFolder {
+inline Bytes sample(const char* name) {
+    std::ifstream stream(std::filesystem::path(ORVANE_TEST_DATA) / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class TrackFolder : public TempFolder {
 public:
-    TrackFolder() {
-        static int number = 0;
-        wchar_t temporary[MAX_PATH];
-        GetTempPathW(MAX_PATH, temporary);
-        m_folder = std::filesystem::path(temporary) /
-                   (L"Mus\u00e9 \u65e5\u672c " + std::to_wstring(GetCurrentProcessId()) + L"-" +
-                    std::to_wstring(++number));
-        std::filesystem::create_directories(m_folder);
-    }
-    ~TrackFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(openable(m_folder), ignored);
-    }
-    TrackFolder(const TrackFolder&) = delete;
-    TrackFolder& operator=(const TrackFolder&) = delete;
-
-    [[nodiscard]] std::filesystem::path path(const std::wstring& name = {}) const {
-        return name.empty() ? m_folder : m_folder / name;
-    }
-
     // Makes folders until a file in them has a path of more than `length` units.
-    std::filesystem::path deep(std::size_t length) const {
-        std::wstring folder = m_folder.wstring();
-        while (folder.size() <= length) {
-            folder += L"\\" + std::wstring(60, L'd');
-            CreateDirectoryW((L"\\\\?\\" + folder).c_str(), nullptr);
-        }
+    [[nodiscard]] std::filesystem::path deep(std::size_t length) const {
+        std::filesystem::path folder = path();
+        while (folder.native().size() <= length) folder /= std::wstring(60, L'd');
+        makeFolder(folder);
         return folder;
     }
-
     static void copySample(const std::filesystem::path& to) {
-        writeFile(to, contentOf(std::filesystem::path(ORVANE_TEST_DATA) / "02 Greensleeves.wma"));
+        writeFile(to, sample("02 Greensleeves.wma"));
     }
     std::filesystem::path track(const std::wstring& name = L"track.wma") const {
         copySample(path(name));
@@ -94,9 +47,6 @@ public:
         writeFile(path(name), bytes);
         return path(name);
     }
-
-private:
-    std::filesystem::path m_folder;
 };
 
 inline asf::Header headerOf(const std::filesystem::path& track) {

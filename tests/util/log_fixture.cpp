@@ -15,7 +15,7 @@ constexpr const wchar_t* kShellFolders =
 constexpr const wchar_t* kValue = L"Common AppData";
 constexpr const wchar_t* kKept = L"Common AppData before OrVane's tests";
 
-std::wstring readText(HKEY key, const wchar_t* name) {
+std::wstring readValue(HKEY key, const wchar_t* name) {
     wchar_t text[1024] = {};
     DWORD size = sizeof text - sizeof(wchar_t);
     if (RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(text), &size) !=
@@ -25,7 +25,7 @@ std::wstring readText(HKEY key, const wchar_t* name) {
     return text;
 }
 
-void writeText(HKEY key, const wchar_t* name, const std::wstring& text) {
+void writeValue(HKEY key, const wchar_t* name, const std::wstring& text) {
     EXPECT_EQ(RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
                              static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
               ERROR_SUCCESS);
@@ -37,21 +37,23 @@ AppDataFolder::AppDataFolder() {
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kShellFolders, 0, KEY_QUERY_VALUE | KEY_SET_VALUE,
                             m_key.put()),
               ERROR_SUCCESS);
-    if (readText(m_key.get(), kKept).empty()) {
-        writeText(m_key.get(), kKept, readText(m_key.get(), kValue));
+    if (readValue(m_key.get(), kKept).empty()) {
+        writeValue(m_key.get(), kKept, readValue(m_key.get(), kValue));
     }
 }
 
 AppDataFolder::~AppDataFolder() {
-    writeText(m_key.get(), kValue, readText(m_key.get(), kKept));
+    writeValue(m_key.get(), kValue, readValue(m_key.get(), kKept));
     RegDeleteValueW(m_key.get(), kKept);
 }
 
-void AppDataFolder::set(const std::string& folder) { writeText(m_key.get(), kValue, wide(folder)); }
+void AppDataFolder::set(const std::string& folder) {
+    writeValue(m_key.get(), kValue, wide(folder));
+}
 
 void AppDataFolder::remove() { RegDeleteValueW(m_key.get(), kValue); }
 
-LogTest::LogTest() : m_base(m_folder / "ProgramData é日本") {
+LogTest::LogTest() : m_base(m_folder / "ProgramData") {
     m_appData.set(m_base);
     setlogmask(0xFF);
 }
@@ -76,7 +78,7 @@ std::string afterTime(const std::string& line) {
 
 LogWriter::LogWriter(const std::string& arguments) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    const UniqueFile output(CreateFileW(plainLongName(m_folder / "out").c_str(), FILE_APPEND_DATA,
+    const UniqueFile output(CreateFileW(m_folder.path(L"out").c_str(), FILE_APPEND_DATA,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr));
     STARTUPINFOW startup{};
@@ -104,6 +106,6 @@ int LogWriter::wait() {
     return static_cast<int>(code);
 }
 
-std::string LogWriter::printed() const { return readFile(m_folder / "out"); }
+std::string LogWriter::printed() const { return readText(m_folder.path(L"out")); }
 
 }  // namespace orvane::test

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "tests/util/temp_folder.h"
+#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 
@@ -34,7 +34,7 @@ protected:
 
     [[nodiscard]] std::string directory() const { return m_base + "\\OrVaneMedia"; }
     [[nodiscard]] std::string file() const { return directory() + "\\OrVane.log"; }
-    [[nodiscard]] std::string content() const { return readFile(file()); }
+    [[nodiscard]] std::string content() const { return readText(wide(file())); }
     [[nodiscard]] std::vector<std::string> lines() const;
 
     TempFolder m_folder;

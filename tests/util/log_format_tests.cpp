@@ -20,39 +20,29 @@ TEST(LogFormat, ReplacesErrorDirectivesAndLeavesEveryOtherAlone) {
     EXPECT_EQ(translated("%m%M%m", "e", "W"), "eWe");
     // An escaped percent is literal, also before the letters; a cut directive stays as it is.
     EXPECT_EQ(translated("100%%m %%%M %", "e", "W"), "100%%m %%W %");
-    EXPECT_EQ(translated("%5d %-8s %M", "e", ""), "%5d %-8s ");
-    EXPECT_EQ(translated("", "e", "W"), "");
     // A text is not searched for directives again.
     EXPECT_EQ(translated("%m", "%%M", "W"), "%%M");
 
-    EXPECT_EQ(countErrorDirectives("%d %%M %%m %").windowsTexts, 0U);
-    EXPECT_EQ(countErrorDirectives("%d %%M %%m %").errnoTexts, 0U);
-    EXPECT_EQ(countErrorDirectives("%M%%%M%m").windowsTexts, 2U);
+    std::string format;
+    for (int i = 0; i < 300000; ++i) format += "%M%m";
+    EXPECT_EQ(translated(format.c_str(), "ab", "c").size(), 900000U) << "in linear time";
 }
 
 TEST(LogFormat, AnErrorTextIsSafeInsideAFormat) {
-    for (const char* text : {"%1 is not a valid application.", "%", "%s%n", "50%% of %d", "%%%"}) {
+    for (const auto& [text, expected] :
+         {std::pair{"%1 is not a valid application.", "%1 is not a valid application."},
+          {"%", "%"},
+          {"%s%n", "%s%n"},
+          {"50%% of %d", "50% of %d"},
+          {"%%%", "%%"}}) {
         const OwnedText escaped = escapePercents(text);
         ASSERT_TRUE(escaped);
         EXPECT_FALSE(hasLonePercent(escaped.get())) << escaped.get();
         char printed[64];
         // No argument follows: anything but literal text would read one.
         std::snprintf(printed, sizeof printed, escaped.get(), 0);
-        std::string expected(text);
-        for (auto at = expected.find("%%"); at != std::string::npos;
-             at = expected.find("%%", at + 1)) {
-            expected.erase(at, 1);
-        }
-        EXPECT_EQ(printed, expected);
+        EXPECT_STREQ(printed, expected);
     }
-    EXPECT_TRUE(hasLonePercent("a%"));
-    EXPECT_FALSE(hasLonePercent("a%%"));
-}
-
-TEST(LogFormat, AMegabyteOfDirectivesTakesLinearTime) {
-    std::string format;
-    for (int i = 0; i < 300000; ++i) format += "%M%m";
-    EXPECT_EQ(translated(format.c_str(), "ab", "c").size(), 900000U);
 }
 
 }  // namespace

@@ -2,10 +2,8 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,8 +22,7 @@ int usage() {
         "  die                        ends in the middle of a line, holding the lock\n"
         "  exit                       writes before and after closelog_on_exit; fails when the\n"
         "                             lock outlives the message\n"
-        "  loud                       one line with LOG_CONS and LOG_PERROR\n"
-        "  time LINES                 prints what a line costs\n",
+        "  loud                       one line with LOG_CONS and LOG_PERROR\n",
         stderr);
     return 2;
 }
@@ -38,15 +35,14 @@ bool lockExists() {
 
 int writeLines(const char* ident, int threads, int lines) {
     openlog(ident, LOG_PID, 0);
-    std::vector<std::thread> writers;
-    writers.reserve(static_cast<std::size_t>(threads));
+    std::vector<std::jthread> writers;
     for (int thread = 0; thread < threads; ++thread) {
         writers.emplace_back([=] {
             const std::string body(500, static_cast<char>('a' + thread));
             for (int line = 0; line < lines; ++line) syslog(LOG_ERR, "%d %s.", line, body.c_str());
         });
     }
-    for (std::thread& writer : writers) writer.join();
+    writers.clear();
     closelog();
     return 0;
 }
@@ -75,30 +71,6 @@ int writeLoudly() {
     return 0;
 }
 
-int timeLines(int lines) {
-    openlog("Timed", LOG_PID, 0);
-    syslog(LOG_ERR, "the first line makes folder, file and lock");
-    LARGE_INTEGER frequency;
-    QueryPerformanceFrequency(&frequency);
-    std::vector<double> microseconds;
-    for (int line = 0; line < lines; ++line) {
-        LARGE_INTEGER begin;
-        LARGE_INTEGER end;
-        QueryPerformanceCounter(&begin);
-        syslog(LOG_NOTICE, "%s: cannot connect to app (%d)", "PipeListener::connect", line);
-        QueryPerformanceCounter(&end);
-        microseconds.push_back(1e6 * static_cast<double>(end.QuadPart - begin.QuadPart) /
-                               static_cast<double>(frequency.QuadPart));
-    }
-    std::sort(microseconds.begin(), microseconds.end());
-    const auto at = [&](std::size_t percent) {
-        return microseconds[(microseconds.size() - 1) * percent / 100];
-    };
-    std::printf("one written line, %d of them: median %.0f us, p95 %.0f us, p99 %.0f us\n", lines,
-                at(50), at(95), at(99));
-    return 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -109,8 +81,5 @@ int main(int argc, char** argv) {
     if (command == "die") return dieHoldingTheLock();
     if (command == "exit") return logOnExit();
     if (command == "loud") return writeLoudly();
-    if (command == "time" && argc == 3 && std::atoi(argv[2]) > 0) {
-        return timeLines(std::atoi(argv[2]));
-    }
     return usage();
 }

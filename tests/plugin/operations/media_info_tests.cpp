@@ -153,7 +153,7 @@ TEST_F(MediaInfo, CarriesTheEmbeddedPicture) {
     const fs::path track = m_folder.track();
     startPlayer();
     const auto sound = test::soundOf(track);
-    const auto image = contentOf(fs::path(ORVANE_TEST_DATA) / "cover.png");
+    const auto image = test::sample("cover.png");
     const String in = textOf(m_folder.file(L"in \u00e9.png", image));
     const String out = textOf(m_folder.path(L"out \u65e5.jpg"));
     EXPECT_TRUE(setByPath(textOf(track), record({{"Genre", "G"}}), in));
@@ -181,9 +181,14 @@ TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
     EXPECT_EQ(metadata["Filename"], textOf(track));
     EXPECT_FALSE(fs::exists(out));
 
+    // The player protects its pictures; the copy is an ordinary file, which the next one replaces.
     const fs::path picture = m_folder.file(L"folder.jpg", someImage(500));
+    SetFileAttributesW(picture.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
     ASSERT_TRUE(getByIndex(0, textOf(out)));
     EXPECT_EQ(contentOf(out), someImage(500));
+    EXPECT_EQ(GetFileAttributesW(out.c_str()) & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN),
+              0u);
+    SetFileAttributesW(picture.c_str(), FILE_ATTRIBUTE_NORMAL);
     m_folder.file(L"folder.jpg", someImage(300, 2));
     ASSERT_TRUE(getByIndex(0, textOf(out)));
     EXPECT_EQ(contentOf(out), someImage(300, 2));
