@@ -64,9 +64,9 @@ check_library() {
 
         grep -qxF "$playlist"$'\t'"$path" <<<"$playlists" || {
             problem "the player's playlist $playlist does not have $name"; filed=0; }
-        sound=$(audio_hash "$file") || sound=
-        [ -n "$sound" ] && [ "$sound" = "$(audio_hash "$originals/$name")" ] || {
-            problem "$name: the audio data has changed, or cannot be read"; audio_same=0; }
+        sound=$(audio_hash "$file") || sound='none can be read'
+        [ "$sound" = "$(audio_hash "$originals/$name")" ] || {
+            problem "$name: the audio data has changed ($sound)"; audio_same=0; }
         if [ "$verdict" = 'not found' ]; then
             not_found=$((not_found + 1))
             cmp -s "$file" "$originals/$name" || { problem "$name was not found, but its file has changed"; untouched=0; }
