@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154
 # Sourced: configures when needed and builds one preset.
 
 build_preset() {

@@ -1,5 +1,5 @@
 # Shared by the scripts behind ./dev; sourced from the top folder.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 top=$PWD
 build=$top/build
 deps=$build/deps

@@ -7,9 +7,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/demo/processes.sh
 export LC_ALL=C.UTF-8
 
-targets=(OrVaneWmpPlugin OrVaneApp player)
-[ ! -f standins/format/CMakeLists.txt ] || targets+=(wmvcore)
-build_preset win32 --target "${targets[@]}"
+build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
 
 console=$build/console
 music=${1:-$console/music}

@@ -18,9 +18,7 @@ case ${1:-} in
     *) fail "the demo has no option '$1'" "./dev demo, or ./dev demo --link for the short form without the library" ;;
 esac
 
-targets=(OrVaneWmpPlugin OrVaneApp player)
-[ ! -f standins/format/CMakeLists.txt ] || targets+=(wmvcore)
-build_preset win32 --target "${targets[@]}"
+build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
 
 demo=$build/demo
 music=$demo/music

@@ -19,7 +19,8 @@ fi
 say "format of ${#sources[@]} files"
 clang-format --dry-run -Werror "${sources[@]}" || fail "some files are not formatted" "clang-format -i FILE"
 say "shell scripts"
-shellcheck -x dev scripts/*.sh $(git ls-files 'scripts/*/*.sh') || fail "shellcheck has complaints" "mend them"
+mapfile -t parts < <(git ls-files 'scripts/*/*.sh')
+shellcheck -x dev scripts/*.sh "${parts[@]}" || fail "shellcheck has complaints" "mend them"
 
 # clang reads the cross build's commands with mingw's headers in place of its own.
 mingw=/usr/i686-w64-mingw32/include

@@ -46,7 +46,7 @@ printed_playlists() {
 # Reads the report once; fills `table` with lines to print and calls check TITLE for each claim.
 check_library() {
     local report=$1 music=$2 originals=$3 playlists
-    local tags_right=1 covers_right=1 audio_same=1 untouched=1 filed=1 count=0
+    local tags_right=1 covers_right=1 audio_same=1 untouched=1 filed=1 count=0 pictures=0 not_found=0 sound
     playlists=$(printed_playlists "$4")
     local -a line
     table=()
@@ -64,9 +64,11 @@ check_library() {
 
         grep -qxF "$playlist"$'\t'"$path" <<<"$playlists" || {
             problem "the player's playlist $playlist does not have $name"; filed=0; }
-        [ "$(audio_hash "$file")" = "$(audio_hash "$originals/$name")" ] || {
-            problem "$name: the audio data has changed"; audio_same=0; }
+        sound=$(audio_hash "$file") || sound='none can be read'
+        [ "$sound" = "$(audio_hash "$originals/$name")" ] || {
+            problem "$name: the audio data has changed ($sound)"; audio_same=0; }
         if [ "$verdict" = 'not found' ]; then
+            not_found=$((not_found + 1))
             cmp -s "$file" "$originals/$name" || { problem "$name was not found, but its file has changed"; untouched=0; }
         else
             local pair wanted is
@@ -78,6 +80,7 @@ check_library() {
             done
             if [ "$image" != - ]; then
                 local image_file
+                pictures=$((pictures + 1))
                 image_file=$(unix_path "$image")
                 [ "$(picture_hash "$file")" = "$(sha256sum <"$image_file" | cut -d' ' -f1)" ] || {
                     problem "$name: the picture in the file is not ${image_file##*/}"; covers_right=0; }
@@ -100,6 +103,9 @@ check_library() {
 
     local all=1
     [ "$count" = "$(find "$originals" -name '*.wma' | wc -l)" ] || { problem "the report has $count tracks"; all=0; }
+    # A library in which there was nothing to look at shows nothing.
+    [ "$pictures" -gt 0 ] || { problem "no track got a cover"; covers_right=0; }
+    [ "$not_found" -gt 0 ] || { problem "no track was not found"; untouched=0; }
     check "$all" "The report has every track of the library"
     check "$tags_right" "ffprobe reads the cleaned tags in the files"
     check "$covers_right" "exiftool reads each cover in its file, byte for byte"

@@ -79,9 +79,7 @@ int Application::run() {
         runPrompt(interpreter);
         return interpreter.checksMissed() == 0 ? good : checkMissed;
     }
-    const int result = runScript(interpreter);
-    if (m_options.stay) runPrompt(interpreter);
-    return result;
+    return runScript(interpreter);
 }
 
 bool Application::openTranscript() {

@@ -1,6 +1,5 @@
 #include "standins/app/clean_library.h"
 
-#include "standins/app/image_info.h"
 #include "standins/app/text.h"
 
 #include <algorithm>
@@ -30,6 +29,13 @@ Parameters tagsIn(const Message& response) {
 std::string trackName(const std::string& trackPath) {
     std::string name = trackPath.substr(trackPath.find_last_of("\\/") + 1);
     return name.substr(0, name.find_last_of('.'));
+}
+
+// What kind of picture a file holds, from its first bytes: its name says nothing reliable.
+std::string imageType(std::string_view bytes) {
+    if (bytes.starts_with("\xFF\xD8\xFF")) return "jpeg";
+    if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return "png";
+    return "unknown";
 }
 
 class Job {
@@ -208,7 +214,7 @@ std::optional<std::string> Job::extractArt(TrackReport& track, const Parameters&
         return {};
     }
     auto content = contentOf(target);
-    if (content) art = {imageInfo(*content).type, content->size()};
+    if (content) art = {imageType(*content), content->size()};
     return content;
 }
 

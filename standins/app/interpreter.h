@@ -64,7 +64,6 @@ public:
     // expectation was met.
     bool runScript(std::string_view text, const std::string& name);
 
-    [[nodiscard]] unsigned checksMet() const { return m_met; }
     [[nodiscard]] unsigned checksMissed() const { return m_missed; }
 
 private:

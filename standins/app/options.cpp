@@ -18,12 +18,10 @@ Options readOptions(const std::vector<std::string>& arguments,
                                     : name == "--script"     ? &options.script
                                     : name == "--transcript" ? &options.transcript
                                                              : nullptr;
-        bool* const flag = argument == "--quiet"  ? &options.quiet
-                           : argument == "--stay" ? &options.stay
+        bool* const flag = argument == "--quiet" ? &options.quiet
                            : argument == "--help" || argument == "-h" || argument == "/?"
                                ? &options.showHelp
-                           : argument == "--list" ? &options.showList
-                                                  : nullptr;
+                               : nullptr;
         if (flag) {
             *flag = true;
         } else if (!target) {
@@ -49,11 +47,9 @@ std::string programHelp() {
            "\n"
            "  --script=FILE        run the lines of a file instead of a prompt; ends with 0 when\n"
            "                       all its checks were met, 1 when not\n"
-           "  --stay               do not end with the script: go on with a prompt\n"
            "  --transcript=FILE    write all that is printed into a file, too\n"
            "  --quiet              print checks, answers and what is wrong; not the traffic\n"
            "  --launched-by=NAME   given by the plug-in when it starts this program\n"
-           "  --list               the protocol's commands\n"
            "  --help               this text\n"
            "\n"
            "ORVANE_APP_SCRIPT and ORVANE_APP_TRANSCRIPT in the environment stand for --script and\n"

@@ -13,9 +13,7 @@ struct Options {
     std::string script;      // a file of lines to run
     std::string transcript;  // a file that receives everything printed
     bool quiet = false;      // leave the traffic out of what is printed (not of the transcript)
-    bool stay = false;       // after the script: a prompt, or serving on
     bool showHelp = false;
-    bool showList = false;
     std::string error;  // what is wrong with the command line; "" when nothing is
 };
 

@@ -1,6 +1,6 @@
 #include "standins/app/pipe_server.h"
 
-#include "standins/app/wide_text.h"
+#include "standins/wide_text.h"
 
 #include <array>
 
@@ -66,7 +66,7 @@ constexpr DWORD quietAfterMs = 1000;
 std::unique_ptr<PipeServer> PipeServer::create(const std::string& name, Listener& listener,
                                                std::string& error) {
     UniqueFile pipe(CreateNamedPipeW(
-        wideFrom("\\\\.\\pipe\\" + name).c_str(),
+        toWide("\\\\.\\pipe\\" + name).c_str(),
         PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
         PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, 1,
         pipeBufferSize, pipeBufferSize, 0, nullptr));
@@ -198,7 +198,7 @@ std::string systemError(DWORD code) {
     while (!words.empty() &&
            (words.back() == L'\n' || words.back() == L'\r' || words.back() == L' '))
         words.remove_suffix(1);
-    return std::to_string(code) + (words.empty() ? "" : " (" + utf8From(words) + ")");
+    return std::to_string(code) + (words.empty() ? "" : " (" + toUtf8(words) + ")");
 }
 
 }  // namespace orvane::standin::app

@@ -2,7 +2,7 @@
 
 #include "standins/app/command_catalogue.h"
 #include "standins/app/text.h"
-#include "standins/app/wide_text.h"
+#include "standins/wide_text.h"
 
 namespace orvane::standin::app {
 namespace {
@@ -39,7 +39,7 @@ void Terminal::print(const std::string& text) {
 void Terminal::write(std::string_view utf8) {
     DWORD written = 0;
     if (m_outIsConsole) {
-        std::wstring wide = wideFrom(utf8);
+        std::wstring wide = toWide(utf8);
         for (std::size_t at = wide.find(L'\n'); at != std::wstring::npos;
              at = wide.find(L'\n', at + 2))
             wide.insert(at, 1, L'\r');
@@ -123,7 +123,7 @@ std::optional<std::string> Terminal::readTypedLine() {
             write("\n");
             if (!m_typed.empty() && (m_history.empty() || m_history.back() != m_typed))
                 m_history.push_back(m_typed);
-            return utf8From(m_typed);
+            return toUtf8(m_typed);
         }
         if (c == 4 || c == 26) {  // Ctrl+D and Ctrl+Z end the input, as everywhere
             m_prompting = false;
@@ -157,10 +157,10 @@ void Terminal::recall(std::size_t place) {
 }
 
 void Terminal::complete() {
-    const Completion completion = app::complete(utf8From(m_typed));
-    if (!completion.candidates.empty() && completion.line == utf8From(m_typed))
+    const Completion completion = app::complete(toUtf8(m_typed));
+    if (!completion.candidates.empty() && completion.line == toUtf8(m_typed))
         write(join(completion.candidates, "  ") + '\n');
-    m_typed = wideFrom(completion.line);
+    m_typed = toWide(completion.line);
 }
 
 }  // namespace orvane::standin::app

@@ -183,10 +183,4 @@ std::string fitted(std::string_view utf8, std::size_t width) {
     return std::string(utf8.substr(0, offsetOfCharacter(utf8, width - 2))) + "..";
 }
 
-std::string bytesInWords(std::size_t bytes) {
-    if (bytes < 10'000) return std::to_string(bytes) + " bytes";
-    if (bytes < 10'000'000) return std::to_string((bytes + 512) / 1024) + " KB";
-    return std::to_string((bytes + 524'288) / 1'048'576) + " MB";
-}
-
 }  // namespace orvane::standin::app

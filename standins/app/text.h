@@ -39,6 +39,4 @@ std::size_t characterCount(std::string_view utf8);
 // Cut to, or filled with spaces up to, so many characters.
 std::string fitted(std::string_view utf8, std::size_t width);
 
-std::string bytesInWords(std::size_t bytes);  // "812 bytes", "70 KB"
-
 }  // namespace orvane::standin::app

@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace orvane::asf {
 
@@ -17,9 +18,9 @@ class File {
 public:
     File(const File&) = delete;
     File& operator=(const File&) = delete;
-    File(File&& other) noexcept;
-    File& operator=(File&& other) noexcept;
-    ~File();  // closes
+    File(File&& other) noexcept : m_native(std::exchange(other.m_native, none)) {}
+    File& operator=(File&&) = delete;
+    ~File() { close(); }
 
     // Everybody else may go on reading, writing and deleting it.
     static std::optional<File> openForReading(const std::filesystem::path& path,

@@ -21,16 +21,6 @@ std::string failure(const char* call) {
 
 }  // namespace
 
-File::File(File&& other) noexcept : m_native(std::exchange(other.m_native, none)) {}
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        close();
-        m_native = std::exchange(other.m_native, none);
-    }
-    return *this;
-}
-File::~File() { close(); }
-
 void File::close() noexcept {
     if (m_native != none) ::close(static_cast<int>(std::exchange(m_native, none)));
 }

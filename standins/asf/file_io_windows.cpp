@@ -39,16 +39,6 @@ std::intptr_t open(const std::filesystem::path& path, DWORD access, DWORD share,
 
 static_assert(sizeof(std::intptr_t) == sizeof(HANDLE));
 
-File::File(File&& other) noexcept : m_native(std::exchange(other.m_native, none)) {}
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        close();
-        m_native = std::exchange(other.m_native, none);
-    }
-    return *this;
-}
-File::~File() { close(); }
-
 void File::close() noexcept {
     if (m_native != none) CloseHandle(handle(std::exchange(m_native, none)));
 }

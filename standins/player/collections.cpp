@@ -1,10 +1,7 @@
 #include "standins/player/collections.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
-#include "standins/player/media_object.h"
 #include "standins/player/playlist_object.h"
 
 namespace orvane::standin {
@@ -15,17 +12,6 @@ class MediaCollectionObject final : public DispatchObject<IWMPMediaCollection> {
 public:
     explicit MediaCollectionObject(ModelPtr model) : m_model(std::move(model)) {}
 
-    STDMETHOD(add)(BSTR url, IWMPMedia** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMediaCollection::add", [&]() -> HRESULT {
-            const std::wstring path = textOf(url);
-            if (path.empty()) return E_INVALIDARG;
-            *out = makeMedia(m_model, m_model->library.add(path)).detach();
-            m_model->fire([](IWMPEvents& sink) { sink.MediaCollectionChange(); });
-            return S_OK;
-        });
-    }
     STDMETHOD(getAll)(IWMPPlaylist** out) override {
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
@@ -37,12 +23,16 @@ public:
     STDMETHOD(getByAttribute)(BSTR attribute, BSTR value, IWMPPlaylist** out) override {
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
-        return m_model->serve("IWMPMediaCollection::getByAttribute", [&] {
-            *out = makePlaylistObject(m_model, matching(textOf(attribute), textOf(value))).detach();
+        return m_model->serve("IWMPMediaCollection::getByAttribute", [&]() -> HRESULT {
+            // Paths come from an index; nobody looks for anything else.
+            if (textOf(attribute) != L"SourceURL") return E_NOTIMPL;
+            const PlaylistPtr found = m_model->library.withPath(textOf(value));
+            *out = makePlaylistObject(m_model, found).detach();
             return S_OK;
         });
     }
 
+    STDMETHOD(add)(BSTR, IWMPMedia**) override { return E_NOTIMPL; }
     STDMETHOD(getByName)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
     STDMETHOD(getByGenre)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
     STDMETHOD(getByAuthor)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
@@ -62,21 +52,6 @@ protected:
     }
 
 private:
-    // Paths come from an index; any other attribute is looked for in every file.
-    PlaylistPtr matching(const std::wstring& attribute, const std::wstring& value) {
-        if (attribute == L"SourceURL") return m_model->library.withPath(value);
-        auto view = std::make_shared<Playlist>();
-        view->isView = true;
-        const TrackList& tracks = m_model->library.tracks();
-        std::copy_if(tracks.begin(), tracks.end(), std::back_inserter(*view->items),
-                     [&](const TrackPtr& track) {
-                         std::wstring found;
-                         return SUCCEEDED(m_model->tags.read(*track, attribute, found)) &&
-                                found == value;
-                     });
-        return view;
-    }
-
     const ModelPtr m_model;
 };
 
@@ -99,14 +74,6 @@ public:
             return S_OK;
         });
     }
-    STDMETHOD(getAll)(IWMPPlaylistArray** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylistCollection::getAll", [&] {
-            *out = makePlaylistArray(m_model, m_model->library.playlists()).detach();
-            return S_OK;
-        });
-    }
     STDMETHOD(getByName)(BSTR name, IWMPPlaylistArray** out) override {
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
@@ -116,18 +83,9 @@ public:
             return S_OK;
         });
     }
-    STDMETHOD(remove)(IWMPPlaylist* object) override {
-        const PlaylistPtr playlist = playlistOf(object);
-        return m_model->serve("IWMPPlaylistCollection::remove", [&]() -> HRESULT {
-            if (!playlist || !m_model->library.removePlaylist(playlist)) return E_INVALIDARG;
-            m_model->fire([playlist](IWMPEvents& sink) {
-                sink.PlaylistCollectionPlaylistRemoved(Text(playlist->name).get());
-                sink.PlaylistCollectionChange();
-            });
-            return S_OK;
-        });
-    }
 
+    STDMETHOD(getAll)(IWMPPlaylistArray**) override { return E_NOTIMPL; }
+    STDMETHOD(remove)(IWMPPlaylist*) override { return E_NOTIMPL; }
     STDMETHOD(setDeleted)(IWMPPlaylist*, VARIANT_BOOL) override { return E_NOTIMPL; }
     STDMETHOD(isDeleted)(IWMPPlaylist*, VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(importPlaylist)(IWMPPlaylist*, IWMPPlaylist**) override { return E_NOTIMPL; }

@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+#include "standins/wide_text.h"
+
 namespace orvane::standin {
 
 // Counted COM pointer; releases on destruction.
@@ -159,8 +161,5 @@ public:
 private:
     BSTR m_text;
 };
-
-std::string toUtf8(const std::wstring& text);
-std::wstring toWide(const std::string& text);
 
 }  // namespace orvane::standin

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "standins/player/media_object.h"
-
 namespace orvane::standin {
 
 namespace {
@@ -21,31 +19,10 @@ public:
     STDMETHOD(pause)() override {
         return m_model->serve("IWMPControls::pause", [&] { return m_model->playback.pause(); });
     }
-    STDMETHOD(get_currentPosition)(double* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPControls::get_currentPosition", [&] {
-            *out = m_model->playback.position();
-            return S_OK;
-        });
-    }
-    STDMETHOD(currentItem)(IWMPMedia** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPControls::currentItem", [&] {
-            if (const TrackPtr& track = m_model->playback.current())
-                *out = makeMedia(m_model, track).detach();
-            return S_OK;
-        });
-    }
-    STDMETHOD(playItem)(IWMPMedia* media) override {
-        const TrackPtr track = trackOf(media);
-        return m_model->serve("IWMPControls::playItem", [&]() -> HRESULT {
-            if (!track) return E_INVALIDARG;
-            m_model->playback.open(track);
-            return m_model->playback.play();
-        });
-    }
 
+    STDMETHOD(get_currentPosition)(double*) override { return E_NOTIMPL; }
+    STDMETHOD(currentItem)(IWMPMedia**) override { return E_NOTIMPL; }
+    STDMETHOD(playItem)(IWMPMedia*) override { return E_NOTIMPL; }
     STDMETHOD(get_isAvailable)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(fastForward)() override { return E_NOTIMPL; }
     STDMETHOD(fastReverse)() override { return E_NOTIMPL; }

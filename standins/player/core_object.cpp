@@ -16,24 +16,9 @@ class CoreObject final : public DispatchObject<IWMPCore3, IConnectionPointContai
 public:
     explicit CoreObject(ModelPtr model) : m_model(std::move(model)) {}
 
-    STDMETHOD(get_URL)(BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPCore::get_URL", [&] {
-            const TrackPtr& track = m_model->playback.current();
-            return giveText(track ? track->path : std::wstring(), out);
-        });
-    }
     STDMETHOD(put_URL)(BSTR url) override {
         return m_model->serve("IWMPCore::put_URL",
                               [&] { return m_model->playback.openUrl(textOf(url)); });
-    }
-    STDMETHOD(get_openState)(WMPOpenState* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPCore::get_openState", [&] {
-            *out = m_model->playback.openState();
-            return S_OK;
-        });
     }
     STDMETHOD(get_playState)(WMPPlayState* out) override {
         if (out == nullptr) return E_POINTER;
@@ -54,14 +39,6 @@ public:
             return track ? makeMedia(m_model, track) : ComRef<IWMPMedia3>();
         });
     }
-    STDMETHOD(put_currentMedia)(IWMPMedia* media) override {
-        const TrackPtr track = trackOf(media);
-        return m_model->serve("IWMPCore::put_currentMedia", [&]() -> HRESULT {
-            if (media != nullptr && !track) return E_INVALIDARG;
-            m_model->playback.open(track);
-            return S_OK;
-        });
-    }
     STDMETHOD(get_mediaCollection)(IWMPMediaCollection** out) override {
         return give("IWMPCore::get_mediaCollection", out,
                     [&] { return makeMediaCollection(m_model); });
@@ -73,12 +50,11 @@ public:
     STDMETHOD(get_Error)(IWMPError** out) override {
         return give("IWMPCore::get_Error", out, [&] { return makeErrorList(m_model); });
     }
-    STDMETHOD(get_versionInfo)(BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPCore::get_versionInfo",
-                              [&] { return giveText(L"12.0.0.0", out); });
-    }
 
+    STDMETHOD(get_URL)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(get_openState)(WMPOpenState*) override { return E_NOTIMPL; }
+    STDMETHOD(put_currentMedia)(IWMPMedia*) override { return E_NOTIMPL; }
+    STDMETHOD(get_versionInfo)(BSTR*) override { return E_NOTIMPL; }
     STDMETHOD(close)() override { return E_NOTIMPL; }
     STDMETHOD(launchURL)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_network)(IWMPNetwork**) override { return E_NOTIMPL; }

@@ -37,19 +37,6 @@ class ErrorListObject final : public DispatchObject<IWMPError> {
 public:
     explicit ErrorListObject(ModelPtr model) : m_model(std::move(model)) {}
 
-    STDMETHOD(clearErrorQueue)() override {
-        return m_model->serve("IWMPError::clearErrorQueue", [&] {
-            m_model->options.errors.clear();
-            return S_OK;
-        });
-    }
-    STDMETHOD(get_errorCount)(LONG* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPError::get_errorCount", [&] {
-            *out = static_cast<LONG>(m_model->options.errors.size());
-            return S_OK;
-        });
-    }
     STDMETHOD(get_Item)(LONG index, IWMPErrorItem** out) override {
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
@@ -61,6 +48,9 @@ public:
             return S_OK;
         });
     }
+
+    STDMETHOD(clearErrorQueue)() override { return E_NOTIMPL; }
+    STDMETHOD(get_errorCount)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(webHelp)() override { return E_NOTIMPL; }
 
 protected:

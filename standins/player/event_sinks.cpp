@@ -74,9 +74,8 @@ public:
         *cookie = 0;
         ComRef<IWMPEvents> sink = ComRef<IUnknown>(object).query<IWMPEvents>();
         if (!sink) return CONNECT_E_CANNOTCONNECT;
-        return m_model->serve("IConnectionPoint::Advise", [&]() -> HRESULT {
-            if (m_model->options.refuseAdvise) return CONNECT_E_ADVISELIMIT;
-            if (!m_model->options.cookieZero) *cookie = m_model->sinks.add(std::move(sink));
+        return m_model->serve("IConnectionPoint::Advise", [&] {
+            *cookie = m_model->sinks.add(std::move(sink));
             return S_OK;
         });
     }

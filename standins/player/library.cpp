@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "standins/player/com_support.h"
+#include "standins/asf/file_io.h"
+#include "standins/wide_text.h"
 
 namespace orvane::standin {
 
@@ -34,7 +35,8 @@ bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
         const std::wstring folder = std::move(folders.back());
         folders.pop_back();
         WIN32_FIND_DATAW entry{};
-        const FindHandle search(FindFirstFileW(extendedPath(folder + L"\\*").c_str(), &entry));
+        const FindHandle search(
+            FindFirstFileW(asf::extendedLength(folder + L"\\*").c_str(), &entry));
         if (!search.isValid()) continue;
         rootRead = true;
         do {
@@ -144,10 +146,6 @@ PlaylistPtr Library::makePlaylist(const std::wstring& name) {
     playlist->name = name;
     m_playlists.push_back(playlist);
     return playlist;
-}
-
-bool Library::removePlaylist(const PlaylistPtr& playlist) {
-    return std::erase(m_playlists, playlist) > 0;
 }
 
 }  // namespace orvane::standin

@@ -39,7 +39,6 @@ public:
     [[nodiscard]] const std::vector<PlaylistPtr>& playlists() const { return m_playlists; }
     [[nodiscard]] std::vector<PlaylistPtr> playlistsNamed(const std::wstring& name) const;
     PlaylistPtr makePlaylist(const std::wstring& name);
-    bool removePlaylist(const PlaylistPtr& playlist);
 
 private:
     void list(TrackPtr track);

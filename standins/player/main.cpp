@@ -73,10 +73,6 @@ void readStandardInput(const std::shared_ptr<Model>& model, Script& script) {
 }
 
 void handleClose(Player& player) {
-    if (player.model().locked([&] { return player.model().options.exitOnClose; })) {
-        print("leaving with the plug-ins alive");
-        ExitProcess(0);
-    }
     print("closing");
     player.plugins().unloadAll();
     DestroyWindow(player.window());
@@ -102,32 +98,15 @@ int run(const PlayerOptions& options) {
     model->report = print;
     player.plugins().report = print;
     player.mainWindow()->onClose = [&] { handleClose(player); };
-    player.mainWindow()->onPluginsChanged = [&] {
-        print("the list of plug-ins changed");
-        player.plugins().dropUnregistered();
-        player.plugins().loadRegistered();
-    };
     print("library of " + std::to_string(player.itemCount()) + " item(s)");
-    if (options.loadPlugins) {
-        const size_t count = player.plugins().loadRegistered();
-        print(std::to_string(count) + " plug-in(s) loaded");
-    }
-    if (!options.hidden) ShowWindow(player.window(), SW_SHOW);
+    print(std::to_string(player.plugins().loadRegistered()) + " plug-in(s) loaded");
+    ShowWindow(player.window(), SW_SHOW);
 
     Script script(player, print);
-    script.onEnd = [&] {
-        if (options.closeAtEnd) PostMessageW(player.window(), WM_CLOSE, 0, 0);
-    };
     if (options.script == L"-")
         readStandardInput(model, script);
     else if (!options.script.empty() && !readScript(options.script, script))
         return fail("the script " + toUtf8(options.script) + " cannot be read");
-    if (options.lifetimeSeconds != 0) {
-        model->apartment.postLater(options.lifetimeSeconds * 1000, [&] {
-            print("time is up");
-            PostMessageW(player.window(), WM_CLOSE, 0, 0);
-        });
-    }
 
     runMessageLoop();
     player.plugins().freeModules();

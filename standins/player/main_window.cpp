@@ -1,7 +1,5 @@
 #include "standins/player/main_window.h"
 
-#include "platform/wmp_plugin_ui.h"
-
 namespace orvane::standin {
 
 namespace {
@@ -19,7 +17,6 @@ bool MainWindow::create() {
     windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
     windowClass.lpszClassName = kClassName;
     RegisterClassExW(&windowClass);  // fails harmlessly for the second window of a process
-    m_addRemoveMessage = RegisterWindowMessageA(PLUGIN_ADD_REMOVE_MESSAGE);
     m_hwnd = CreateWindowExW(0, kClassName, kCaption, WS_OVERLAPPEDWINDOW, 100, 100, 800, 600,
                              nullptr, nullptr, windowClass.hInstance, nullptr);
     if (m_hwnd == nullptr) return false;
@@ -41,7 +38,6 @@ LRESULT CALLBACK MainWindow::windowProc(HWND hwnd, UINT message, WPARAM wParam, 
             return 0;
         }
         if (message == WM_NCDESTROY) self->m_hwnd = nullptr;
-        if (message == self->m_addRemoveMessage && self->onPluginsChanged) self->onPluginsChanged();
     }
     return DefWindowProcW(hwnd, message, wParam, lParam);
 }

@@ -22,14 +22,11 @@ public:
 
     // WM_CLOSE ends here; without it the window closes at once.
     std::function<void()> onClose;
-    // An installer's notice that the list of plug-ins changed.
-    std::function<void()> onPluginsChanged;
 
 private:
     static LRESULT CALLBACK windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
 
     HWND m_hwnd = nullptr;
-    UINT m_addRemoveMessage = 0;
 };
 
 }  // namespace orvane::standin

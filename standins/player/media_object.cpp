@@ -31,23 +31,6 @@ public:
         return m_model->serve("IWMPMedia::get_sourceURL",
                               [&] { return giveText(m_track->path, out); });
     }
-    STDMETHOD(get_name)(BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMedia::get_name", [&] {
-            std::wstring name;
-            m_model->tags.read(*m_track, L"Title", name);
-            if (name.empty()) name = std::filesystem::path(m_track->path).stem().wstring();
-            return giveText(name, out);
-        });
-    }
-    STDMETHOD(get_duration)(double* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPMedia::get_duration", [&] {
-            *out = m_model->tags.durationSeconds(*m_track);
-            return S_OK;
-        });
-    }
     STDMETHOD(getItemInfo)(BSTR attribute, BSTR* out) override {
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
@@ -63,7 +46,6 @@ public:
         const ComRef<IWMPMedia3> self(this);
         return m_model->serve("IWMPMedia::setItemInfo", [&]() -> HRESULT {
             const std::wstring name = textOf(attribute);
-            if (m_model->options.failWrites.contains(name)) return E_ACCESSDENIED;
             const HRESULT result = m_model->tags.write(*m_track, name, textOf(text));
             m_model->report("tag " + toUtf8(name) + " = " + toUtf8(textOf(text)) + " in " +
                             toUtf8(m_track->path) + (FAILED(result) ? " refused" : " written"));
@@ -73,6 +55,8 @@ public:
         });
     }
 
+    STDMETHOD(get_name)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(get_duration)(double*) override { return E_NOTIMPL; }
     STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_imageSourceWidth)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(get_imageSourceHeight)(LONG*) override { return E_NOTIMPL; }

@@ -15,7 +15,6 @@ HRESULT Model::serve(const char* call, const std::function<HRESULT()>& body) noe
 
 HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
     bool handOver = false;
-    unsigned delay = 0;
     {
         const std::lock_guard lock(m_mutex);
         const auto count = m_calls.find(std::string_view(call));
@@ -24,10 +23,8 @@ HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
         else
             ++count->second;
         handOver = options.serveOnOwnThread;
-        delay = options.callDelayMs;
     }
     const auto served = [&]() -> HRESULT {
-        if (delay != 0) Sleep(delay);
         try {
             const std::lock_guard lock(m_mutex);
             if (m_closed) return RPC_E_DISCONNECTED;

@@ -17,14 +17,7 @@ std::string nameOfPlayState(long state) {
     return std::to_string(state) + (known ? " (" + std::string(names[state]) + ")" : "");
 }
 
-double Playback::position() const {
-    ULONGLONG milliseconds = m_playedBefore;
-    if (m_state == wmppsPlaying) milliseconds += GetTickCount64() - m_playingSince;
-    return static_cast<double>(milliseconds) / 1000.0;
-}
-
 void Playback::enterOpenState(WMPOpenState state) {
-    m_openState = state;
     m_model.fire([state](IWMPEvents& sink) { sink.OpenStateChange(state); });
 }
 
@@ -94,7 +87,7 @@ HRESULT Playback::openUrl(const std::wstring& url) {
         track->path = url;
     }
     open(std::move(track));
-    return m_model.options.autoStart ? play() : S_OK;
+    return S_OK;
 }
 
 HRESULT Playback::play() {

@@ -21,9 +21,7 @@ public:
     explicit Playback(Model& model) : m_model(model) {}
 
     [[nodiscard]] WMPPlayState state() const { return m_state; }
-    [[nodiscard]] WMPOpenState openState() const { return m_openState; }
     [[nodiscard]] const TrackPtr& current() const { return m_current; }  // may be null
-    [[nodiscard]] double position() const;                               // seconds
 
     // Makes the track current and stops what plays; null for none.
     void open(TrackPtr track);
@@ -43,7 +41,6 @@ private:
     Model& m_model;
     WMPPlayState m_state = wmppsUndefined;
     WMPPlayState m_heading = wmppsUndefined;  // where a pending change leads
-    WMPOpenState m_openState = wmposPlaylistOpenNoMedia;
     TrackPtr m_current;
     unsigned long m_change = 0;  // counts changes of mind; a pending one of an older count is void
     ULONGLONG m_playingSince = 0;

@@ -124,6 +124,4 @@ void Player::change(const std::function<void(PlayerOptions&)>& edit) {
     m_model->locked([&] { edit(m_model->options); });
 }
 
-void Player::fire(std::function<void(IWMPEvents&)> event) { m_model->fire(std::move(event)); }
-
 }  // namespace orvane::standin

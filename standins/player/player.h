@@ -61,8 +61,6 @@ public:
     [[nodiscard]] unsigned long callCount(const std::string& call = {}) const;
     // Changes the options that can change while it runs (all but library and program).
     void change(const std::function<void(PlayerOptions&)>& edit);
-    // Queues an event for every sink; it is raised on the player's thread.
-    void fire(std::function<void(IWMPEvents&)> event);
 
     Model& model() { return *m_model; }
 

@@ -61,21 +61,15 @@ bool number(PlayerOptions& options, const std::wstring& value) {
     return readNumber(value, options.*Member);
 }
 
-template <bool PlayerOptions::*Member, bool Value = true>
+template <bool PlayerOptions::*Member>
 bool flag(PlayerOptions& options, const std::wstring&) {
-    options.*Member = Value;
+    options.*Member = true;
     return true;
 }
 
 template <std::wstring PlayerOptions::*Member>
 bool text(PlayerOptions& options, const std::wstring& value) {
     options.*Member = value;
-    return !value.empty();
-}
-
-template <std::set<std::wstring> PlayerOptions::*Member>
-bool member(PlayerOptions& options, const std::wstring& value) {
-    (options.*Member).insert(value);
     return !value.empty();
 }
 
@@ -96,7 +90,6 @@ constexpr Option kOptions[] = {
     {L"pause-delay", "MS", "from pause to paused, 20", number<&PlayerOptions::pauseDelayMs>},
     {L"track-length", "MS", "a track plays at least that long, 60000",
      number<&PlayerOptions::trackLengthMs>},
-    {L"auto-start", nullptr, "a new URL starts playing by itself", flag<&PlayerOptions::autoStart>},
     {L"never", "STATE", "playing, paused or stopped is never reached (repeatable); none: all are",
      [](PlayerOptions& o, const std::wstring& v) {
          long state = 0;
@@ -122,33 +115,21 @@ constexpr Option kOptions[] = {
          o.errors.push_back(code);
          return true;
      }},
-    {L"refuse-advise", nullptr, "refuse to send events to plug-ins",
-     flag<&PlayerOptions::refuseAdvise>},
-    {L"cookie-zero", nullptr, "accept an event sink with cookie 0 and send it nothing",
-     flag<&PlayerOptions::cookieZero>},
     {L"fail-call", "NAME", "that call fails, as IWMPCore::get_controls (repeatable)",
      [](PlayerOptions& o, const std::wstring& v) {
          o.failCalls.insert(toUtf8(v));
          return !v.empty();
      }},
     {L"fail-read", "ATTRIBUTE", "that attribute cannot be read (repeatable)",
-     member<&PlayerOptions::failReads>},
-    {L"fail-write", "ATTRIBUTE", "that attribute cannot be written (repeatable)",
-     member<&PlayerOptions::failWrites>},
-    {L"call-delay", "MS", "every call from a plug-in takes that much longer",
-     number<&PlayerOptions::callDelayMs>},
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.failReads.insert(v);
+         return !v.empty();
+     }},
     {L"serve-on-own-thread", nullptr,
      "hand calls from other threads to the player's own thread, not serve them at once",
      flag<&PlayerOptions::serveOnOwnThread>},
-    {L"hidden", nullptr, "do not show the window at the start", flag<&PlayerOptions::hidden>},
-    {L"no-plugins", nullptr, "load no plug-ins", flag<&PlayerOptions::loadPlugins, false>},
     {L"script", "FILE", "read commands from FILE, or with - from standard input",
      text<&PlayerOptions::script>},
-    {L"close-at-end", nullptr, "close when the script has ended", flag<&PlayerOptions::closeAtEnd>},
-    {L"exit-on-close", nullptr, "leave at once when closed, with the plug-ins still alive",
-     flag<&PlayerOptions::exitOnClose>},
-    {L"lifetime", "SECONDS", "close by itself after that time",
-     number<&PlayerOptions::lifetimeSeconds>},
     {L"help", nullptr, "this text", flag<&PlayerOptions::help>},
 };
 

@@ -22,7 +22,6 @@ struct PlayerOptions {
     unsigned stopDelayMs = 30;
     unsigned pauseDelayMs = 20;
     unsigned trackLengthMs = 60000;  // a track plays at least that long
-    bool autoStart = false;          // a new URL starts playing by itself
     std::set<long> neverReached;     // play states that are never reached
     std::wstring refusePath;         // put_URL fails for a path that contains this; empty: none
 
@@ -31,25 +30,16 @@ struct PlayerOptions {
         {L"shuffle", false}, {L"autoRewind", false}, {L"loop", false}};
 
     // Faults.
-    bool refuseAdvise = false;          // Advise fails with CONNECT_E_ADVISELIMIT
-    bool cookieZero = false;            // Advise succeeds with cookie 0 and no events
-    std::vector<long> errors;           // error codes in the player's error list
-    std::set<std::string> failCalls;    // "IWMPCore::get_controls": that call gives E_FAIL
-    std::set<std::wstring> failReads;   // attributes that cannot be read
-    std::set<std::wstring> failWrites;  // attributes that cannot be written
-    unsigned callDelayMs = 0;           // each call takes that much longer
+    std::vector<long> errors;          // error codes in the player's error list
+    std::set<std::string> failCalls;   // "IWMPCore::get_controls": that call gives E_FAIL
+    std::set<std::wstring> failReads;  // attributes that cannot be read
 
     // Calls from other threads: true hands each to the player's own thread, as a player with
     // apartment objects does; false serves them where they are made, under a lock.
     bool serveOnOwnThread = false;
 
     // The program only.
-    bool hidden = false;  // do not show the window after start
-    bool loadPlugins = true;
-    bool closeAtEnd = false;       // close when the script ends
-    bool exitOnClose = false;      // WM_CLOSE leaves the process with the plug-in still alive
-    unsigned lifetimeSeconds = 0;  // close by itself after that; 0: never
-    std::wstring script;           // file with commands, "-": standard input, empty: none
+    std::wstring script;  // file with commands, "-": standard input, empty: none
     bool help = false;
 };
 

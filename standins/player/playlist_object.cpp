@@ -8,16 +8,10 @@ namespace orvane::standin {
 
 namespace {
 
-// Asked for privately, to know our own objects from other people's.
-constexpr IID kOwnPlaylist = {
-    0x1c9e07d4, 0x52b8, 0x4f0a, {0xa1, 0x6e, 0x7f, 0x03, 0xd9, 0x58, 0x24, 0xeb}};
-
 class PlaylistObject final : public DispatchObject<IWMPPlaylist> {
 public:
     PlaylistObject(ModelPtr model, PlaylistPtr playlist)
         : m_model(std::move(model)), m_playlist(std::move(playlist)) {}
-
-    [[nodiscard]] const PlaylistPtr& playlist() const { return m_playlist; }
 
     STDMETHOD(get_count)(LONG* out) override {
         if (out == nullptr) return E_POINTER;
@@ -25,12 +19,6 @@ public:
             *out = static_cast<LONG>(m_playlist->items->size());
             return S_OK;
         });
-    }
-    STDMETHOD(get_name)(BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylist::get_name",
-                              [&] { return giveText(m_playlist->name, out); });
     }
     STDMETHOD(get_Item)(LONG index, IWMPMedia** out) override {
         if (out == nullptr) return E_POINTER;
@@ -44,34 +32,22 @@ public:
     }
     STDMETHOD(appendItem)(IWMPMedia* media) override {
         const TrackPtr track = trackOf(media);
-        return edit("IWMPPlaylist::appendItem", wmplcAppend, [&](TrackList& items) -> HRESULT {
+        const ComRef<IWMPPlaylist> self(this);
+        return m_model->serve("IWMPPlaylist::appendItem", [&]() -> HRESULT {
+            // Only the user's own playlists can be changed, not what a query gave.
+            if (m_playlist->isView) return E_ACCESSDENIED;
             if (!track) return E_INVALIDARG;
-            items.push_back(track);
-            return S_OK;
-        });
-    }
-    STDMETHOD(insertItem)(LONG index, IWMPMedia* media) override {
-        const TrackPtr track = trackOf(media);
-        return edit("IWMPPlaylist::insertItem", wmplcInsert, [&](TrackList& items) -> HRESULT {
-            if (!track || index < 0 || static_cast<size_t>(index) > items.size())
-                return E_INVALIDARG;
-            items.insert(items.begin() + index, track);
-            return S_OK;
-        });
-    }
-    STDMETHOD(removeItem)(IWMPMedia* media) override {
-        const TrackPtr track = trackOf(media);
-        return edit("IWMPPlaylist::removeItem", wmplcDelete, [&](TrackList& items) -> HRESULT {
-            return track && std::erase(items, track) > 0 ? S_OK : E_INVALIDARG;
-        });
-    }
-    STDMETHOD(clear)() override {
-        return edit("IWMPPlaylist::clear", wmplcClear, [](TrackList& items) -> HRESULT {
-            items.clear();
+            m_playlist->items->push_back(track);
+            m_model->fire(
+                [self](IWMPEvents& sink) { sink.PlaylistChange(self.get(), wmplcAppend); });
             return S_OK;
         });
     }
 
+    STDMETHOD(get_name)(BSTR*) override { return E_NOTIMPL; }
+    STDMETHOD(insertItem)(LONG, IWMPMedia*) override { return E_NOTIMPL; }
+    STDMETHOD(removeItem)(IWMPMedia*) override { return E_NOTIMPL; }
+    STDMETHOD(clear)() override { return E_NOTIMPL; }
     STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_attributeCount)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(get_attributeName)(LONG, BSTR*) override { return E_NOTIMPL; }
@@ -82,25 +58,10 @@ public:
 
 protected:
     void* find(REFIID iid) override {
-        if (iid == kOwnPlaylist) return this;
         return match<IUnknown, IDispatch, IWMPPlaylist>(iid, static_cast<IWMPPlaylist*>(this));
     }
 
 private:
-    // Only the user's own playlists can be changed, not what a query gave.
-    template <typename Change>
-    HRESULT edit(const char* call, WMPPlaylistChangeEventType kind, Change change) {
-        const ComRef<IWMPPlaylist> self(this);
-        return m_model->serve(call, [&]() -> HRESULT {
-            if (m_playlist->isView) return E_ACCESSDENIED;
-            const HRESULT result = change(*m_playlist->items);
-            if (SUCCEEDED(result))
-                m_model->fire(
-                    [self, kind](IWMPEvents& sink) { sink.PlaylistChange(self.get(), kind); });
-            return result;
-        });
-    }
-
     const ModelPtr m_model;
     const PlaylistPtr m_playlist;
 };
@@ -148,13 +109,6 @@ ComRef<IWMPPlaylist> makePlaylistObject(ModelPtr model, PlaylistPtr playlist) {
 ComRef<IWMPPlaylistArray> makePlaylistArray(ModelPtr model, std::vector<PlaylistPtr> playlists) {
     auto object = makeObject<PlaylistArrayObject>(std::move(model), std::move(playlists));
     return ComRef<IWMPPlaylistArray>(object.get());
-}
-
-PlaylistPtr playlistOf(IUnknown* object) {
-    void* own = nullptr;
-    if (object == nullptr || FAILED(object->QueryInterface(kOwnPlaylist, &own))) return nullptr;
-    auto playlist = ComRef<PlaylistObject>::adopt(static_cast<PlaylistObject*>(own));
-    return playlist->playlist();
 }
 
 }  // namespace orvane::standin

@@ -14,7 +14,4 @@ namespace orvane::standin {
 ComRef<IWMPPlaylist> makePlaylistObject(ModelPtr model, PlaylistPtr playlist);
 ComRef<IWMPPlaylistArray> makePlaylistArray(ModelPtr model, std::vector<PlaylistPtr> playlists);
 
-// The playlist behind an object of this player; null for anybody else's object.
-PlaylistPtr playlistOf(IUnknown* object);
-
 }  // namespace orvane::standin

@@ -78,31 +78,25 @@ std::string describe(HRESULT result) {
     return text;
 }
 
-HRESULT PluginHost::add(const CLSID& clsid, ComRef<IWMPPluginUI> object) {
-    // Listed first: the plug-in may pump messages, and with them a request to close the player.
-    m_plugins.push_back({clsid, object});
-    return object->SetCore(m_core);
-}
-
-bool PluginHost::load(const CLSID& clsid) {
+void PluginHost::load(const CLSID& clsid) {
     const std::string name = textOf(clsid);
     ComRef<IUnknown> created;
     const HRESULT result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER,
                                             __uuidof(IUnknown), created.putVoid());
     if (FAILED(result)) {
         report("plug-in " + name + " could not be created: " + describe(result));
-        return false;
+        return;
     }
     auto plugin = created.query<IWMPPluginUI>();
     if (!plugin) {
         report("plug-in " + name + " is no player plug-in: it lacks IWMPPluginUI");
-        return false;
+        return;
     }
     created.reset();
     report("plug-in " + name + " created");
-    const HRESULT attached = add(clsid, std::move(plugin));
-    report("plug-in " + name + " SetCore(core): " + describe(attached));
-    return true;
+    // Listed first: the plug-in may pump messages, and with them a request to close the player.
+    m_plugins.push_back({clsid, plugin});
+    report("plug-in " + name + " SetCore(core): " + describe(plugin->SetCore(m_core)));
 }
 
 size_t PluginHost::loadRegistered() {
@@ -112,21 +106,6 @@ size_t PluginHost::loadRegistered() {
         if (!known) load(clsid);
     }
     return m_plugins.size();
-}
-
-void PluginHost::dropUnregistered() {
-    const std::vector<CLSID> registered = registeredPlugins();
-    for (size_t i = m_plugins.size(); i-- > 0;) {
-        if (std::find(registered.begin(), registered.end(), m_plugins[i].clsid) != registered.end())
-            continue;
-        Plugin gone = std::move(m_plugins[i]);
-        m_plugins.erase(m_plugins.begin() + static_cast<std::ptrdiff_t>(i));
-        letGo(gone);
-    }
-}
-
-HRESULT PluginHost::attach(IWMPPluginUI* plugin) {
-    return add(CLSID{}, ComRef<IWMPPluginUI>(plugin));
 }
 
 void PluginHost::letGo(Plugin& plugin) {
@@ -152,16 +131,6 @@ void PluginHost::freeModules() {
         const bool loaded = GetModuleHandleW(path.c_str()) != nullptr;
         report("module " + toUtf8(path) + (loaded ? " is still loaded" : " unloaded"));
     }
-}
-
-void PluginHost::giveCore() {
-    for (const Plugin& plugin : std::vector<Plugin>(m_plugins))
-        report("SetCore(core): " + describe(plugin.object->SetCore(m_core)));
-}
-
-void PluginHost::takeCore() {
-    for (const Plugin& plugin : std::vector<Plugin>(m_plugins))
-        report("SetCore(null): " + describe(plugin.object->SetCore(nullptr)));
 }
 
 HRESULT PluginHost::sendProperty(const std::wstring& name, const VARIANT& value) {

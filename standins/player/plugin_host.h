@@ -28,12 +28,6 @@ public:
     // Creates each registered background plug-in that is not there yet and gives it the core. One
     // that cannot be created is reported and left out. Returns how many are there.
     size_t loadRegistered();
-    // Lets go the plug-ins that are no longer registered.
-    void dropUnregistered();
-    bool load(const CLSID& clsid);
-    // Takes in an object that a test made; it gets the core like any other.
-    HRESULT attach(IWMPPluginUI* plugin);
-
     // SetCore(null) and release. Safe inside a message of the main window, which the plug-in may
     // have subclassed: no module goes.
     void unloadAll();
@@ -41,22 +35,15 @@ public:
     // Never from inside a plug-in's own code.
     void freeModules();
 
-    // SetCore on every plug-in: with the player's core, or with none.
-    void giveCore();
-    void takeCore();
-
     // SetProperty with the given name on every plug-in; the last result.
     HRESULT sendProperty(const std::wstring& name, const VARIANT& value);
-
-    [[nodiscard]] size_t count() const { return m_plugins.size(); }
-    [[nodiscard]] IWMPPluginUI* at(size_t index) const { return m_plugins[index].object.get(); }
 
 private:
     struct Plugin {
         CLSID clsid;
         ComRef<IWMPPluginUI> object;
     };
-    HRESULT add(const CLSID& clsid, ComRef<IWMPPluginUI> object);
+    void load(const CLSID& clsid);
     void letGo(Plugin& plugin);
 
     IWMPCore* m_core;

@@ -39,20 +39,12 @@ public:
     bool control(const wchar_t* what);
     bool setMode(const Arguments& arguments);
     bool setOption(const Arguments& arguments);
-    bool raiseError(const Arguments& arguments);
     bool wait(const Arguments& arguments);
     bool waitState(const Arguments& arguments);
-    bool freeze(const Arguments& arguments);
     bool sendMedia(const Arguments& arguments);
     bool sendPlaylists(const Arguments& arguments);
-    bool sendOdd();
-    bool giveCore(bool give);
-    bool reloadPlugins();
-    bool printLibrary();
     bool printPlaylists();
-    bool printTags(const Arguments& arguments);
     bool close();
-    bool exit(const Arguments& arguments);
 
 private:
     void next();

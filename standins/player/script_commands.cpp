@@ -137,17 +137,6 @@ bool Script::setOption(const Arguments& arguments) {
     return parsed;
 }
 
-bool Script::raiseError(const Arguments& arguments) {
-    long code = 0;
-    if (arguments.size() > 1 || (arguments.size() == 1 && !readCode(arguments[0], code)))
-        return false;
-    if (!arguments.empty())
-        m_player.change([&](PlayerOptions& options) { options.errors.push_back(code); });
-    m_player.fire([](IWMPEvents& sink) { sink.Error(); });
-    m_report("error raised");
-    return true;
-}
-
 bool Script::waitState(const Arguments& arguments) {
     long state = 0;
     unsigned limit = kStateWaitMs;
@@ -171,14 +160,6 @@ void Script::lookForState(long state, unsigned long long deadline) {
         m_report("play state " + nameOfPlayState(state) + " not reached");
     }
     m_player.model().apartment.post([this] { carryOn(); });
-}
-
-bool Script::freeze(const Arguments& arguments) {
-    unsigned milliseconds = 0;
-    if (arguments.size() != 1 || !readNumber(arguments[0], milliseconds)) return false;
-    m_report("frozen for " + std::to_string(milliseconds) + " ms");
-    Sleep(milliseconds);
-    return true;
 }
 
 bool Script::sendMedia(const Arguments& arguments) {
@@ -215,87 +196,6 @@ bool Script::sendPlaylists(const Arguments& arguments) {
     return true;
 }
 
-bool Script::sendOdd() {
-    PluginHost& plugins = m_player.plugins();
-    const auto sendBoth = [&](const char* what, const VARIANT& value) {
-        m_report(std::string("send ") + what);
-        plugins.sendProperty(PLUGIN_MISC_MEDIASENDTO, value);
-        plugins.sendProperty(PLUGIN_MISC_PLAYLISTSENDTO, value);
-    };
-    {
-        // One item among a null, a playlist and an object of neither kind.
-        auto list = std::make_shared<Playlist>();
-        list->name = L"odd";
-        std::vector<ComRef<IUnknown>> mixed(1);
-        mixed.push_back(
-            makePlaylistObject(m_player.model().shared_from_this(), list).query<IUnknown>());
-        mixed.push_back(controlsOf(m_player).query<IUnknown>());
-        mixed.push_back(m_player.item(0).query<IUnknown>());
-        Value value;
-        if (makeObjectArray(mixed, value.get())) sendBoth("elements of other kinds", value.get());
-    }
-    {
-        Value value;
-        if (makeObjectArray({}, value.get())) sendBoth("an empty array", value.get());
-    }
-    {
-        Value value;
-        value.get().vt = VT_ARRAY | VT_UNKNOWN;
-        value.get().parray = nullptr;
-        sendBoth("no array", value.get());
-    }
-    {
-        // Indexed from 3: an element 0 does not exist.
-        Value value;
-        SAFEARRAYBOUND bound{2, 3};
-        value.get().vt = VT_ARRAY | VT_UNKNOWN;
-        value.get().parray = SafeArrayCreate(VT_UNKNOWN, 1, &bound);
-        sendBoth("an array that starts at 3", value.get());
-    }
-    {
-        Value value;
-        value.get().vt = VT_BSTR;
-        value.get().bstrVal = SysAllocString(L"C:\\Music\\one.wma");
-        sendBoth("a text", value.get());
-    }
-    {
-        Value value;
-        value.get().vt = VT_ARRAY | VT_BSTR;
-        value.get().parray = SafeArrayCreateVector(VT_BSTR, 0, 2);
-        sendBoth("an array of texts", value.get());
-    }
-    {
-        Value value;
-        sendBoth("nothing", value.get());
-        m_report("send to unknown names");
-        plugins.sendProperty(L"mediasendto", value.get());
-        plugins.sendProperty(L"", value.get());
-    }
-    return true;
-}
-
-bool Script::giveCore(bool give) {
-    if (give)
-        m_player.plugins().giveCore();
-    else
-        m_player.plugins().takeCore();
-    return true;
-}
-
-bool Script::reloadPlugins() {
-    m_player.plugins().unloadAll();
-    m_player.plugins().freeModules();
-    m_player.plugins().loadRegistered();
-    return true;
-}
-
-bool Script::printLibrary() {
-    m_report("library: " + std::to_string(m_player.itemCount()) + " item(s)");
-    for (size_t i = 0; i < m_player.itemCount(); ++i)
-        m_report("item " + std::to_string(i) + ": " + toUtf8(m_player.itemPath(i)));
-    return true;
-}
-
 bool Script::printPlaylists() {
     const auto names = m_player.playlistNames();
     m_report("playlists: " + std::to_string(names.size()));
@@ -307,36 +207,9 @@ bool Script::printPlaylists() {
     return true;
 }
 
-bool Script::printTags(const Arguments& arguments) {
-    unsigned index = 0;
-    if (arguments.size() != 1 || !readNumber(arguments[0], index)) return false;
-    const auto item = m_player.item(index);
-    if (!item) return false;
-    m_report("tags of " + toUtf8(m_player.itemPath(index)));
-    for (const wchar_t* name :
-         {L"Title", L"Author", L"WM/AlbumTitle", L"WM/AlbumArtist", L"WM/TrackNumber", L"WM/Genre",
-          L"ReleaseDateYear", L"WM/OriginalReleaseYear", L"WM/PartOfSet", L"WM/Composer",
-          L"WM/UniqueFileIdentifier", L"Description", L"Bitrate"}) {
-        BSTR text = nullptr;
-        const HRESULT result = item->getItemInfo(Text(name).get(), &text);
-        m_report("  " + toUtf8(name) + ": " +
-                 (SUCCEEDED(result) ? toUtf8(textOf(text)) : "cannot be read"));
-        SysFreeString(text);
-    }
-    return true;
-}
-
 bool Script::close() {
     PostMessageW(m_player.window(), WM_CLOSE, 0, 0);
     return true;
-}
-
-bool Script::exit(const Arguments& arguments) {
-    unsigned code = 0;
-    if (arguments.size() > 1 || (arguments.size() == 1 && !readNumber(arguments[0], code)))
-        return false;
-    m_report("leaving at once");
-    ExitProcess(code);
 }
 
 }  // namespace orvane::standin

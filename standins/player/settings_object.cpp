@@ -30,20 +30,9 @@ public:
             return S_OK;
         });
     }
-    STDMETHOD(get_autoStart)(VARIANT_BOOL* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPSettings::get_autoStart", [&] {
-            *out = m_model->options.autoStart ? VARIANT_TRUE : VARIANT_FALSE;
-            return S_OK;
-        });
-    }
-    STDMETHOD(put_autoStart)(VARIANT_BOOL value) override {
-        return m_model->serve("IWMPSettings::put_autoStart", [&] {
-            m_model->options.autoStart = value != VARIANT_FALSE;
-            return S_OK;
-        });
-    }
 
+    STDMETHOD(get_autoStart)(VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHOD(put_autoStart)(VARIANT_BOOL) override { return E_NOTIMPL; }
     STDMETHOD(get_isAvailable)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(get_baseURL)(BSTR*) override { return E_NOTIMPL; }
     STDMETHOD(put_baseURL)(BSTR) override { return E_NOTIMPL; }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "standins/asf/asf_file.h"
+#include "standins/asf/file_io.h"
 
 namespace orvane::standin {
 
@@ -52,7 +53,7 @@ std::optional<std::wstring> yearOfDate(const std::wstring& date) {
 
 bool fileFacts(const std::wstring& path, std::uint64_t& size, std::uint64_t& modified) {
     WIN32_FILE_ATTRIBUTE_DATA data{};
-    if (!GetFileAttributesExW(extendedPath(path).c_str(), GetFileExInfoStandard, &data))
+    if (!GetFileAttributesExW(asf::extendedLength(path).c_str(), GetFileExInfoStandard, &data))
         return false;
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
     size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow;
@@ -73,12 +74,6 @@ std::wstring foldCase(std::wstring text) {
     return text;
 }
 
-std::wstring extendedPath(const std::wstring& path) {
-    if (path.size() < MAX_PATH - 12 || path.starts_with(L"\\\\?\\")) return path;
-    if (path.starts_with(L"\\\\")) return L"\\\\?\\UNC\\" + path.substr(2);
-    return L"\\\\?\\" + path;
-}
-
 const TagStore::Snapshot* TagStore::snapshot(const Track& track) {
     Snapshot fresh;
     fresh.path = track.path;
@@ -89,7 +84,8 @@ const TagStore::Snapshot* TagStore::snapshot(const Track& track) {
             return &known;
     }
     std::string error;
-    const auto header = asf::readHeader(std::filesystem::path(extendedPath(track.path)), error);
+    const auto header =
+        asf::readHeader(std::filesystem::path(asf::extendedLength(track.path)), error);
     if (!header) return nullptr;
     for (const asf::Attribute& attribute : header->attributes()) {
         if (attribute.value.size() <= kLargestShown)
@@ -154,7 +150,7 @@ HRESULT TagStore::write(Track& track, const std::wstring& attribute, const std::
         return S_OK;
     }
 
-    const std::wstring path = extendedPath(track.path);
+    const std::wstring path = asf::extendedLength(track.path);
     const DWORD flags = GetFileAttributesW(path.c_str());
     if (flags == INVALID_FILE_ATTRIBUTES) return HRESULT_FROM_WIN32(GetLastError());
     // A new file in its place would not be read-only any more.

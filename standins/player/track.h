@@ -23,9 +23,6 @@ using TrackPtr = std::shared_ptr<Track>;
 // Case-folded text for comparing paths and names the way the file system does.
 std::wstring foldCase(std::wstring text);
 
-// The form of a path that file calls take at any length.
-std::wstring extendedPath(const std::wstring& path);
-
 // Reads and writes attributes under the player's names for them. Not thread-safe: the model's lock
 // guards it. Files may change behind its back; what it remembers of one is dropped when they do.
 class TagStore {

@@ -3,7 +3,7 @@
 #include "standins/app/clean_library.h"
 #include "standins/app/frame_scanner.h"
 #include "standins/app/pipe_server.h"
-#include "standins/app/wide_text.h"
+#include "standins/wide_text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ constexpr DWORD limitMs = 15'000;
 class Client {
 public:
     explicit Client(const std::string& name) {
-        const std::wstring path = L"\\\\.\\pipe\\" + wideFrom(name);
+        const std::wstring path = L"\\\\.\\pipe\\" + toWide(name);
         const ULONGLONG deadline = GetTickCount64() + limitMs;
         while (GetTickCount64() < deadline) {
             m_pipe.reset(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,

@@ -158,8 +158,8 @@ TEST(PlayerOptionsTest, ArgumentsAreReadOrRefusedWithAReason) {
     EXPECT_TRUE(options.modes[L"loop"]);
     EXPECT_EQ(static_cast<unsigned long>(options.errors.at(0)), 0xC00D1197U);
     for (const wchar_t* wrong :
-         {L"--dance", L"library", L"--library", L"--library=", L"--hidden=1", L"--start-delay=2s",
-          L"--start-delay=99999999999", L"--mode=loop", L"--never=soon"}) {
+         {L"--dance", L"library", L"--library", L"--library=", L"--serve-on-own-thread=1",
+          L"--start-delay=2s", L"--start-delay=99999999999", L"--mode=loop", L"--never=soon"}) {
         error.clear();
         EXPECT_FALSE(parseOptions({wrong}, options, error)) << toUtf8(wrong);
         EXPECT_FALSE(error.empty());

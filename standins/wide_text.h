@@ -1,10 +1,15 @@
-#include "standins/app/wide_text.h"
+#pragma once
+
+// UTF-8 to Windows' 16-bit text and back (MultiByteToWideChar); what is malformed becomes U+FFFD.
 
 #include <windows.h>
 
-namespace orvane::standin::app {
+#include <string>
+#include <string_view>
 
-std::wstring wideFrom(std::string_view utf8) {
+namespace orvane::standin {
+
+inline std::wstring toWide(std::string_view utf8) {
     if (utf8.empty()) return {};
     const int size = static_cast<int>(utf8.size());
     std::wstring wide(utf8.size(), L'\0');
@@ -13,7 +18,7 @@ std::wstring wideFrom(std::string_view utf8) {
     return wide;
 }
 
-std::string utf8From(std::wstring_view wide) {
+inline std::string toUtf8(std::wstring_view wide) {
     if (wide.empty()) return {};
     const int size = static_cast<int>(wide.size());
     std::string utf8(wide.size() * 3, '\0');
@@ -23,4 +28,4 @@ std::string utf8From(std::wstring_view wide) {
     return utf8;
 }
 
-}  // namespace orvane::standin::app
+}  // namespace orvane::standin
