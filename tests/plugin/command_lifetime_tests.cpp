@@ -45,32 +45,35 @@ private:
 
 class CommandLifetimeTest : public PluginTest {
 protected:
-    // An attached plug-in that is carrying out isPlaying, in the middle of its call to the player;
-    // `then` runs at that moment on the player's thread, inside the served call.
-    void runDuringCommand(const std::function<void()>& then) {
+    // An attached plug-in whose isPlaying is about to call the player. That call is served when
+    // this thread next waits or pumps.
+    void beginCommand() {
         m_plugin = createPlugin();
         ASSERT_NE(m_plugin, nullptr);
         ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
-        bool done = false;
-        m_core.whileServing = [&] {
-            then();
-            done = true;
+        m_core.playState = [this, serve = m_core.playState](WMPPlayState* state) {
+            m_arrived = true;
+            Sleep(100);
+            return serve(state);
         };
         ASSERT_TRUE(m_app->sendCommand("isPlaying"));
-        ASSERT_TRUE(pumpUntil([&] { return done; }));
+        while (!m_arrived) Sleep(1);  // without serving anything
     }
 
     ServingCore m_core;
+    std::atomic<bool> m_arrived{false};
     CComPtr<IWMPPluginUI> m_plugin;
 };
 
 TEST_F(CommandLifetimeTest, TheCoreMayBeTakenBackInTheMiddle) {
     m_core.state = wmppsPlaying;
     LONG whileRunning = 0;
-    runDuringCommand([&] {
+    m_core.whileServing = [&] {
         EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
         whileRunning = m_core.references;
-    });
+    };
+    beginCommand();
+    ASSERT_TRUE(pumpUntil([&] { return whileRunning != 0; }));
     EXPECT_EQ(whileRunning, 2) << "the command has a reference of its own";
     EXPECT_EQ(m_app->waitForResponses(1), Names{"isPlaying=true"});
     EXPECT_TRUE(pumpUntil([&] { return m_core.references == 1; }));
@@ -82,41 +85,8 @@ TEST_F(CommandLifetimeTest, TheCoreMayBeTakenBackInTheMiddle) {
     m_plugin.Release();
 }
 
-TEST_F(CommandLifetimeTest, ReleaseWaitsForTheCommandAndServesItsCalls) {
-    m_plugin = createPlugin();
-    ASSERT_NE(m_plugin, nullptr);
-    ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
-    // On the command's thread: its call to the player reaches this one only when Release waits.
-    std::atomic<bool> arrived{false};
-    const auto serve = m_core.playState;
-    m_core.playState = [&](WMPPlayState* state) {
-        arrived = true;
-        Sleep(200);
-        return serve(state);
-    };
-    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
-    while (!arrived) Sleep(1);  // without serving anything
-
-    const ULONGLONG start = GetTickCount64();
-    m_plugin.Release();
-    EXPECT_LT(GetTickCount64() - start, 3000U);
-    EXPECT_EQ(m_core.served, 1);
-    EXPECT_EQ(m_core.references, 1) << "the command was over when Release returned";
-    EXPECT_EQ(canUnloadNow(), S_OK);
-    EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
-}
-
-TEST_F(CommandLifetimeTest, ThePlayerMayCallTheObjectThatIsGoing) {
-    m_plugin = createPlugin();
-    ASSERT_NE(m_plugin, nullptr);
-    ASSERT_EQ(m_plugin->SetCore(&m_core), S_OK);
-    std::atomic<bool> arrived{false};
-    const auto serve = m_core.playState;
-    m_core.playState = [&](WMPPlayState* state) {
-        arrived = true;
-        Sleep(200);
-        return serve(state);
-    };
+TEST_F(CommandLifetimeTest, ReleaseWaitsForTheCommandAndServesItsCallsAndThePlayers) {
+    beginCommand();
     CComPtr<IWMPEvents> events;
     ASSERT_EQ(m_plugin.QueryInterface(&events), S_OK);
     IWMPEvents* const goingEvents = events.p;
@@ -133,15 +103,17 @@ TEST_F(CommandLifetimeTest, ThePlayerMayCallTheObjectThatIsGoing) {
         goingEvents->PlayStateChange(wmppsStopped);
         going->Release();
     };
-    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
-    while (!arrived) Sleep(1);
+    const ULONGLONG start = GetTickCount64();
     m_plugin.Release();
+    EXPECT_LT(GetTickCount64() - start, 3000U);
     EXPECT_TRUE(called);
+    EXPECT_EQ(m_core.served, 1);
+    EXPECT_EQ(m_core.references, 1) << "the command was over when Release returned";
     EXPECT_EQ(other.references, 1);
     EXPECT_EQ(canUnloadNow(), S_OK);
     EXPECT_EQ(m_app->waitForEvents(2), (Names{"PlayerHello", "PlayerGoodbye"}));
-    pumpFor(100);
-    EXPECT_EQ(m_app->events().size(), 2U);
+    pumpFor(50);
+    EXPECT_EQ(m_app->waitForEvents(0).size(), 2U);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/orvane_message.h"
 #include "common/text_coding.h"
 
 namespace orvane::test {
@@ -29,80 +28,82 @@ void pumpFor(DWORD milliseconds) {
     pumpUntil([] { return false; }, milliseconds);
 }
 
-class FakeApp::RecordingPipe : public PipeBroadcaster {
-public:
-    RecordingPipe(const char* name, Record& record) : PipeBroadcaster(name), m_record(record) {}
-    ~RecordingPipe() override { close(); }
-
-    void messageReceived(std::span<const std::uint8_t> payload) override {
-        const auto message = OrvaneMessage::parse(decodePayload(payload));
-        const std::scoped_lock lock(m_record.mutex);
-        const auto* response = dynamic_cast<OrvaneResponse*>(message.get());
-        if (response != nullptr)
-            m_record.responses.push_back(response->getName().toStdString() + "=" +
-                                         response->getValue("return_value").toStdString());
-        else
-            m_record.events.push_back(message == nullptr ? "?" : message->getName().toStdString());
-    }
-
-private:
-    Record& m_record;
-};
-
-FakeApp::FakeApp()
-    : m_running(CreateMutexW(nullptr, FALSE, L"OrVaneApp_Process")),
-      m_events(std::make_unique<RecordingPipe>("IpcOrvaneEventPipe", m_record)),
-      m_commands(std::make_unique<RecordingPipe>("IpcOrvaneCommandPipe", m_record)) {
-    openPipes();
+bool AppPipe::deliver(const OrvaneMessage& message) {
+    // The plug-in knows of the connection before this side's own thread has woken up to it.
+    return pumpUntil([&] { return send(message); });
 }
 
-FakeApp::~FakeApp() = default;
+std::vector<OrvaneMessage> AppPipe::messages(std::size_t atLeast, DWORD timeoutMs) const {
+    std::vector<OrvaneMessage> found;
+    pumpUntil(
+        [&] {
+            const std::scoped_lock lock(m_mutex);
+            if (m_messages.size() < atLeast) return false;
+            found = m_messages;
+            return true;
+        },
+        timeoutMs);
+    if (!found.empty()) return found;
+    const std::scoped_lock lock(m_mutex);
+    return m_messages;
+}
+
+Names AppPipe::lines(std::size_t atLeast) const {
+    Names lines;
+    for (const OrvaneMessage& message : messages(atLeast)) {
+        juce::String line = message.getName();
+        for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
+        lines.push_back(line.toStdString());
+    }
+    return lines;
+}
+
+void AppPipe::forget() {
+    const std::scoped_lock lock(m_mutex);
+    m_messages.clear();
+}
+
+void AppPipe::messageReceived(std::span<const std::uint8_t> payload) {
+    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const std::scoped_lock lock(m_mutex);
+    m_messages.push_back(message != nullptr ? *message : OrvaneMessage("none", "unreadable"));
+}
 
 void FakeApp::openPipes() {
-    for (auto* pipe : {m_events.get(), m_commands.get()})
+    for (AppPipe* pipe : {&events, &commands})
         if (!pipe->isConnected()) pipe->initConnection();
 }
 
 void FakeApp::closePipes() {
-    m_events->terminate();
-    m_commands->terminate();
+    events.terminate();
+    commands.terminate();
 }
 
 bool FakeApp::waitForDisconnectAndReopen() {
     const bool left =
-        pumpUntil([this] { return !m_events->isConnected() && !m_commands->isConnected(); });
+        pumpUntil([this] { return !events.isConnected() && !commands.isConnected(); });
     openPipes();
     return left;
 }
 
-bool FakeApp::sendCommand(const char* name) {
-    // The plug-in knows of the connection before this side's own thread has woken up to it.
-    return pumpUntil([&] { return m_commands->send(OrvaneCommand(name)); });
+Names FakeApp::waitForEvents(std::size_t count, DWORD timeoutMs) const {
+    Names names;
+    for (const OrvaneMessage& event : events.messages(count, timeoutMs))
+        names.push_back(event.getName().toStdString());
+    return names;
 }
 
-std::vector<std::string> FakeApp::events() const {
-    const std::scoped_lock lock(m_record.mutex);
-    return m_record.events;
-}
-
-std::vector<std::string> FakeApp::waitForEvents(std::size_t count, DWORD timeoutMs) {
-    pumpUntil([&] { return events().size() >= count; }, timeoutMs);
-    return events();
-}
-
-std::vector<std::string> FakeApp::waitForResponses(std::size_t count, DWORD timeoutMs) {
-    const auto responses = [this] {
-        const std::scoped_lock lock(m_record.mutex);
-        return m_record.responses;
-    };
-    pumpUntil([&] { return responses().size() >= count; }, timeoutMs);
-    return responses();
+Names FakeApp::waitForResponses(std::size_t count) const {
+    Names names;
+    for (const OrvaneMessage& response : commands.messages(count))
+        names.push_back(
+            (response.getName() + "=" + response.getValue("return_value")).toStdString());
+    return names;
 }
 
 void FakeApp::forget() {
-    const std::scoped_lock lock(m_record.mutex);
-    m_record.events.clear();
-    m_record.responses.clear();
+    events.forget();
+    commands.forget();
 }
 
 PlayerWindow::PlayerWindow() {

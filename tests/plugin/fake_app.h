@@ -6,11 +6,11 @@
 #include <windows.h>
 
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "common/orvane_message.h"
 #include "common/pipe_broadcaster.h"
 #include "platform/handles.h"
 
@@ -21,10 +21,30 @@ bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs = 5000);
 // Dispatches this thread's messages for so long.
 void pumpFor(DWORD milliseconds);
 
-class FakeApp {
+using Names = std::vector<std::string>;
+
+// The application's end of one pipe: keeps every message.
+class AppPipe final : public PipeBroadcaster {
 public:
-    FakeApp();  // running, both pipes open
-    ~FakeApp();
+    using PipeBroadcaster::PipeBroadcaster;
+    ~AppPipe() override { close(); }
+
+    // Waits until the plug-in has opened the pipe, and pumps meanwhile.
+    bool deliver(const OrvaneMessage& message);
+    // What arrived; pumps until there is so much.
+    std::vector<OrvaneMessage> messages(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
+    // The same, each as "Name key=value key=value".
+    Names lines(std::size_t atLeast = 0) const;
+    void forget();
+    void messageReceived(std::span<const std::uint8_t> payload) override;
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<OrvaneMessage> m_messages;
+};
+
+struct FakeApp {
+    FakeApp() { openPipes(); }
 
     // (Re)makes each pipe that has no client yet or whose client is gone.
     void openPipes();
@@ -32,27 +52,15 @@ public:
     // Waits until the plug-in has left both pipes, then makes them anew.
     bool waitForDisconnectAndReopen();
 
-    bool sendCommand(const char* name);
-
-    // Names of the events in the order of arrival.
-    [[nodiscard]] std::vector<std::string> events() const;
-    // As "name=return value"; pumps until there are so many.
-    std::vector<std::string> waitForEvents(std::size_t count, DWORD timeoutMs = 5000);
-    std::vector<std::string> waitForResponses(std::size_t count, DWORD timeoutMs = 5000);
+    bool sendCommand(const char* name) { return commands.deliver(OrvaneCommand(name)); }
+    // Names of the events in the order of arrival, and responses as "name=return value".
+    Names waitForEvents(std::size_t count, DWORD timeoutMs = 5000) const;
+    Names waitForResponses(std::size_t count) const;
     void forget();
 
-private:
-    class RecordingPipe;
-    struct Record {
-        mutable std::mutex mutex;
-        std::vector<std::string> events;
-        std::vector<std::string> responses;
-    };
-
-    UniqueHandle m_running;
-    Record m_record;
-    std::unique_ptr<RecordingPipe> m_events;
-    std::unique_ptr<RecordingPipe> m_commands;
+    UniqueHandle running{CreateMutexW(nullptr, FALSE, L"OrVaneApp_Process")};
+    AppPipe events{"IpcOrvaneEventPipe"};
+    AppPipe commands{"IpcOrvaneCommandPipe"};
 };
 
 // The player's main window, owned by the calling thread and not shown.

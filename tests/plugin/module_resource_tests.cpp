@@ -2,13 +2,10 @@
 
 #include <windows.h>
 
-#include <winver.h>
-
 #include <array>
 #include <cwctype>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "tests/plugin/module_fixture.h"
 
@@ -80,24 +77,6 @@ TEST(ModuleFile, NamesItselfInThreeLanguages) {
         EXPECT_EQ(textIn(module.get(), language, 102), L"OrVane") << language;
         EXPECT_EQ(textIn(module.get(), language, 103), description) << language;
     }
-}
-
-TEST(ModuleFile, TellsItsVersion) {
-    const DWORD size = GetFileVersionInfoSizeW(moduleName, nullptr);
-    ASSERT_GT(size, 0U);
-    std::vector<BYTE> block(size);
-    ASSERT_TRUE(GetFileVersionInfoW(moduleName, 0, size, block.data()));
-    VS_FIXEDFILEINFO* info = nullptr;
-    UINT length = 0;
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&info), &length));
-    EXPECT_EQ(info->dwFileVersionMS, MAKELONG(1, 0));
-    EXPECT_EQ(info->dwFileVersionLS, MAKELONG(0, 6));
-    EXPECT_EQ(info->dwProductVersionMS, MAKELONG(1, 0));
-    EXPECT_EQ(info->dwProductVersionLS, MAKELONG(0, 6));
-    void* text = nullptr;
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\FileDescription", &text,
-                               &length));
-    EXPECT_STREQ(static_cast<const wchar_t*>(text), L"OrVane Windows Media Player Plugin");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "platform/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
+#include "standins/player/player.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/plugin/fake_core.h"
 
@@ -44,6 +45,65 @@ protected:
     std::unique_ptr<FakeApp> m_app;
 };
 
-using Names = std::vector<std::string>;
+// The whole road: a real player's objects over the sample tracks, and the plug-in attached.
+class LinkedPluginTest : public PluginTest {
+protected:
+    void SetUp() override {
+        PluginTest::SetUp();
+        standin::PlayerOptions options;
+        options.library = ORVANE_TEST_DATA;
+        options.startDelayMs = options.stopDelayMs = options.pauseDelayMs = 10;
+        m_player = std::make_unique<standin::Player>(options);
+        std::string error;
+        ASSERT_TRUE(m_player->openLibrary(error)) << error;
+        m_plugin = createPlugin();
+        ASSERT_EQ(m_plugin.QueryInterface(&m_sink), S_OK);
+        ASSERT_EQ(m_plugin->SetCore(m_player->core()), S_OK);
+        ASSERT_EQ(eventNames(1), Names{"PlayerHello"});
+    }
+    void TearDown() override {
+        if (m_plugin) m_plugin->SetCore(nullptr);
+        m_sink.Release();
+        m_plugin.Release();
+        m_player.reset();
+        PluginTest::TearDown();
+    }
+
+    // The player's sample track with that file name.
+    [[nodiscard]] CComPtr<IWMPMedia> mediaOf(const std::wstring& fileName) const {
+        for (std::size_t i = 0; i < m_player->itemCount(); ++i)
+            if (m_player->itemPath(i).ends_with(L"\\" + fileName))
+                return CComPtr<IWMPMedia>(m_player->item(i).get());
+        ADD_FAILURE() << "no such sample";
+        return {};
+    }
+    [[nodiscard]] std::wstring pathOf(const std::wstring& fileName) const {
+        CComBSTR path;
+        if (const auto media = mediaOf(fileName)) media->get_sourceURL(&path);
+        return path.Length() > 0 ? std::wstring(path) : std::wstring();
+    }
+
+    // What arrived since the last call, once there are so many; a moment longer shows whether
+    // there are more.
+    std::vector<OrvaneMessage> events(std::size_t expected) {
+        m_app->events.messages(expected);
+        pumpFor(60);
+        const auto found = m_app->events.messages();
+        m_app->forget();
+        return found;
+    }
+    Names eventNames(std::size_t expected) {
+        Names names;
+        for (const OrvaneMessage& event : events(expected)) {
+            EXPECT_EQ(event.getValue("Player"), "wmp");
+            names.push_back(event.getName().toStdString());
+        }
+        return names;
+    }
+
+    std::unique_ptr<standin::Player> m_player;
+    CComPtr<IWMPPluginUI> m_plugin;
+    CComPtr<IWMPEvents> m_sink;
+};
 
 }  // namespace orvane::test

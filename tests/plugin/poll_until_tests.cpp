@@ -49,12 +49,5 @@ TEST(PollUntil, LastsItsWholeTimeOutAlsoAcrossTheClocksWrap) {
     }
 }
 
-TEST(PollUntil, WorkBetweenPollsRunsAlsoAfterTheLastOne) {
-    Polling third{.now = 0, .step = 1, .reachedAt = 3};
-    EXPECT_TRUE(third.run(1000));
-    EXPECT_EQ(third.polls, 3);
-    EXPECT_EQ(third.works, 3);
-}
-
 }  // namespace
 }  // namespace orvane

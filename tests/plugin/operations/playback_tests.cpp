@@ -9,11 +9,6 @@ constexpr long kStopped = wmppsStopped;
 constexpr long kPaused = wmppsPaused;
 constexpr long kPlaying = wmppsPlaying;
 
-constexpr char kStopTimeout[] =
-    "COrVaneWmpPlugin: timeout occured while waiting for the player to stop";
-constexpr char kPlayTimeout[] =
-    "COrVaneWmpPlugin: timeout occured while waiting for the playback to begin";
-
 class Playback : public test::OperationsTest {
 protected:
     void SetUp() override {
@@ -37,6 +32,8 @@ protected:
 
 TEST_F(Playback, StartsPausesAndStops) {
     startPlayer();
+    EXPECT_FALSE(command(&COrVaneWmpPlugin::startCurrent)) << "no current track";
+    EXPECT_EQ(m_player->callCount("IWMPCore::get_controls"), 0u);
     test::CapturedLog log;
     ASSERT_TRUE(start(pathOf(1)));
     EXPECT_EQ(m_player->playState(), kPlaying);
@@ -73,40 +70,29 @@ TEST_F(Playback, WorksOnAPlayerThatServesCallsOnItsOwnThread) {
     EXPECT_TRUE(command(&COrVaneWmpPlugin::stop));
 }
 
-TEST_F(Playback, WaitsASecondForASlowStart) {
-    m_options.startDelayMs = 1600;
-    startPlayer();
-    test::CapturedLog log;
-    const DWORD time = timeOf([&] { EXPECT_FALSE(start(pathOf(0))); });
-    EXPECT_GE(time, 990u);
-    EXPECT_LT(time, 1500u);
-    const std::string lines = log.take();
-    EXPECT_TRUE(contains(lines, kPlayTimeout));
-    EXPECT_TRUE(contains(lines, "COrVaneWmpPlugin: StartTrack called (failed)"));
-    EXPECT_TRUE(m_player->pumpUntil([&] { return m_player->playState() == kPlaying; }, 3000));
-}
-
-TEST_F(Playback, GivesUpOnAPlayerThatNeverStops) {
+TEST_F(Playback, WaitsASecondAndNoLonger) {
     startPlayer();
     ASSERT_TRUE(start(pathOf(0)));
-    m_player->change([](auto& options) { options.neverReached = {kStopped}; });
-    test::CapturedLog log;
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::stop));
-    const std::string lines = log.take();
-    EXPECT_TRUE(contains(lines, kStopTimeout));
-    EXPECT_TRUE(contains(lines, "COrVaneWmpPlugin: Stop called (failed)"));
-}
-
-TEST_F(Playback, GivesUpOnAPlayerThatNeverPlays) {
-    startPlayer();
-    ASSERT_TRUE(start(pathOf(0)));
-    ASSERT_TRUE(command(&COrVaneWmpPlugin::stop));
-    m_player->change([](auto& options) { options.neverReached = {kPlaying}; });
-    test::CapturedLog log;
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::startCurrent));
-    const std::string lines = log.take();
-    EXPECT_TRUE(contains(lines, kPlayTimeout));
-    EXPECT_TRUE(contains(lines, "COrVaneWmpPlugin: StartCurrent called (failed)"));
+    const struct {
+        bool (COrVaneWmpPlugin::*operation)();
+        long neverReached;
+        const char* timeout;
+        const char* outcome;
+    } cases[] = {{&COrVaneWmpPlugin::stop, kStopped,
+                  "timeout occured while waiting for the player to stop", "Stop called (failed)"},
+                 {&COrVaneWmpPlugin::startCurrent, kPlaying,
+                  "timeout occured while waiting for the playback to begin",
+                  "StartCurrent called (failed)"}};
+    for (const auto& one : cases) {
+        m_player->change([&](auto& options) { options.neverReached = {one.neverReached}; });
+        test::CapturedLog log;
+        const DWORD time = timeOf([&] { EXPECT_FALSE(command(one.operation)); });
+        EXPECT_GE(time, 990u);
+        EXPECT_LT(time, 1500u);
+        const std::string lines = log.take();
+        EXPECT_TRUE(contains(lines, "<3> test : COrVaneWmpPlugin: " + std::string(one.timeout)));
+        EXPECT_TRUE(contains(lines, "<7> test : COrVaneWmpPlugin: " + std::string(one.outcome)));
+    }
 }
 
 TEST_F(Playback, StopsEvenForAPathThatThePlayerRefuses) {
@@ -117,12 +103,6 @@ TEST_F(Playback, StopsEvenForAPathThatThePlayerRefuses) {
     EXPECT_LT(timeOf([&] { EXPECT_FALSE(start("C:\\refused.wma")); }), 500u);
     EXPECT_FALSE(contains(log.take(), "timeout"));
     EXPECT_TRUE(m_player->pumpUntil([&] { return m_player->playState() == kStopped; }, 3000));
-}
-
-TEST_F(Playback, NeedsACurrentTrackToStartIt) {
-    startPlayer();
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::startCurrent));
-    EXPECT_EQ(m_player->callCount("IWMPCore::get_controls"), 0u);
 }
 
 TEST_F(Playback, AsksForTheRightModes) {
