@@ -1,7 +1,6 @@
 #include "hooks/wmp_window_hook.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "tests/hooks/recording_events.h"
 #include "tests/hooks/test_window.h"
@@ -76,15 +75,11 @@ TEST_F(WmpWindowHookTest, ReportsSpecialModeWhenItChanges) {
     EXPECT_FALSE(m_hook.isInSpecialMode());
 }
 
-TEST(WmpWindowHook, StartsFromTheModeItFinds) {
-    TestWindow window{L"WMPlayerApp", L"Windows Media Player"};
-    ShowWindow(window.hwnd(), SW_SHOWNORMAL);
-    SetWindowPos(window.hwnd(), nullptr, 0, 0, 300, 80, SWP_NOMOVE | SWP_NOZORDER);
-    RecordingEvents events;
-    WmpWindowHook hook(&events);
-    ASSERT_TRUE(hook.InstallHook());
-    SetWindowPos(window.hwnd(), nullptr, 0, 0, 310, 80, SWP_NOMOVE | SWP_NOZORDER);
-    EXPECT_THAT(events.take(), ElementsAre("playerMoved 100,100,310,80"));
+TEST_F(WmpWindowHookTest, StartsFromTheModeItFinds) {
+    m_hook.RemoveHook();
+    after(300, 80);
+    ASSERT_TRUE(m_hook.InstallHook());
+    EXPECT_THAT(after(310, 80), ElementsAre("playerMoved 100,100,310,80"));
 }
 
 TEST_F(WmpWindowHookTest, ReportsMovesOfARestoredWindowOnly) {

@@ -203,19 +203,6 @@ TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
     EXPECT_GT(metadata.size(), 0);
 }
 
-TEST_F(MediaInfo, ReachesBeyond260Characters) {
-    const fs::path deep = m_folder.deep(270);
-    startPlayer();
-    test::TrackFolder::copySample(deep / L"tr\u00e4ck.wma");
-    m_player->addToLibrary((deep / L"tr\u00e4ck.wma").wstring());
-    const String path = textOf(deep / L"tr\u00e4ck.wma");
-    test::writeFile(deep / L"in.jpg", someImage(100));
-    ASSERT_TRUE(setByPath(path, record({{"Genre", "G"}}), textOf(deep / L"in.jpg")));
-    ASSERT_TRUE(getByPath(path, textOf(deep / L"out.jpg")));
-    EXPECT_EQ(metadata["AlbumArt"], String("1"));
-    EXPECT_EQ(contentOf(deep / L"out.jpg"), someImage(100));
-}
-
 TEST_F(MediaInfo, ByIndexCostsThePlayerTheSameInAnyLibrary) {
     m_options.synthetic = 50'000;
     startPlayer();
