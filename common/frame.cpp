@@ -43,7 +43,8 @@ std::vector<std::uint8_t> encode(std::span<const std::uint8_t> payload) {
 std::span<std::uint8_t> Reader::room() {
     if (m_expected == 0) return std::span(m_header).subspan(m_headerFilled);
     const std::size_t step = std::min(maxStep, m_expected - m_filled);
-    m_payload.resize(m_filled + step);
+    // Only ever longer while a frame comes in: shrinking it would clear it anew for each byte.
+    if (m_payload.size() < m_filled + step) m_payload.resize(m_filled + step);
     return std::span(m_payload).subspan(m_filled, step);
 }
 
@@ -59,8 +60,8 @@ bool Reader::advance(std::size_t count) {
         return false;
     }
     m_filled += count;
-    m_payload.resize(m_filled);
     if (m_filled < m_expected) return false;
+    m_payload.resize(m_filled);
     m_expected = 0;
     return true;
 }

@@ -49,6 +49,10 @@ bool OrvaneMessage::getMap(const juce::String& prefix, juce::StringPairArray& ma
     auto& values = const_cast<juce::StringArray&>(map.getAllValues());
     KeyIndex index;
     for (int i = 0; i < keys.size(); ++i) index.insert(keys[i], static_cast<std::size_t>(i));
+    // The two lists stay of one length also when memory ends: nothing below makes them grow.
+    const int most = map.size() + static_cast<int>(parameters.size());
+    keys.ensureStorageAllocated(most);
+    values.ensureStorageAllocated(most);
 
     const juce::String marker = prefix + ".";
     for (const auto& [key, value] : parameters) {

@@ -67,7 +67,8 @@ bool Pipe::send(const OrvaneMessage& message) {
 
 bool Pipe::isConnected() const {
     const auto stream = currentStream();
-    return stream != nullptr && stream->isUsable();
+    // While a message is handled nobody reads, and the other end may have gone.
+    return stream != nullptr && stream->isUsable() && stream->hasOtherEnd();
 }
 
 bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
@@ -105,13 +106,15 @@ void Pipe::close() {
 void Pipe::waitForReader() {
     // The thread uses what the closing thread is about to free, so there is no giving up here; how
     // long it can take is bounded by the command that runs.
-    bool told = false;
-    for (;;) {
-        const WaitOutcome outcome = waitServingCalls(m_readerDone.get(), closePatienceMs);
-        if (outcome != WaitOutcome::timedOut) break;
-        if (!std::exchange(told, true))
-            syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
-                   pipeName.toRawUTF8());
+    if (waitServingCalls(m_readerDone.get(), closePatienceMs) == WaitOutcome::timedOut) {
+        syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
+               pipeName.toRawUTF8());
+        // It may need what only this thread's own message loop does. Better a loop within a call
+        // than a window that never answers again.
+        const HANDLE done = m_readerDone.get();
+        while (isThreadRunning() &&
+               waitDispatchingMessages({&done, 1}, closePatienceMs) == WAIT_TIMEOUT) {
+        }
     }
     // From here it is a few instructions until the thread has left this object.
     waitForThreadToExit(-1);
@@ -137,8 +140,16 @@ void Pipe::run() {
         } catch (...) {
             // Out of memory for the next payload: this connection ends, as after a failed read.
         }
-        if (const auto stream = currentStream()) {
+        std::shared_ptr<PipeStream> stream;
+        {
+            const juce::ScopedLock lock(m_streamLock);
+            stream.swap(m_stream);
+        }
+        if (stream != nullptr) {
             stream->shutDown();
+            // The pipe lives as long as either end is open, and there is one of its name: until
+            // this one is closed an application that starts anew cannot make it.
+            stream.reset();
             try {
                 lost();
             } catch (...) {

@@ -18,8 +18,9 @@ class OrvaneMessage;
 // one call at a time; send() and isConnected() may come from any thread while the object lives.
 //
 // Closing waits for the reader thread, and with it for a message being handled, while serving calls
-// into the waiting thread. On the reader thread itself (from messageReceived) terminate() does not
-// wait; opening and destroying are not possible there.
+// into the waiting thread; after closePatienceMs it dispatches that thread's posted messages too.
+// On the reader thread itself (from messageReceived) terminate() does not wait; opening and
+// destroying are not possible there.
 class Pipe : private juce::Thread {
 public:
     explicit Pipe(const juce::String& pipeName);

@@ -151,6 +151,10 @@ bool PipeStream::write(std::span<const std::uint8_t> bytes, DWORD timeoutMs) {
     return false;
 }
 
+bool PipeStream::hasOtherEnd() const {
+    return !m_connected || PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, nullptr, nullptr);
+}
+
 void PipeStream::shutDown() {
     m_usable = false;
     SetEvent(m_stop.get());

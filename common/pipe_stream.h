@@ -49,6 +49,10 @@ public:
 
     [[nodiscard]] bool isUsable() const { return m_usable; }
 
+    // Asks the system whether the other end is still open (PeekNamedPipe); for the time when no
+    // read is there to notice. What has come before its end counts as a sign of life.
+    [[nodiscard]] bool hasOtherEnd() const;
+
     PipeStream(Key, UniqueFile pipe, bool connected);
 
 private:

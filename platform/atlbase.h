@@ -135,11 +135,6 @@ private:
 template <class T>
 class CAtlDllModuleT : public CAtlModule {
 public:
-    BOOL WINAPI DllMain(DWORD reason, void* /*reserved*/) noexcept {
-        if (reason == DLL_PROCESS_DETACH) Term();
-        return TRUE;
-    }
-
     HRESULT DllCanUnloadNow() noexcept { return GetLockCount() == 0 ? S_OK : S_FALSE; }
 
     HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) noexcept {

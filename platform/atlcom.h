@@ -10,7 +10,6 @@
 #else
 
 #include <climits>
-#include <new>
 
 // COM objects end in Release; their interfaces have no virtual destructor by design.
 #pragma GCC diagnostic push
@@ -24,22 +23,6 @@ struct _ATL_INTMAP_ENTRY {
     IUnknown* (*cast)(void* object);
 };
 
-// IUnknown is the first row, whatever its interface.
-inline HRESULT AtlInternalQueryInterface(void* self, const _ATL_INTMAP_ENTRY* entries, REFIID iid,
-                                         void** object) noexcept {
-    if (object == nullptr) return E_POINTER;
-    *object = nullptr;
-    for (const _ATL_INTMAP_ENTRY* entry = entries; entry->piid != nullptr; ++entry) {
-        if (!InlineIsEqualGUID(iid, IID_IUnknown) && !InlineIsEqualGUID(iid, *entry->piid))
-            continue;
-        IUnknown* const found = entry->cast(self);
-        found->AddRef();
-        *object = found;
-        return S_OK;
-    }
-    return E_NOINTERFACE;
-}
-
 class CComObjectRootBase {
 public:
     HRESULT FinalConstruct() { return S_OK; }
@@ -48,9 +31,20 @@ public:
     void InternalFinalConstructAddRef() noexcept {}
     void InternalFinalConstructRelease() noexcept {}
 
+    // IUnknown is the first row, whatever its interface.
     static HRESULT InternalQueryInterface(void* self, const _ATL_INTMAP_ENTRY* entries, REFIID iid,
                                           void** object) noexcept {
-        return AtlInternalQueryInterface(self, entries, iid, object);
+        if (object == nullptr) return E_POINTER;
+        *object = nullptr;
+        for (const _ATL_INTMAP_ENTRY* entry = entries; entry->piid != nullptr; ++entry) {
+            if (!InlineIsEqualGUID(iid, IID_IUnknown) && !InlineIsEqualGUID(iid, *entry->piid))
+                continue;
+            IUnknown* const found = entry->cast(self);
+            found->AddRef();
+            *object = found;
+            return S_OK;
+        }
+        return E_NOINTERFACE;
     }
 
     ULONG OuterAddRef() noexcept { return m_pOuterUnknown->AddRef(); }
@@ -90,6 +84,7 @@ template <class Base>
 class CComObject : private detail::ModuleLock, public Base {
 public:
     explicit CComObject(void* /*context*/ = nullptr) {}
+    // NOLINTNEXTLINE(modernize-use-override): not every base has a virtual destructor
     virtual ~CComObject() {
         this->m_dwRef = refCountWhileDying;
         this->FinalRelease();
@@ -103,23 +98,6 @@ public:
     }
     STDMETHOD(QueryInterface)(REFIID iid, void** object) override {
         return this->_InternalQueryInterface(iid, object);
-    }
-
-    // A new object with no reference yet, or the failure of its FinalConstruct.
-    static HRESULT WINAPI CreateInstance(CComObject** object) {
-        if (object == nullptr) return E_POINTER;
-        *object = nullptr;
-        CComObject* const created = new (std::nothrow) CComObject();
-        if (created == nullptr) return E_OUTOFMEMORY;
-        created->InternalFinalConstructAddRef();
-        const HRESULT result = created->FinalConstruct();
-        created->InternalFinalConstructRelease();
-        if (FAILED(result)) {
-            delete created;
-            return result;
-        }
-        *object = created;
-        return S_OK;
     }
 };
 
@@ -156,6 +134,7 @@ public:
     explicit CComContainedObject(void* outer) {
         this->m_pOuterUnknown = static_cast<IUnknown*>(outer);
     }
+    // NOLINTNEXTLINE(modernize-use-override): not every base has a virtual destructor
     virtual ~CComContainedObject() = default;
 
     STDMETHOD_(ULONG, AddRef)() override { return this->OuterAddRef(); }
@@ -209,8 +188,12 @@ public:
     static HRESULT WINAPI CreateInstance(void* context, REFIID iid, void** object) {
         if (object == nullptr) return E_POINTER;
         *object = nullptr;
-        T* const created = new (std::nothrow) T(context);
-        if (created == nullptr) return E_OUTOFMEMORY;
+        T* created = nullptr;
+        try {
+            created = new T(context);
+        } catch (...) {
+            return E_OUTOFMEMORY;  // the caller is no C++ of ours
+        }
         created->SetVoid(context);
         created->InternalFinalConstructAddRef();
         HRESULT result = created->FinalConstruct();
@@ -244,10 +227,12 @@ public:                                                                         
     }                                                                           \
     static const ATL::_ATL_INTMAP_ENTRY* _GetEntries() noexcept {               \
         static const ATL::_ATL_INTMAP_ENTRY entries[] = {
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes none
 #define COM_INTERFACE_ENTRY(x)                                       \
     {&__uuidof(x), [](void* object) -> IUnknown* {                   \
          return static_cast<x*>(static_cast<_ComMapClass*>(object)); \
      }},
+// NOLINTEND(bugprone-macro-parentheses)
 #define END_COM_MAP()                          \
     { nullptr, nullptr }                       \
     }                                          \
@@ -262,9 +247,6 @@ public:                                                                         
 #define DECLARE_PROTECT_FINAL_CONSTRUCT()                                    \
     void InternalFinalConstructAddRef() noexcept { this->InternalAddRef(); } \
     void InternalFinalConstructRelease() noexcept { this->InternalRelease(); }
-
-#define DECLARE_NO_REGISTRY() \
-    static HRESULT WINAPI UpdateRegistry(BOOL /*registering*/) { return S_OK; }
 
 namespace ATL {
 
@@ -305,8 +287,6 @@ public:
     using _ClassFactoryCreatorClass = CComCreator<CComObjectCached<CComClassFactory> >;
     using _CreatorClass =
         CComCreator2<CComCreator<CComObject<T> >, CComCreator<CComAggObject<T> > >;
-
-    static const CLSID& WINAPI GetObjectCLSID() noexcept { return *pclsid; }
 };
 
 }  // namespace ATL

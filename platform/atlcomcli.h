@@ -1,7 +1,7 @@
 #pragma once
 
-// The client half of our subset of the Active Template Library: owners of interface pointers,
-// BSTRs and VARIANTs under ATL's names and with ATL's meaning. A compiler that brings the real
+// The client half of our subset of the Active Template Library: owners of interface pointers and
+// BSTRs under ATL's names and with ATL's meaning. A compiler that brings the real
 // library uses that one. One difference: where ATL throws when memory is short, these stay empty.
 
 #ifdef _MSC_VER
@@ -163,69 +163,6 @@ public:
     void Empty() noexcept { Attach(nullptr); }
 
     BSTR m_str = nullptr;
-};
-
-// An owned VARIANT. A copy that fails leaves VT_ERROR with the reason.
-class CComVariant : public tagVARIANT {
-public:
-    CComVariant() noexcept { ::VariantInit(this); }
-    CComVariant(const VARIANT& other) noexcept {  // NOLINT(google-explicit-constructor): as in ATL
-        ::VariantInit(this);
-        copyFrom(other);
-    }
-    CComVariant(const CComVariant& other) noexcept
-        : CComVariant(static_cast<const VARIANT&>(other)) {}
-    explicit CComVariant(const OLECHAR* text) noexcept {
-        ::VariantInit(this);
-        vt = VT_BSTR;
-        bstrVal = ::SysAllocString(text);
-    }
-    explicit CComVariant(LONG value) noexcept {
-        ::VariantInit(this);
-        vt = VT_I4;
-        lVal = value;
-    }
-    ~CComVariant() { Clear(); }
-
-    CComVariant& operator=(const CComVariant& other) noexcept {
-        if (this != &other) copyFrom(other);
-        return *this;
-    }
-    CComVariant& operator=(const VARIANT& other) noexcept {
-        if (static_cast<VARIANT*>(this) != &other) copyFrom(other);
-        return *this;
-    }
-
-    HRESULT Clear() noexcept { return ::VariantClear(this); }
-    HRESULT Copy(const VARIANT* other) noexcept { return copyOf(*other); }
-    HRESULT ChangeType(VARTYPE type) noexcept { return ::VariantChangeType(this, this, 0, type); }
-    HRESULT Attach(VARIANT* other) noexcept {
-        if (other == nullptr) return E_INVALIDARG;
-        const HRESULT result = Clear();
-        if (FAILED(result)) return result;
-        static_cast<VARIANT&>(*this) = *other;
-        other->vt = VT_EMPTY;
-        return S_OK;
-    }
-    HRESULT Detach(VARIANT* out) noexcept {
-        if (out == nullptr) return E_POINTER;
-        *out = *this;
-        vt = VT_EMPTY;
-        return S_OK;
-    }
-
-private:
-    // The call's source parameter lacks the const that it keeps.
-    HRESULT copyOf(const VARIANT& other) noexcept {
-        return ::VariantCopy(this, const_cast<VARIANT*>(&other));
-    }
-    void copyFrom(const VARIANT& other) noexcept {
-        const HRESULT result = copyOf(other);
-        if (SUCCEEDED(result)) return;
-        Clear();
-        vt = VT_ERROR;
-        scode = result;
-    }
 };
 
 }  // namespace ATL

@@ -2,6 +2,8 @@
 
 #include <objbase.h>
 
+#include <optional>
+
 namespace orvane {
 namespace {
 
@@ -46,16 +48,23 @@ WaitOutcome waitServingCalls(HANDLE handle, DWORD timeoutMs) {
 DWORD waitDispatchingMessages(std::span<const HANDLE> handles, DWORD timeoutMs) {
     const Deadline deadline(timeoutMs);
     const DWORD count = static_cast<DWORD>(handles.size());
+    std::optional<int> quit;
     for (;;) {
         const DWORD result = MsgWaitForMultipleObjectsEx(
             count, handles.data(), deadline.remaining(), QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-        if (result != WAIT_OBJECT_0 + count) return result;
+        if (result != WAIT_OBJECT_0 + count) {
+            if (quit) PostQuitMessage(*quit);
+            return result;
+        }
         // One message at a time: a flood of them must not keep the handles from being looked at.
         MSG message;
-        if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
+        if (!PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) continue;
+        if (message.message == WM_QUIT) {
+            quit = static_cast<int>(message.wParam);
+            continue;
         }
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
     }
 }
 

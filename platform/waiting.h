@@ -15,9 +15,9 @@ enum class WaitOutcome { signalled, timedOut, failed };
 // COM's own wait lets through. `timeoutMs` may be INFINITE.
 [[nodiscard]] WaitOutcome waitServingCalls(HANDLE handle, DWORD timeoutMs);
 
-// For the idle wait of a thread of ours that is a single-threaded apartment: dispatches every
-// message meanwhile, as such a thread has to. Which of at most 8 handles was signalled (the first
-// one that is), WAIT_TIMEOUT or WAIT_FAILED.
+// Dispatches every message of the thread meanwhile, as a single-threaded apartment has to when it
+// idles; WM_QUIT is handed on to the thread's own message loop afterwards. Which of at most 8
+// handles was signalled (the first one that is), WAIT_TIMEOUT or WAIT_FAILED.
 [[nodiscard]] DWORD waitDispatchingMessages(std::span<const HANDLE> handles, DWORD timeoutMs);
 
 // The time left of a limit, for several waits in a row.

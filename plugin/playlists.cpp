@@ -93,13 +93,15 @@ CComPtr<IWMPMedia> COrVaneWmpPlugin::getMediaByPath(IWMPCore* core, const juce::
 }
 
 bool COrVaneWmpPlugin::addTracksToPlaylist(IWMPCore* core, const juce::String& name,
-                                           const juce::StringArray& trackPaths) {
+                                           const juce::StringArray& trackPaths) const {
     if (!core) return false;
     const CComPtr<IWMPPlaylist> playlist = playlistNamed(core, name);
     if (!playlist) return false;
-    for (const juce::String& path : trackPaths)
+    for (const juce::String& path : trackPaths) {
+        if (m_released) return false;
         if (const CComPtr<IWMPMedia> media = getMediaByPath(core, path))
             playlist->appendItem(media);
+    }
     return true;
 }
 

@@ -9,8 +9,6 @@
 namespace orvane {
 namespace {
 
-constexpr const wchar_t* mediaProperty = L"MediaSendTo";
-constexpr const wchar_t* playlistProperty = L"PlaylistSendTo";
 constexpr const char* setPropertyName = "COrVaneWmpPlugin::SetProperty";
 
 // Only such an array holds interface pointers, whatever the VARIANT around it says.
@@ -85,8 +83,8 @@ juce::StringArray pathsOf(IWMPPlaylist& playlist, LONG count) {
 }  // namespace
 
 STDMETHODIMP COrVaneWmpPlugin::SetProperty(const WCHAR* name, const VARIANT* value) {
-    const bool isMedia = name != nullptr && std::wcscmp(name, mediaProperty) == 0;
-    const bool isPlaylists = name != nullptr && std::wcscmp(name, playlistProperty) == 0;
+    const bool isMedia = name != nullptr && std::wcscmp(name, PLUGIN_MISC_MEDIASENDTO) == 0;
+    const bool isPlaylists = name != nullptr && std::wcscmp(name, PLUGIN_MISC_PLAYLISTSENDTO) == 0;
     if (!isMedia && !isPlaylists) return E_NOTIMPL;
 
     try {

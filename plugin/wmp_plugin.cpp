@@ -125,9 +125,12 @@ STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
     try {
         // Calls into the player and the link below may let the player release us meanwhile.
         const CComPtr<IUnknown> self(GetUnknown());
+        const unsigned call = ++m_setCoreCalls;
         unload();
         if (core == nullptr) return S_OK;
         if (m_released) return E_UNEXPECTED;
+        // A SetCore that came in meanwhile is the player's later word.
+        if (call != m_setCoreCalls) return S_OK;
         return attach(core);
     } catch (...) {
         return E_FAIL;
@@ -135,6 +138,7 @@ STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
 }
 
 HRESULT COrVaneWmpPlugin::attach(IWMPCore* core) {
+    const unsigned call = m_setCoreCalls;
     {
         CComPtr<IWMPCore> taken(core);
         const juce::ScopedLock lock(m_lock);
@@ -147,10 +151,11 @@ HRESULT COrVaneWmpPlugin::attach(IWMPCore* core) {
     HRESULT result = core->QueryInterface(__uuidof(IConnectionPointContainer),
                                           reinterpret_cast<void**>(&container));
     if (SUCCEEDED(result)) result = container->FindConnectionPoint(__uuidof(IWMPEvents), &point);
-    if (SUCCEEDED(result)) result = point->Advise(GetUnknown(), &cookie);
+    if (SUCCEEDED(result)) result = point ? point->Advise(GetUnknown(), &cookie) : E_POINTER;
 
-    // Each of these calls may have brought another SetCore, which has dealt with the core.
-    const bool current = m_core == core;
+    // Each of these calls may have brought another SetCore, which has dealt with the core, also
+    // when it came with the same one.
+    const bool current = call == m_setCoreCalls;
     if (SUCCEEDED(result) && cookie != 0) {
         if (!current) {
             point->Unadvise(cookie);
@@ -165,19 +170,19 @@ HRESULT COrVaneWmpPlugin::attach(IWMPCore* core) {
     return result;
 }
 
-// Every field is emptied before the call that it is for, which may bring another unload().
+// All fields are emptied before the first call into the player: that may bring another SetCore,
+// whose core and subscription are not ours to end.
 void COrVaneWmpPlugin::unload() {
     CComPtr<IConnectionPoint> point;
     point.Attach(m_connectionPoint.Detach());
     const DWORD cookie = std::exchange(m_adviseCookie, 0);
-    if (point != nullptr && cookie != 0) point->Unadvise(cookie);
-    point.Release();
-
     CComPtr<IWMPCore> core;
     {
         const juce::ScopedLock lock(m_lock);
         std::swap(m_core.p, core.p);
     }
+    if (point != nullptr && cookie != 0) point->Unadvise(cookie);
+    point.Release();
     if (core == nullptr) return;
     core.Release();
     if (m_connector != nullptr) m_connector->playerGoodbye(playerName());

@@ -6,6 +6,7 @@
 
 #include <wmp.h>
 
+#include <atomic>
 #include <memory>
 
 #include "common/app_connector.h"
@@ -200,10 +201,11 @@ private:
     [[nodiscard]] static CComPtr<IWMPMedia> getMediaByIndex(IWMPCore* core, int trackIndex);
     // Appends what is in the library to the first playlist of that name, made when there is none;
     // true when there is such a playlist in the end.
-    [[nodiscard]] static bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
-                                                  const juce::StringArray& trackPaths);
+    // Ends early, with false, once the object is being released: the player waits for it then.
+    [[nodiscard]] bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
+                                           const juce::StringArray& trackPaths) const;
     // Polls the player until it is in the state; false after timeoutMs without. Dispatches the
-    // calling thread's own messages meanwhile. plugin/play_state_wait.h.
+    // calling thread's own messages meanwhile. plugin/poll_until.h.
     [[nodiscard]] static bool waitForPlayState(IWMPCore& core, WMPPlayState wanted,
                                                DWORD timeoutMs);
     // Starts what is current and waits until it plays; a wait in vain is logged.
@@ -223,7 +225,8 @@ private:
     std::unique_ptr<AppConnector> m_connector;
 
     juce::CriticalSection m_lock;  // never held across a call into the player
-    bool m_released = false;       // FinalRelease has begun: no core is taken any more
+    unsigned m_setCoreCalls = 0;   // tells a call that another one came in while it was at work
+    std::atomic<bool> m_released{false};  // FinalRelease has begun: no core is taken any more
 };
 
 #pragma GCC diagnostic pop

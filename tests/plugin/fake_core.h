@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <functional>
+#include <set>
 
 #include "platform/wmp_plugin_ui.h"
 
@@ -24,7 +25,7 @@ public:
     bool hasConnectionPoints = true;
     HRESULT findResult = S_OK;
     HRESULT adviseResult = S_OK;
-    DWORD cookie = 77;
+    DWORD cookie = 77;  // of the next subscription; 0: none is given
     std::function<void()> duringAdvise;
     std::function<void()> duringUnadvise;
     std::function<HRESULT(WMPPlayState*)> playState;  // on the calling thread
@@ -73,12 +74,14 @@ public:
         if (FAILED(result)) return result;
         sink = static_cast<IWMPEvents*>(events);
         sink->Release();
-        *cookieOut = cookie;
+        if (cookie == 0) return S_OK;
+        m_cookies.insert(cookie);
+        *cookieOut = cookie++;
         return S_OK;
     }
     STDMETHOD(Unadvise)(DWORD given) override {
-        if (given != cookie || sink == nullptr) return CONNECT_E_NOCONNECTION;
-        sink = nullptr;
+        if (m_cookies.erase(given) == 0) return CONNECT_E_NOCONNECTION;
+        if (m_cookies.empty()) sink = nullptr;
         ++unadvised;
         if (duringUnadvise) duringUnadvise();
         return S_OK;
@@ -119,6 +122,9 @@ public:
     STDMETHOD(get_isOnline)(VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(get_Error)(IWMPError**) override { return E_NOTIMPL; }
     STDMETHOD(get_status)(BSTR*) override { return E_NOTIMPL; }
+
+private:
+    std::set<DWORD> m_cookies;
 };
 
 }  // namespace orvane::test

@@ -144,16 +144,35 @@ TEST_F(LifecycleTest, ACoreThatRefusesToReportIsHeldAllTheSame) {
     EXPECT_EQ(m_app->waitForEvents(expected.size()), expected);
 }
 
-TEST_F(LifecycleTest, SetCoreFromWithinSetCoreLeavesNothingAdvised) {
+TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
     auto plugin = createPlugin();
     ASSERT_NE(plugin, nullptr);
-    FakeCore core;
-    core.duringAdvise = [&] { plugin->SetCore(nullptr); };
-    plugin->SetCore(&core);
-    EXPECT_EQ(core.references, 1);
-    EXPECT_EQ(core.sink, nullptr);
+    FakeCore first;
+    first.duringAdvise = [&] { plugin->SetCore(nullptr); };
+    plugin->SetCore(&first);
+    EXPECT_EQ(first.references, 1);
+    EXPECT_EQ(first.sink, nullptr);
+
+    // Away and back again: one subscription of the two remains.
+    first.duringAdvise = [&] {
+        first.duringAdvise = nullptr;
+        plugin->SetCore(nullptr);
+        plugin->SetCore(&first);
+    };
+    plugin->SetCore(&first);
+    EXPECT_EQ(first.references, 3) << "the core and its connection point";
+
+    FakeCore second;
+    FakeCore third;
+    first.duringUnadvise = [&] { plugin->SetCore(&third); };
+    plugin->SetCore(&second);
+    EXPECT_EQ(second.references, 1);
+    EXPECT_EQ(third.references, 3);
     plugin.Release();
-    EXPECT_EQ(core.references, 1);
+    for (const FakeCore* core : {&first, &second, &third}) {
+        EXPECT_EQ(core->references, 1);
+        EXPECT_EQ(core->sink, nullptr);
+    }
 }
 
 TEST_F(LifecycleTest, TheLastReferenceMayGoWhileTheCoreIsLetGo) {
@@ -215,18 +234,16 @@ TEST_F(LifecycleTest, SaysHelloOnceWhenTheApplicationComesBack) {
 }
 
 TEST_F(LifecycleTest, TheLinkCanBeDroppedAndComesBackWithTheTimer) {
-    CComObject<COrVaneWmpPlugin>* object = nullptr;
-    ASSERT_EQ(CComObject<COrVaneWmpPlugin>::CreateInstance(&object), S_OK);
-    CComPtr<IWMPPluginUI> plugin(object);
-    EXPECT_TRUE(object->disconnectFromApp());
+    const auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    EXPECT_TRUE(static_cast<COrVaneWmpPlugin*>(plugin.p)->disconnectFromApp());
     EXPECT_TRUE(m_app->waitForDisconnectAndReopen());
     EXPECT_EQ(m_app->waitForEvents(1, 2500), Names{"PlayerHello"});
 }
 
 TEST_F(LifecycleTest, ReleasedFromWithinItsTimer) {
-    CComObject<COrVaneWmpPlugin>* object = nullptr;
-    ASSERT_EQ(CComObject<COrVaneWmpPlugin>::CreateInstance(&object), S_OK);
-    CComPtr<IWMPPluginUI> plugin(object);
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
     {
         // As when the player releases the object while the timer's callback waits.
         const JuceSession::CallbackScope callback;

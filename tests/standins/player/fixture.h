@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -35,11 +33,9 @@ protected:
     }
 
     // A copy of a sample track in the library folder.
-    std::filesystem::path sample(const std::wstring& name,
-                                 const std::wstring& from = L"01 scarborough FAIR.wma") {
-        const std::filesystem::path copy = m_folder / name;
-        std::filesystem::copy_file(std::filesystem::path(ORVANE_TEST_DATA) / from, copy);
-        return copy;
+    void sample(const std::wstring& name) {
+        std::filesystem::copy_file(std::filesystem::path(ORVANE_TEST_DATA) / "sakura.wma",
+                                   m_folder / name);
     }
 
     Player& start(PlayerOptions options = {}) {
@@ -51,22 +47,10 @@ protected:
         return *m_player;
     }
 
-    static std::wstring read(const ComRef<IWMPMedia>& item, const wchar_t* attribute) {
-        BSTR text = nullptr;
-        EXPECT_TRUE(SUCCEEDED(item->getItemInfo(Text(attribute).get(), &text)));
-        std::wstring result = textOf(text);
-        SysFreeString(text);
-        return result;
-    }
     static HRESULT write(const ComRef<IWMPMedia>& item, const wchar_t* attribute,
                          const wchar_t* value) {
         return item->setItemInfo(Text(attribute).get(), Text(value).get());
     }
-    static std::string bytesOf(const std::filesystem::path& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
     ComApartment m_com;
     std::filesystem::path m_folder;
     std::unique_ptr<Player> m_player;

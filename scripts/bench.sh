@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# What the plug-in costs the player: a table of medians, measured under Wine.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+. scripts/common.sh
+. scripts/build.sh
+
+build_preset win32 --target orvane_bench
+start_wine_session
+trap 'kill "$wine_session" 2>/dev/null || true; stop_wine' EXIT
+
+read -r load _ </proc/loadavg
+say "measuring on $(nproc) processors, with a load of $load (the quieter, the better)"
+timeout 180 wine build/win32/orvane_bench.exe || fail "the measurement ended early" "read the line above"

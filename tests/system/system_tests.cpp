@@ -1,0 +1,236 @@
+// Player, plug-in and application as the processes that they are, with what goes wrong between
+// processes: one is killed, hangs, leaves, or is not who it seems to be.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+#include "tests/system/processes.h"
+
+namespace orvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::Each;
+using ::testing::Lt;
+
+constexpr const char* hello = "  event     PlayerHello ";
+// The longest that a write may take, and what a busy machine adds.
+constexpr unsigned longestStallMs = 2000 + 250;
+constexpr DWORD reconnectMs = 2000 + 500;
+constexpr const char* longCommand = "start trackPath=\"C:\\none.wma\"";  // to --never=playing
+
+class SystemTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        fs::create_directories(m_folder);
+        regsvr32(L"/s OrVaneWmpPlugin.dll");
+    }
+    static void TearDownTestSuite() {
+        regsvr32(L"/s /u OrVaneWmpPlugin.dll");
+        fs::remove_all(m_folder);
+    }
+    static void regsvr32(const std::wstring& arguments) {
+        const Process process(L"regsvr32.exe " + arguments, m_folder / L"regsvr32.txt");
+        EXPECT_EQ(process.exitCode(20'000), 0U);
+    }
+
+    void startApp() {
+        m_app = std::make_unique<Process>(L"OrVaneApp.exe", m_folder / L"app.txt");
+        ASSERT_TRUE(m_app->prints("ready: both pipes", 10'000)) << m_app->output();
+    }
+    void start(const std::wstring& playerOptions) {
+        ASSERT_NO_FATAL_FAILURE(startApp());
+        m_player = std::make_unique<Process>(L"player.exe --script=- " + playerOptions,
+                                             m_folder / L"player.txt");
+        ASSERT_TRUE(m_player->prints("SetCore(core): 0x00000000", 15'000)) << m_player->output();
+        ASSERT_TRUE(m_app->prints(hello, 2000)) << m_app->output();
+        m_window = FindWindowW(L"WMPlayerApp", nullptr);
+        ASSERT_NE(m_window, nullptr);
+    }
+
+    // Two for the application each time.
+    void makeEvents(unsigned times) {
+        for (unsigned i = 0; i < times; ++i) {
+            m_player->tell("hide");
+            m_player->tell("show");
+        }
+    }
+
+    // The link comes back within its time, and works.
+    void expectLink(std::size_t hellos = 1) {
+        EXPECT_TRUE(m_app->prints(hello, reconnectMs, hellos)) << m_app->output();
+        m_app->tell("getTrackCount");
+        EXPECT_TRUE(m_app->prints("response  getTrackCount", 5000)) << m_app->output();
+    }
+
+    inline static const fs::path m_folder = fs::temp_directory_path() / L"orvane-system-tests";
+    std::unique_ptr<Process> m_app;
+    std::unique_ptr<Process> m_player;
+    HWND m_window = nullptr;
+};
+
+TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
+    ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=20000 --never=playing"));
+    const std::vector<std::function<void()>> moments = {
+        [] { Sleep(30); },
+        [&] {  // during a command that goes on while the next application waits for the plug-in
+            Sleep(1250);
+            m_app->tell(longCommand);
+            Sleep(100);
+        },
+        [] { Sleep(2300); },  // time for a hello too many
+        [&] {                 // between frames
+            m_app->tell("burst 3000 getTrackCount");
+            Sleep(100);
+        },
+        [&] {  // within a frame
+            m_app->tell("slow 50 getTrackCount");
+            Sleep(600);
+        },
+        [&] {  // among the player's events
+            makeEvents(100);
+            Sleep(40);
+        },
+        [&] {  // while the player's thread waits for it to read
+            m_app->tell("hold event");
+            ASSERT_TRUE(m_app->prints("not reading", 2000));
+            m_player->tell("sendto-media all");
+            Sleep(400);
+        },
+        [&] { makeEvents(1); },
+        [&] {
+            m_app->tell("burst 3000 isPlaying");
+            makeEvents(100);
+            Sleep(20);
+        },
+        [] {},
+    };
+    StallMeter meter(m_window);
+    for (std::size_t i = 0; i < moments.size(); ++i) {
+        SCOPED_TRACE("moment " + std::to_string(i));
+        ASSERT_NO_FATAL_FAILURE(moments[i]());
+        m_app->kill();
+        EXPECT_EQ(countOf(m_app->output(), hello), 1U) << m_app->output();
+        ASSERT_NO_FATAL_FAILURE(startApp());
+        EXPECT_TRUE(m_app->prints(hello, reconnectMs)) << m_app->output();
+        ASSERT_FALSE(m_player->exitCode(0)) << m_player->output();
+    }
+    expectLink();
+    EXPECT_THAT(meter.stop(), Each(Lt(longestStallMs)));
+}
+
+TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
+    ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=100"));
+    for (const auto way :
+         {Squatter::Way::neverReads, Squatter::Way::writesGarbage, Squatter::Way::closesAtOnce}) {
+        SCOPED_TRACE("way " + std::to_string(static_cast<int>(way)));
+        m_app->kill();
+        StallMeter meter(m_window);
+        {
+            const Squatter squatter(way);
+            for (int i = 0; i < (way == Squatter::Way::neverReads ? 45 : 25); ++i) {
+                makeEvents(1);
+                Sleep(100);
+            }
+            EXPECT_GT(squatter.clients(), 0U);
+        }
+        ASSERT_NO_FATAL_FAILURE(startApp());
+        expectLink();
+        EXPECT_THAT(meter.stop(), Each(Lt(longestStallMs)));
+    }
+}
+
+TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
+    ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=20000"));
+    StallMeter meter(m_window);
+    m_app->suspend(true);
+    m_player->tell("sendto-media all");
+    for (int i = 0; i < 45; ++i) {
+        m_player->tell("move " + std::to_string(i) + " 40 800 600");
+        makeEvents(1);
+        Sleep(100);
+    }
+    const auto answers = meter.stop();
+    // The list of tracks is made on the same thread before it is written.
+    EXPECT_THAT(answers, Each(Lt(longestStallMs + 400)));
+    EXPECT_EQ(std::count_if(answers.begin(), answers.end(), [](unsigned ms) { return ms > 500; }),
+              1);
+
+    m_app->suspend(false);
+    expectLink(2);
+    m_player->tell("sendto-media all");
+    EXPECT_TRUE(m_app->prints("more of 20000 tracks", 5000)) << m_app->output();
+    EXPECT_EQ(countOf(m_app->output(), hello), 2U);
+}
+
+TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
+    const auto leave = [&](const std::wstring& options, const char* how, DWORD code) {
+        SCOPED_TRACE(how);
+        m_app.reset();  // pipes and mutex are free for the next
+        ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=100 --never=playing" + options));
+        m_app->tell(longCommand);
+        ASSERT_TRUE(m_app->prints("command   start", 2000));
+        Sleep(150);
+        m_player->tell(how);
+        EXPECT_EQ(m_player->exitCode(5000), code) << m_player->output();
+        EXPECT_TRUE(m_app->prints("disconnected: the plug-in closed it", 2000, 2))
+            << m_app->output();
+        // A player that just goes says nothing.
+        EXPECT_EQ(countOf(m_app->output(), "  event     PlayerGoodbye "), code == 0 ? 1U : 0U);
+    };
+    leave(L"", "close", 0);
+    leave(L" --serve-on-own-thread", "close", 0);
+    leave(L"", "exit 7", 7);
+}
+
+// What Wine is told about one program, for as long as this lives.
+class NoFormatRuntime {
+public:
+    NoFormatRuntime() {
+        RegSetKeyValueW(HKEY_CURRENT_USER, m_key, L"wmvcore", REG_SZ, L"", sizeof(wchar_t));
+    }
+    ~NoFormatRuntime() { RegDeleteKeyW(HKEY_CURRENT_USER, m_key); }
+    NoFormatRuntime(const NoFormatRuntime&) = delete;
+    NoFormatRuntime& operator=(const NoFormatRuntime&) = delete;
+
+private:
+    static constexpr const wchar_t* m_key =
+        L"Software\\Wine\\AppDefaults\\player.exe\\DllOverrides";
+};
+
+TEST_F(SystemTest, TagsWorkWithoutTheFormatRuntimeAndOnlyCoverArtIsAbsent) {
+    const fs::path music = m_folder / L"music";
+    const fs::path data(ORVANE_TEST_DATA);
+    const fs::path cover = m_folder / L"cover.jpg";
+    const fs::path out = m_folder / L"out.jpg";
+    fs::create_directories(music);
+    fs::copy_file(data / L"cover.jpg", cover);
+    const std::string track = " trackPath=\"" + (music / L"track.wma").string() + "\" ";
+    for (const bool present : {true, false}) {
+        SCOPED_TRACE(present ? "with the runtime" : "without");
+        std::unique_ptr<NoFormatRuntime> absent;
+        if (!present) absent = std::make_unique<NoFormatRuntime>();
+        fs::copy_file(data / L"02 Greensleeves.wma", music / L"track.wma",
+                      fs::copy_options::overwrite_existing);
+        ASSERT_NO_FATAL_FAILURE(start(L"--library=\"" + music.wstring() + L"\""));
+        for (const std::string& line :
+             {"setMediaInfoToPath" + track + "TrackTitle=Changed albumArtPath=\"" + cover.string() +
+                  "\"",
+              std::string("expect return true"), "getMediaInfoFromPath" + track,
+              std::string("expect value return_value=true metadataOut.TrackTitle=Changed"),
+              "getMediaInfoFromPath" + track + "albumArtPath=\"" + out.string() + "\"",
+              std::string(present ? "expect return true" : "expect return false")})
+            m_app->tell(line);
+        EXPECT_TRUE(m_app->prints("  seen: ", 8000, 3)) << m_app->output();
+        EXPECT_EQ(fs::remove(out), present);
+        m_player->tell("close");
+        EXPECT_EQ(m_player->exitCode(5000), 0U);
+        m_app.reset();
+    }
+}
+
+}  // namespace
+}  // namespace orvane::test
