@@ -110,16 +110,5 @@ TEST_F(WmpWindowHookTest, ReportsShowingHidingAndActivation) {
     EXPECT_THAT(afterSending(WM_SIZE, SIZE_MAXHIDE), IsEmpty());
 }
 
-TEST_F(WmpWindowHookTest, LetsThePlayerHaveEveryMessageAfterTheEvent) {
-    std::vector<std::string> reportedBefore;
-    m_window.onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message != WM_ACTIVATE) return std::nullopt;
-        reportedBefore = m_events.take();
-        return 11;
-    };
-    EXPECT_EQ(m_window.send(WM_ACTIVATE, WA_ACTIVE), 11);
-    EXPECT_THAT(reportedBefore, ElementsAre("playerActivated"));
-}
-
 }  // namespace
 }  // namespace orvane
