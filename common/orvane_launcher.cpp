@@ -51,7 +51,7 @@ juce::String OrvaneLauncher::getPath() {
     const juce::String folder = installationFolder(found);
     if (!found) return {};
 
-    const juce::String path = folder + "\\" + appFile;
+    juce::String path = folder + "\\" + appFile;
     bool exists = false;
     if (!utl_file_exists(path.toRawUTF8(), exists, nullptr)) return {};
     // The shell would open a folder of that name in a window, and count that as a start.

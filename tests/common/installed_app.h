@@ -22,7 +22,6 @@ public:
     void install(const std::wstring& folder);
     // The same with any other content as the program.
     void installContent(const std::wstring& folder, const std::string& content);
-    static void makeFolder(const std::wstring& folder);
 
     // Sets the value that names the folder, or takes it away.
     void registerFolder(const std::wstring& folder);
@@ -36,6 +35,7 @@ public:
     [[nodiscard]] static std::wstring workingDirectory();
 
 private:
+    static void removeAll();
     [[nodiscard]] static std::wstring reportLine(int index);
 
     std::wstring m_oldFolder;

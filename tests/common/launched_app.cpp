@@ -4,18 +4,15 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 namespace {
 
-std::string toUtf8(const std::wstring& text) {
-    const int units = static_cast<int>(text.size());
-    const int size =
-        WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, result.data(), size, nullptr, nullptr);
-    return result;
+std::string toUtf8(const wchar_t* text) {
+    const std::u8string result = std::filesystem::path(text).u8string();
+    return {result.begin(), result.end()};
 }
 
 std::string environment(const char* name) {

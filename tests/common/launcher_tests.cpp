@@ -1,14 +1,12 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
-#include <thread>
 
 #include "common/orvane_launcher.h"
 #include "platform/handles.h"
 #include "tests/common/installed_app.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/temp_folder.h"
 
 namespace orvane {
 namespace {
@@ -30,11 +28,12 @@ protected:
 
 TEST_F(LauncherTest, FindsAndStartsTheProgramHoweverItsFolderIsSpelled) {
     const std::wstring root = InstalledApp::root();
-    const std::wstring deep = root + L"\\" + std::wstring(120, L'a') + L"\\" +
-                              std::wstring(120, L'b') + L"\\" + std::wstring(60, L'日');
-    const std::wstring deepOddly = L"C:/orvane-launcher-tests\\\\" + std::wstring(120, L'a') +
-                                   L"/" + std::wstring(120, L'b') + L"//" +
-                                   std::wstring(60, L'日') + L"\\";
+    // Too long for the shell in units, though not in characters.
+    std::wstring faces;
+    for (int i = 0; i < 60; ++i) faces += L"\U0001F600";
+    const std::wstring deep = root + L"\\" + faces + L"\\" + faces + std::wstring(L"日");
+    const std::wstring deepOddly =
+        L"C:/orvane-launcher-tests\\\\" + faces + L"//" + faces + L"日\\";
     m_app.install(root + L"\\plain");
     m_app.install(root + L"\\Né 日本");
     m_app.install(deep);
@@ -78,8 +77,8 @@ TEST_F(LauncherTest, JudgesTheStartByItsFirstThreeSeconds) {
 
 TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
     const std::wstring root = InstalledApp::root();
-    InstalledApp::makeFolder(root + L"\\empty");
-    InstalledApp::makeFolder(root + L"\\folder\\OrVaneApp.exe");
+    test::makeFolder(root + L"\\empty");
+    test::makeFolder(root + L"\\folder\\OrVaneApp.exe");
     CapturedLog log;
     const auto expectNone = [&] {
         EXPECT_TRUE(m_launcher.getPath().isEmpty());
@@ -117,46 +116,11 @@ TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
     expectNone();
 }
 
-// Presses OK in every message box of one thread, as the user would, until it is destroyed.
-class BoxCloser {
-public:
-    explicit BoxCloser(DWORD threadId) : m_thread([this, threadId] { run(threadId); }) {}
-    ~BoxCloser() {
-        m_leave = true;
-        m_thread.join();
-    }
-
-private:
-    static BOOL CALLBACK press(HWND window, LPARAM) {
-        PostMessageW(window, WM_COMMAND, IDOK, 0);
-        return TRUE;
-    }
-    void run(DWORD threadId) {
-        while (!m_leave) {
-            EnumThreadWindows(threadId, &press, 0);
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-    }
-
-    std::atomic<bool> m_leave{false};
-    std::thread m_thread;
-};
-
+// With a path too long for the shell's message box, so that nobody has to press anything.
 TEST_F(LauncherTest, ReportsAProgramThatCannotBeStarted) {
     CapturedLog log;
-    const std::wstring folder = InstalledApp::root() + L"\\broken";
-    m_app.installContent(folder, "no program");
-    m_app.registerFolder(folder);
-    {
-        const BoxCloser closer(GetCurrentThreadId());
-        EXPECT_FALSE(m_launcher.launch());
-    }
-    // Wine forgets the code while it shows the box.
-    EXPECT_THAT(log.take(), HasSubstr("AppLauncher::launch: failed launching (code=0x000000"));
-
-    // With a path too long for the shell nobody is asked to press anything.
     const std::wstring deep =
-        folder + L"\\" + std::wstring(130, L'c') + L"\\" + std::wstring(130, L'd');
+        InstalledApp::root() + L"\\" + std::wstring(130, L'c') + L"\\" + std::wstring(130, L'd');
     m_app.installContent(deep, "no program");
     m_app.registerFolder(deep);
     EXPECT_FALSE(m_launcher.launch());
@@ -173,36 +137,15 @@ TEST_F(LauncherTest, TellsWhetherTheApplicationRuns) {
     EXPECT_FALSE(m_launcher.isAppRunning());
 }
 
-class RecordingLauncher final : public HostLauncher {
-public:
-    using HostLauncher::HostLauncher;
-    using HostLauncher::launch;
-    bool isAppRunning() override { return false; }
-    juce::String getPath() override { return {}; }
-    std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods*) override { return {}; }
-    bool launch(const juce::String& parameters) override {
-        m_parameters = parameters;
-        return true;
-    }
-
-    juce::String m_parameters;
-};
-
-TEST(HostLauncher, NamesThePlayerThatItKnows) {
-    const auto parametersOf = [](int id) {
-        RecordingLauncher launcher(id);
-        EXPECT_TRUE(launcher.launch());
-        return launcher.m_parameters.toStdString();
-    };
-    EXPECT_EQ(parametersOf(3), "--launched-by=wmp");
-    EXPECT_EQ(parametersOf(4), "--launched-by=winamp");
-    EXPECT_EQ(parametersOf(5), "--launched-by=itunes");
-
+TEST_F(LauncherTest, StartsNothingForAPlayerThatItDoesNotKnow) {
+    m_app.install(InstalledApp::root());
+    m_app.registerFolder(InstalledApp::root());
     CapturedLog log;
-    RecordingLauncher unknown(7);
-    EXPECT_FALSE(unknown.launch());
-    EXPECT_TRUE(unknown.m_parameters.isEmpty());
+    EXPECT_FALSE(OrvaneLauncher(7).launch());
     EXPECT_THAT(log.take(), HasSubstr("HostLauncher::launch: unknown player id: 7\n"));
+    EXPECT_TRUE(InstalledApp::commandLine().empty());
+    EXPECT_TRUE(OrvaneLauncher(5).launch());
+    EXPECT_THAT(InstalledApp::commandLine(), testing::EndsWith(L" --launched-by=itunes"));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "hooks/window_hook.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
@@ -33,42 +32,43 @@ public:
     std::function<void(UINT, LRESULT)> after;
 };
 
-TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsIt) {
-    TestWindow window;
-    TestHook hook;
-    std::vector<std::string> seen;
-    bool pass = true;
-    window.onMessage = [&](UINT message, WPARAM wParam, LPARAM lParam) -> std::optional<LRESULT> {
-        if (message != testMessage) return std::nullopt;
-        seen.push_back("window");
-        return static_cast<LRESULT>(wParam) * 10 + lParam;
-    };
-    hook.before = [&](UINT message, WPARAM, LPARAM) {
-        if (message == testMessage) seen.push_back("before");
-        return message != testMessage || pass;
-    };
-    hook.after = [&](UINT message, LRESULT result) {
-        if (message == testMessage) seen.push_back("after " + std::to_string(result));
-    };
+// A window that answers the test's message, and how often it got it.
+class AnsweringWindow : public TestWindow {
+public:
+    explicit AnsweringWindow(LRESULT answer) {
+        onMessage = [this, answer](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (message != testMessage) return std::nullopt;
+            ++reached;
+            if (inside) inside();
+            return answer;
+        };
+    }
+    int reached = 0;
+    std::function<void()> inside;
+};
 
-    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-    EXPECT_EQ(hook.getHwnd(), window.hwnd());
-    EXPECT_EQ(window.send(testMessage, 4, 2), 42);
-    EXPECT_THAT(seen, ElementsAre("before", "window", "after 42"));
-
-    seen.clear();
-    pass = false;
-    EXPECT_EQ(window.send(testMessage, 4, 2), 0);
-    EXPECT_THAT(seen, ElementsAre("before"));
-}
-
-TEST(WindowHook, LeavesTheWindowAsItWas) {
-    TestWindow window;
+TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothingBehind) {
+    AnsweringWindow window(42);
     {
         TestHook hook;
+        std::vector<std::string> seen;
+        bool pass = true;
+        window.inside = [&] { seen.push_back("window"); };
+        hook.before = [&](UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message == testMessage) seen.push_back("before " + std::to_string(wParam + lParam));
+            return message != testMessage || pass;
+        };
+        hook.after = [&](UINT message, LRESULT result) {
+            if (message == testMessage) seen.push_back("after " + std::to_string(result));
+        };
         ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-        EXPECT_FALSE(window.hasOwnProcedure());
+        EXPECT_EQ(hook.getHwnd(), window.hwnd());
         EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), static_cast<WindowHook*>(&hook));
+        EXPECT_EQ(window.send(testMessage, 4, 2), 42);
+        EXPECT_THAT(seen, ElementsAre("before 6", "window", "after 42"));
+        pass = false;
+        EXPECT_EQ(window.send(testMessage, 4, 2), 0);
+        EXPECT_EQ(seen.back(), "before 6");
     }
     EXPECT_TRUE(window.hasOwnProcedure());
     EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), nullptr);
@@ -117,15 +117,7 @@ TEST(WindowHook, RefusesAWindowThatItCannotHook) {
     EXPECT_THAT(log.take(), HasSubstr(refusal));
 
     // Hooked already: two hooks in a row would call each other for ever.
-    TestWindow window;
-    window.onMessage = [](UINT message, WPARAM, LPARAM) {
-        return message == testMessage ? std::optional<LRESULT>(7) : std::nullopt;
-    };
-    int seen = 0;
-    hook.before = [&](UINT message, WPARAM, LPARAM) {
-        if (message == testMessage) ++seen;
-        return true;
-    };
+    AnsweringWindow window(7);
     ASSERT_TRUE(hook.InstallHook(window.hwnd()));
     {
         TestHook another;
@@ -133,52 +125,32 @@ TEST(WindowHook, RefusesAWindowThatItCannotHook) {
         EXPECT_THAT(log.take(), HasSubstr(refusal));
     }
     EXPECT_EQ(window.send(testMessage), 7);
-    EXPECT_EQ(seen, 1);
     EXPECT_EQ(hook.getHwnd(), window.hwnd());
 }
 
 TEST(WindowHook, MayBeDestroyedByItsOwnOperationOrByTheWindow) {
-    TestWindow window;
-    int reachedWindow = 0;
-    bool destroyInWindow = false;
-    int after = 0;
-    std::unique_ptr<TestHook> hook;
-    const auto renew = [&] {
-        hook = std::make_unique<TestHook>();
-        hook->after = [&](UINT message, LRESULT) {
-            if (message == testMessage) ++after;
-        };
-    };
-    window.onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message != testMessage) return std::nullopt;
-        ++reachedWindow;
-        if (destroyInWindow) hook.reset();
-        return 5;
-    };
-
-    renew();
-    hook->before = [&](UINT message, WPARAM, LPARAM) {
-        if (message == testMessage) hook.reset();
-        return true;
-    };
-    ASSERT_TRUE(hook->InstallHook(window.hwnd()));
-    EXPECT_EQ(window.send(testMessage), 5) << "the window still gets its message";
-    EXPECT_TRUE(window.hasOwnProcedure());
-
-    renew();
-    destroyInWindow = true;
-    ASSERT_TRUE(hook->InstallHook(window.hwnd()));
-    EXPECT_EQ(window.send(testMessage), 5);
-    EXPECT_TRUE(window.hasOwnProcedure());
-    EXPECT_EQ(reachedWindow, 2);
-    EXPECT_EQ(after, 0);
+    for (const bool byWindow : {false, true}) {
+        AnsweringWindow window(5);
+        int after = 0;
+        auto hook = std::make_unique<TestHook>();
+        hook->after = [&](UINT message, LRESULT) { after += message == testMessage ? 1 : 0; };
+        if (byWindow)
+            window.inside = [&] { hook.reset(); };
+        else
+            hook->before = [&](UINT message, WPARAM, LPARAM) {
+                if (message == testMessage) hook.reset();
+                return true;
+            };
+        ASSERT_TRUE(hook->InstallHook(window.hwnd()));
+        EXPECT_EQ(window.send(testMessage), 5) << "the window still gets its message";
+        EXPECT_TRUE(window.hasOwnProcedure());
+        EXPECT_EQ(window.reached, 1);
+        EXPECT_EQ(after, 0);
+    }
 }
 
 TEST(WindowHook, KeepsItsOwnExceptionsFromTheWindow) {
-    TestWindow window;
-    window.onMessage = [](UINT message, WPARAM, LPARAM) {
-        return message == testMessage ? std::optional<LRESULT>(3) : std::nullopt;
-    };
+    AnsweringWindow window(3);
     TestHook hook;
     hook.before = [](UINT message, WPARAM, LPARAM) -> bool {
         if (message == testMessage) throw std::runtime_error("before");
@@ -189,8 +161,6 @@ TEST(WindowHook, KeepsItsOwnExceptionsFromTheWindow) {
     };
     ASSERT_TRUE(hook.InstallHook(window.hwnd()));
     EXPECT_EQ(window.send(testMessage), 3);
-    hook.before = nullptr;
-    hook.after = nullptr;
 }
 
 TEST(WindowHook, EndsWithItsWindow) {
@@ -202,6 +172,7 @@ TEST(WindowHook, EndsWithItsWindow) {
     window.destroy();
     EXPECT_TRUE(lastSeen);
     EXPECT_EQ(hook.getHwnd(), nullptr);
+    // Without a window PostMessage would succeed: the message goes to the calling thread.
     EXPECT_FALSE(hook.postMessage(testMessage, 0, 0));
 
     TestWindow next;
@@ -247,26 +218,6 @@ TEST(WindowHook, GetsOnWithAnotherSubclasser) {
     EXPECT_EQ(hook.getHwnd(), dead);
     hook.RemoveHook();
     EXPECT_EQ(hook.getHwnd(), nullptr);
-}
-
-TEST(WindowHook, PostsOnlyToItsWindow) {
-    TestWindow window;
-    int arrived = 0;
-    window.onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message == testMessage) ++arrived;
-        return std::nullopt;
-    };
-    TestHook hook;
-    // Without a window PostMessage would succeed: the message goes to the calling thread.
-    EXPECT_FALSE(hook.postMessage(testMessage, 0, 0));
-    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-    EXPECT_TRUE(hook.postMessage(testMessage, 0, 0));
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        EXPECT_NE(message.hwnd, nullptr);
-        DispatchMessageW(&message);
-    }
-    EXPECT_EQ(arrived, 1);
 }
 
 }  // namespace

@@ -138,16 +138,6 @@ TEST(SaveMediaItem, ClearsWhenEmptyIsMeant) {
     EXPECT_EQ(media.attributes[L"ReleaseDate"], L"1/1/ 04:20:00 PM");
 }
 
-TEST(SaveMediaItem, GoesOnWhenThePlayerRefuses) {
-    FakeMedia media;
-    media.refused = {L"Title", L"WM/Genre"};
-    const WmpMediaItem item(record({{"TrackTitle", "T"}, {"Genre", "G"}, {"Composer", "C"}}));
-    EXPECT_TRUE(item.Save(&media, false));
-    EXPECT_EQ(media.writes.size(), 3u);
-    EXPECT_EQ(media.attributes[L"WM/Composer"], L"C");
-    EXPECT_FALSE(item.Save(nullptr, false));
-}
-
 TEST(MediaItemRecord, TakesTheTrackArtistForAMissingAlbumArtist) {
     EXPECT_EQ(WmpMediaItem(record({{"TrackArtist", "T"}})).getAlbumArtist(), String("T"));
     EXPECT_EQ(WmpMediaItem(record({{"trackartist", "T"}, {"albumartist", ""}})).getAlbumArtist(),

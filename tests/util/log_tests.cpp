@@ -6,7 +6,6 @@
 #include <aclapi.h>
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <cerrno>
 #include <map>
 #include <thread>
@@ -209,26 +208,6 @@ TEST_F(Log, ItsOwnDoingsAndLinesArePrintedWhenAsked) {
     EXPECT_THAT(printed, HasSubstr("I: do_makelock: mutex Global\\OrVaneLog created"));
     EXPECT_THAT(printed, HasSubstr(" : <4> Loud : ["));
     EXPECT_THAT(printed, EndsWith("] heard\r\n"));
-}
-
-// Settings may change under the feet of writers: no line is torn and nothing is used after its end.
-TEST_F(Log, SettingsMayChangeWhileOthersWrite) {
-    std::atomic<int> writing{2};
-    const auto write = [&] {
-        for (int line = 0; line < 50; ++line) syslog(LOG_ERR, "%d", line);
-        --writing;
-    };
-    const std::jthread first(write);
-    const std::jthread second(write);
-    while (writing > 0) {
-        openlog("Changing", LOG_PID, 0);
-        closelog();
-    }
-    const std::vector<std::string> written = lines();
-    EXPECT_EQ(written.size(), 100U);
-    for (const std::string& line : written)
-        EXPECT_THAT(afterTime(line),
-                    testing::AnyOf(StartsWith("<3> Changing : "), StartsWith("<3> unknown : ")));
 }
 
 }  // namespace
