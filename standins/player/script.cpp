@@ -57,6 +57,8 @@ constexpr Command kCommands[] = {
     {L"print-playlists", "", "", [](Script& s, const Arguments&) { return s.printPlaylists(); }},
     {L"close", "", "close the window, as its user would",
      [](Script& s, const Arguments&) { return s.close(); }},
+    {L"exit", "[CODE]", "leave at once, with the plug-ins still alive",
+     [](Script& s, const Arguments& a) { return s.exit(a); }},
 };
 
 }  // namespace

@@ -45,6 +45,7 @@ public:
     bool sendPlaylists(const Arguments& arguments);
     bool printPlaylists();
     bool close();
+    bool exit(const Arguments& arguments);
 
 private:
     void next();

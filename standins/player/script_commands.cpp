@@ -212,4 +212,12 @@ bool Script::close() {
     return true;
 }
 
+bool Script::exit(const Arguments& arguments) {
+    unsigned code = 0;
+    if (arguments.size() > 1 || (arguments.size() == 1 && !readNumber(arguments[0], code)))
+        return false;
+    m_report("leaving at once");
+    ExitProcess(code);
+}
+
 }  // namespace orvane::standin
