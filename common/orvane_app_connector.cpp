@@ -47,6 +47,13 @@ bool OrvaneAppConnector::reopen(std::shared_ptr<PipeType>& held,
         old.swap(held);
     }
     // The application serves one client a pipe, so the old end closes before the new one opens.
+    // When it went in the middle of a command, that one is not waited for here, on the player's
+    // thread: the next attempt finds it done.
+    if (old != nullptr && !old->letGo()) {
+        const juce::ScopedLock lock(m_pipesLock);
+        held = std::move(old);
+        return false;
+    }
     old.reset();
     if (fresh->initConnection()) return true;
     syslog(LOG_ERR, failure, "OrvaneAppConnector::connect");

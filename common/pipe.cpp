@@ -90,15 +90,24 @@ bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
     return false;
 }
 
-void Pipe::close() {
+bool Pipe::letGo() {
+    endStream();
+    lost();
+    return !m_readerDone || waitServingCalls(m_readerDone.get(), letGoMs) == WaitOutcome::signalled;
+}
+
+void Pipe::endStream() {
     std::shared_ptr<PipeStream> stream;
     {
         const juce::ScopedLock lock(m_streamLock);
         stream = std::exchange(m_stream, nullptr);
     }
-    if (stream != nullptr) stream->shutDown();
     // The reader leaves the stream by itself; the last one out closes the handle.
-    stream = nullptr;
+    if (stream != nullptr) stream->shutDown();
+}
+
+void Pipe::close() {
+    endStream();
     if (m_readerDone && juce::Thread::getCurrentThreadId() != getThreadId()) waitForReader();
     lost();
 }

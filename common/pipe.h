@@ -42,7 +42,12 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
+    // Closes without waiting for a message being handled; false while one is. Once it answers true
+    // neither opening nor destroying this object waits.
+    [[nodiscard]] bool letGo();
+
     static constexpr DWORD writeTimeoutMs = 2000;
+    static constexpr DWORD letGoMs = 100;           // for a reader that handles nothing
     static constexpr DWORD closePatienceMs = 4000;  // then the log tells of the wait
 
 protected:
@@ -61,6 +66,7 @@ private:
     void run() override;
     void readFrames();
     void deliver(std::span<const std::uint8_t> payload);
+    void endStream();
     void lost();
     void waitForReader();
     [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;

@@ -185,6 +185,28 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
     EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp", "PlayStopped Player=wmp"}));
 }
 
+// The application dies in the middle of a command: the player's thread does not wait for its end.
+TEST_F(ConnectorTest, ComesBackAfterTheCommandThatTheApplicationLeftBehind) {
+    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    EXPECT_CALL(methods, stop()).WillOnce([&] {
+        SetEvent(begun.get());
+        return WaitForSingleObject(go.get(), 10'000) == WAIT_OBJECT_0;
+    });
+    link();
+    app.sendCommand("stop");
+    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
+    app.closePipes();
+    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 1000);
+    app.openPipes();
+    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 1000);
+    SetEvent(go.get());
+    EXPECT_TRUE(eventually([&] { return connector->connect(); }));
+    EXPECT_CALL(methods, pause()).WillOnce(Return(true));
+    app.sendCommand("pause");
+    EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
+}
+
 // The timer tries every two seconds on the player's thread, for as long as the application is away.
 TEST_F(ConnectorTest, AnAttemptWithNobodyThereIsCheap) {
     std::vector<double> milliseconds;
