@@ -5,12 +5,12 @@
 tag() {
     local value
     # It takes every picture for the JPEG that its type says, and complains about others.
-    value=$(ffprobe -v fatal -show_entries "format_tags=$2" -of default=noprint_wrappers=1:nokey=1 "$1")
+    value=$(ffprobe -v quiet -show_entries "format_tags=$2" -of default=noprint_wrappers=1:nokey=1 "$1")
     printf '%s' "${value:--}"
 }
 
 # The coded audio alone: the same however the tags change.
-audio_hash() { ffmpeg -v fatal -i "$1" -map 0:a -c copy -f hash - </dev/null; }
+audio_hash() { ffmpeg -v quiet -i "$1" -map 0:a -c copy -f hash - </dev/null; }
 
 picture_type() { exiftool -s3 -PictureMIMEType "$1"; }
 picture_hash() { exiftool -b -Picture "$1" | sha256sum | cut -d' ' -f1; }
