@@ -15,7 +15,7 @@ fingerprint=$(cat "$0" scripts/common.sh | sha256sum | cut -d' ' -f1)
 if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$fingerprint" ] && [ -x "$(command -v wine)" ]; then
     exit 0
 fi
-mkdir -p "$build"
+mkdir -p "$build/logs"
 
 missing=()
 for package in "${packages[@]}"; do
