@@ -41,6 +41,7 @@ public:
         CComPtr(other).Swap(*this);
         return *this;
     }
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the copy is made before anything goes
     CComPtr& operator=(const CComPtr& other) noexcept {
         CComPtr(other).Swap(*this);
         return *this;
