@@ -17,7 +17,7 @@ function(orvane_test)
   add_test(NAME ${arg_NAME}
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/run-test.sh $<TARGET_FILE:${arg_NAME}>
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
-  set_tests_properties(${arg_NAME} PROPERTIES TIMEOUT 300 ENVIRONMENT "${arg_ENVIRONMENT}")
+  set_tests_properties(${arg_NAME} PROPERTIES TIMEOUT 150 ENVIRONMENT "${arg_ENVIRONMENT}")
   if(arg_SERIAL)
     set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK machine)
   endif()
