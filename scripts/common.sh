@@ -47,4 +47,6 @@ start_wine_session() {
     wine cmd /c 'ping -n 36000 127.0.0.1 >nul' </dev/null >/dev/null 2>&1 &
     wine_session=$!
     disown "$wine_session"
+    # Not before the services run may anything with streams of its own start.
+    timeout 60 wine cmd /c exit </dev/null >/dev/null 2>&1 || true
 }
