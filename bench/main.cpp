@@ -11,15 +11,15 @@
 #include <string>
 #include <vector>
 
-#include "common/orvane_app_connector.h"
-#include "common/orvane_message.h"
-#include "common/pipe_broadcaster.h"
-#include "common/text_coding.h"
-#include "platform/atlcomcli.h"
+#include "common/link/orvane_app_connector.h"
+#include "common/messages/orvane_message.h"
+#include "common/link/pipe_broadcaster.h"
+#include "common/messages/text_coding.h"
+#include "platform/atl/atlcomcli.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"
-#include "util/log.h"
+#include "util/log/log.h"
 
 #include <juce_events/juce_events.h>
 

@@ -1,6 +1,6 @@
 #include "hooks/window_hook.h"
 
-#include "util/log.h"
+#include "util/log/log.h"
 
 #include <juce_core/juce_core.h>
 

@@ -1,6 +1,6 @@
 #include "hooks/wmp_window_hook.h"
 
-#include "common/player_name.h"
+#include "common/messages/player_name.h"
 
 #include <optional>
 

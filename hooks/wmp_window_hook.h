@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/application_events.h"
+#include "common/messages/application_events.h"
 #include "hooks/window_hook.h"
 
 namespace orvane {

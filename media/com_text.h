@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <new>
 
-#include "platform/atlbase.h"
+#include "platform/atl/atlbase.h"
 
 namespace orvane {
 

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
-#include "util/long_names.h"
+#include "util/files/long_names.h"
 
 namespace orvane {
 namespace {

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "media/file_name.h"
-#include "util/log.h"
+#include "util/log/log.h"
 
 namespace orvane {
 namespace {

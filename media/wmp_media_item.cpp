@@ -6,7 +6,7 @@
 
 #include "media/com_text.h"
 #include "media/field_table.h"
-#include "util/log.h"
+#include "util/log/log.h"
 
 namespace orvane {
 

@@ -2,7 +2,7 @@
 
 // What the Windows Media Format runtime (WMVCore.dll) offers beyond mingw's wmsdkidl.h: the second
 // editor interface, the picture record and the attribute names that we use. The runtime itself is
-// found when first needed: platform/format_runtime.h.
+// found when first needed: media/format_runtime.h.
 
 #include <windows.h>
 

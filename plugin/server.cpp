@@ -1,6 +1,6 @@
 #include "plugin/server.h"
 
-#include "platform/atlcom.h"
+#include "platform/atl/atlcom.h"
 #include "plugin/registration.h"
 #include "plugin/wmp_plugin.h"
 

@@ -4,11 +4,11 @@
 #include <new>
 #include <utility>
 
-#include "common/orvane_launcher.h"
-#include "common/player_name.h"
+#include "common/launcher/orvane_launcher.h"
+#include "common/messages/player_name.h"
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
-#include "util/log.h"
+#include "util/log/log.h"
 
 namespace orvane {
 

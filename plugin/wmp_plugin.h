@@ -9,13 +9,13 @@
 #include <atomic>
 #include <memory>
 
-#include "common/app_connector.h"
-#include "common/plugin_methods.h"
+#include "common/link/app_connector.h"
+#include "common/messages/plugin_methods.h"
 #include "hooks/wmp_window_hook.h"
-#include "platform/atlcom.h"
-#include "platform/format_runtime.h"
+#include "platform/atl/atlcom.h"
+#include "media/format_runtime.h"
 #include "platform/wmp_plugin_ui.h"
-#include "plugin/juce_session.h"
+#include "platform/juce/session.h"
 
 namespace orvane {
 

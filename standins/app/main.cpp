@@ -1,6 +1,6 @@
 #include "standins/app/application.h"
-#include "standins/wide_text.h"
-#include "util/log.h"
+#include "standins/support/wide_text.h"
+#include "util/log/log.h"
 
 #include <windows.h>
 

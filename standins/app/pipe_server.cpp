@@ -1,6 +1,6 @@
 #include "standins/app/pipe_server.h"
 
-#include "standins/wide_text.h"
+#include "standins/support/wide_text.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #include "standins/app/protocol.h"
 
-#include "common/orvane_message.h"
-#include "common/text_coding.h"
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
 #include "standins/app/text.h"
 
 #include <pugixml.hpp>

@@ -2,7 +2,7 @@
 
 #include "standins/app/command_catalogue.h"
 #include "standins/app/text.h"
-#include "standins/wide_text.h"
+#include "standins/support/wide_text.h"
 
 namespace orvane::standin::app {
 namespace {

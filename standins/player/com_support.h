@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "standins/wide_text.h"
+#include "standins/support/wide_text.h"
 
 namespace orvane::standin {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "standins/asf/file_io.h"
-#include "standins/wide_text.h"
+#include "standins/support/wide_text.h"
 
 namespace orvane::standin {
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/application_events.h"
+#include "common/messages/application_events.h"
 
 namespace orvane::test {
 

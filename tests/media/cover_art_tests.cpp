@@ -7,7 +7,7 @@
 
 #include "media/image_file.h"
 #include "media/wmp_media_item.h"
-#include "platform/format_runtime.h"
+#include "media/format_runtime.h"
 #include "platform/handles.h"
 #include "tests/media/fake_media.h"
 #include "tests/media/track_folder.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "media/wmp_media_item.h"
-#include "platform/format_runtime.h"
+#include "media/format_runtime.h"
 #include "tests/media/fake_media.h"
 #include "tests/media/track_folder.h"
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/text_coding.h"
+#include "common/messages/text_coding.h"
 
 namespace orvane::test {
 

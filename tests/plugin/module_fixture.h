@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "platform/atlcomcli.h"
+#include "platform/atl/atlcomcli.h"
 #include "platform/handles.h"
 #include "platform/wmp_plugin_ui.h"
 

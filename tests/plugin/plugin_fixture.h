@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "platform/atlcom.h"
+#include "platform/atl/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "util/log.h"
+#include "util/log/log.h"
 
 namespace orvane::test {
 

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/common/pipe_fixtures.h"
+#include "tests/common/link/pipe_fixtures.h"
 
 namespace orvane::test {
 

@@ -13,7 +13,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/atlcom.h"
+#include "platform/atl/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"

@@ -3,7 +3,7 @@
 #include "standins/app/clean_library.h"
 #include "standins/app/frame_scanner.h"
 #include "standins/app/pipe_server.h"
-#include "standins/wide_text.h"
+#include "standins/support/wide_text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

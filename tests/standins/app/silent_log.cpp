@@ -1,6 +1,6 @@
 // The shared log is a Windows one; natively nothing is written.
 
-#include "util/log.h"
+#include "util/log/log.h"
 
 namespace orvane {
 

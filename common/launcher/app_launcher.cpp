@@ -1,0 +1,65 @@
+#include "common/launcher/app_launcher.h"
+
+#include <windows.h>
+
+#include "common/launcher/program_start.h"
+#include "util/log/log.h"
+
+namespace orvane {
+namespace {
+
+constexpr const char* launchName = "AppLauncher::launch";
+constexpr DWORD startTimeMs = 3000;
+
+// The text before the last backslash; none for a path that has none or starts with one.
+juce::String directoryOf(const juce::String& path) {
+    return path.startsWithChar('\\') ? juce::String()
+                                     : path.substring(0, juce::jmax(0, path.lastIndexOfChar('\\')));
+}
+
+bool endedWell(HANDLE process) {
+    DWORD code = 0;
+    if (!GetExitCodeProcess(process, &code)) {
+        syslog(LOG_ERR, "%s: error getting app exit code.", launchName);
+        return false;
+    }
+    if (code != 0) {
+        syslog(LOG_NOTICE, "%s: app code: %d", launchName, static_cast<int>(code));
+        return false;
+    }
+    return true;
+}
+
+bool startedWell(HANDLE process) {
+    switch (WaitForSingleObject(process, startTimeMs)) {
+        case WAIT_TIMEOUT:
+            return true;
+        case WAIT_ABANDONED:
+            syslog(LOG_DEBUG, "%s: OrVane launched but abandoned.", launchName);
+            return false;
+        default:
+            return endedWell(process);
+    }
+}
+
+}  // namespace
+
+bool AppLauncher::isInstalled() { return getPath().isNotEmpty(); }
+
+bool AppLauncher::launch(const juce::String& parameters) {
+    const juce::String path = getPath();
+    if (path.isEmpty()) {
+        syslog(LOG_NOTICE, "%s: failed launching OrVane app (path not found)", launchName);
+        return false;
+    }
+
+    UniqueHandle process;
+    if (!startProgram(path, parameters, directoryOf(path), process)) {
+        syslog(LOG_ERR, "%s: failed launching (code=0x%08x)", launchName,
+               static_cast<unsigned>(GetLastError()));
+        return false;
+    }
+    return process && startedWell(process.get());
+}
+
+}  // namespace orvane

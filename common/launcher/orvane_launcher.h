@@ -1,0 +1,23 @@
+#pragma once
+
+#include "common/launcher/host_launcher.h"
+
+namespace orvane {
+
+// Knows where the desktop application is installed, whether it runs and how to link to it.
+class OrvaneLauncher final : public HostLauncher {
+public:
+    using HostLauncher::HostLauncher;
+
+    // Whether somebody holds the mutex "OrVaneApp_Process" in this session. CreateMutexW.
+    [[nodiscard]] bool isAppRunning() override;
+
+    // "OrVaneApp.exe" in the folder that HKLM\Software\OrVaneMedia\Settings names as "Path", when
+    // there is such a file.
+    [[nodiscard]] juce::String getPath() override;
+
+    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(
+        IOrvanePluginMethods* methods) override;
+};
+
+}  // namespace orvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "common/messages/application_events.h"
+#include "common/messages/plugin_methods.h"
+
+#include <juce_core/juce_core.h>
+#include <juce_events/juce_events.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+
+namespace orvane {
+
+class OrvaneEvent;
+
+// Turns player happenings into event messages; the subclass owns the link they travel on.
+// Event operations may come from any thread; connect, disconnect, isConnected and destruction
+// come from the object's own thread, never at once. None of them throws.
+class AppConnector : public IOrvaneApplicationEvents, protected juce::Timer {
+public:
+    // `methods` is not owned and outlives the connector.
+    explicit AppConnector(IOrvanePluginMethods* methods) : pluginMethods(methods) {}
+    ~AppConnector() override;
+
+    void playerHello(const juce::String& player) override;
+    void playerGoodbye(const juce::String& player) override;
+    void playerMoved(const juce::String& player, int left, int top, int width, int height) override;
+    void playerMaximized(const juce::String& player, int left, int top, int width,
+                         int height) override;
+    void playerMinimized(const juce::String& player) override;
+    void playerHidden(const juce::String& player) override;
+    void playerShown(const juce::String& player) override;
+    void playerInSpecialMode(const juce::String& player, bool inSpecialMode) override;
+    void playerActivated(const juce::String& player) override;
+    void playStarted(const juce::String& player, const juce::String& title,
+                     const juce::String& artist, const juce::String& albumTitle,
+                     const juce::String& genre, const juce::String& filename,
+                     const juce::String& year, const juce::String& trackNumber) override;
+    void playStopped(const juce::String& player) override;
+    void playPaused(const juce::String& player) override;
+    void cleanTracks(const juce::String& player, const juce::StringArray& trackPaths) override;
+    void mouseLButtonDown(const juce::String& player) override;
+
+    // Opens whatever is not open; true when the whole link is up afterwards. Never waits for an
+    // application that is not there.
+    virtual bool connect() = 0;
+    virtual void disconnect() = 0;
+    virtual bool isConnected() = 0;
+    // False when the link is down, and the event is lost.
+    virtual bool postEvent(const OrvaneEvent& event) = 0;
+
+    static constexpr int movePeriodMs = 75;
+
+protected:
+    // Sends the newest of the positions reported since the last tick.
+    void timerCallback() override;
+
+    IOrvanePluginMethods* const pluginMethods;
+
+private:
+    struct Rect {
+        int left, top, width, height;
+    };
+    static juce::String text(const Rect& rect);
+    template <typename Fill>
+    void post(const char* name, const juce::String& player, const Fill& fill);
+    void post(const char* name, const juce::String& player);
+
+    // Only the newest one is ever sent, so a window that is dragged about while nothing is sent
+    // keeps no more than these.
+    static constexpr std::size_t maxPendingMoves = 64;
+
+    juce::CriticalSection m_movesLock;
+    std::deque<Rect> pendingMoves;
+    std::uint64_t m_movesTaken = 0;  // how many have left the front of the list, ever
+    std::atomic<bool> m_timerWanted{false};
+};
+
+}  // namespace orvane

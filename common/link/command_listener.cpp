@@ -1,0 +1,20 @@
+#include "common/link/command_listener.h"
+
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
+#include "util/log/log.h"
+
+namespace orvane {
+
+void CommandListener::messageReceived(std::span<const std::uint8_t> payload) {
+    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const auto* command = dynamic_cast<const OrvaneCommand*>(message.get());
+    if (command == nullptr) {
+        syslog(LOG_ERR, "CommandListener: command parsing error occured");
+        return;
+    }
+    if (!send(command->executeCommand(pluginMethods)))
+        syslog(LOG_ERR, "CommandListener: failed sending response");
+}
+
+}  // namespace orvane

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "common/link/pipe_listener.h"
+
+namespace orvane {
+
+// The event pipe's end in the plug-in. Nothing of use arrives on it; what does is read and dropped,
+// so that whoever sends it is not held up.
+class EventProducer final : public PipeListener {
+public:
+    explicit EventProducer(const juce::String& name = "IpcOrvaneEventPipe") : PipeListener(name) {}
+    ~EventProducer() override { close(); }
+
+    void messageReceived(std::span<const std::uint8_t>) override {}
+};
+
+}  // namespace orvane

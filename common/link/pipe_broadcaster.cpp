@@ -1,0 +1,28 @@
+#include "common/link/pipe_broadcaster.h"
+
+#include "util/log/log.h"
+
+namespace orvane {
+
+bool PipeBroadcaster::initConnection() {
+    close();  // there is one instance of the pipe: the old one has to go first
+    const bool created = open(PipeStream::create(pipeName), -1);
+    if (log_enabled(LOG_DEBUG))
+        syslog(LOG_DEBUG, "%s: \"%s\" %s", "PipeBroadcaster::initConnection", pipeName.toRawUTF8(),
+               created ? "created" : "not created");
+    return created;
+}
+
+void PipeBroadcaster::terminate() {
+    close();
+    if (log_enabled(LOG_DEBUG))
+        syslog(LOG_DEBUG, "PipeBroadcaster: connection \"%s\" terminated", pipeName.toRawUTF8());
+}
+
+bool PipeBroadcaster::prepareReading(PipeStream& stream) {
+    if (!stream.waitForClient()) return false;
+    clientConnected();
+    return true;
+}
+
+}  // namespace orvane

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "common/link/pipe.h"
+
+namespace orvane {
+
+// The connecting end: opens a pipe that the application has made. It never waits for a pipe that is
+// absent or taken.
+class PipeListener : public Pipe {
+public:
+    using Pipe::Pipe;
+
+    bool initConnection() override;  // reads wait as long as it takes
+    virtual bool initConnection(int timeoutMs);
+    void terminate() override;
+};
+
+}  // namespace orvane

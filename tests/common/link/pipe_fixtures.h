@@ -1,0 +1,172 @@
+#pragma once
+
+#include "common/messages/frame.h"
+#include "common/link/pipe_listener.h"
+#include "platform/handles.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+inline juce::String uniquePipeName() {
+    static std::atomic<int> count{0};
+    return "OrvaneTest." + juce::String(static_cast<int>(GetCurrentProcessId())) + "." +
+           juce::String(++count);
+}
+
+// Waits, without serving anything, for something that another thread brings about.
+inline bool eventually(const std::function<bool()>& holds, DWORD timeoutMs = 5000) {
+    const ULONGLONG end = GetTickCount64() + timeoutMs;
+    while (!holds()) {
+        if (GetTickCount64() > end) return false;
+        Sleep(5);
+    }
+    return true;
+}
+
+inline long long millisecondsFor(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                 start)
+        .count();
+}
+
+// The application's end as bare as can be, to send what no application should.
+class RawServer {
+public:
+    explicit RawServer(const juce::String& name) : m_name(name) { reopen(); }
+
+    // A pipe that a client had takes none again before it is made anew.
+    void reopen() {
+        m_pipe.reset();
+        m_pipe.reset(CreateNamedPipeW(
+            ("\\\\.\\pipe\\" + m_name).toWideCharPointer(), PIPE_ACCESS_DUPLEX,
+            PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT, 1, 64, 64, 0, nullptr));
+    }
+
+    [[nodiscard]] HANDLE get() const { return m_pipe.get(); }
+
+    // Takes the client that has opened the pipe, or waits for one.
+    bool accept() {
+        return ConnectNamedPipe(m_pipe.get(), nullptr) || GetLastError() == ERROR_PIPE_CONNECTED;
+    }
+
+    bool write(const Bytes& bytes) {
+        DWORD written = 0;
+        return WriteFile(m_pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                         nullptr) &&
+               written == bytes.size();
+    }
+
+    bool writeFrame(const std::string& payload) { return write(frame::encode(bytesOf(payload))); }
+
+    // Exactly `count` bytes, or fewer at the end of the stream.
+    Bytes read(std::size_t count) {
+        Bytes bytes(count);
+        std::size_t filled = 0;
+        DWORD got = 0;
+        while (filled < count && ReadFile(m_pipe.get(), bytes.data() + filled,
+                                          static_cast<DWORD>(count - filled), &got, nullptr))
+            filled += got;
+        bytes.resize(filled);
+        return bytes;
+    }
+
+    Bytes readPayload() {
+        const Bytes bytes = read(frame::headerSize);
+        frame::Header header{};
+        if (bytes.size() < header.size()) return {};
+        std::copy(bytes.begin(), bytes.end(), header.begin());
+        return read(frame::decodeHeader(header).value_or(0));
+    }
+
+    void close() { m_pipe.reset(); }
+
+private:
+    juce::String m_name;
+    UniqueFile m_pipe;
+};
+
+// Keeps what it hears.
+class TestListener final : public PipeListener {
+public:
+    using PipeListener::PipeListener;
+    ~TestListener() override { close(); }
+
+    void connectionMade() override {
+        PipeListener::connectionMade();
+        ++made;
+    }
+    void connectionLost() override {
+        PipeListener::connectionLost();
+        lostOn = GetCurrentThreadId();
+        ++lost;
+    }
+    void messageReceived(std::span<const std::uint8_t> payload) override {
+        {
+            const std::lock_guard lock(m_lock);
+            m_payloads.emplace_back(payload.begin(), payload.end());
+        }
+        if (onMessage) onMessage();
+    }
+
+    std::vector<std::string> payloads() const {
+        const std::lock_guard lock(m_lock);
+        return m_payloads;
+    }
+
+    std::function<void()> onMessage;
+    std::atomic<int> made{0};
+    std::atomic<int> lost{0};
+    std::atomic<DWORD> lostOn{0};
+
+private:
+    mutable std::mutex m_lock;
+    std::vector<std::string> m_payloads;
+};
+
+// A window on the thread that makes it, which counts the messages that others send to it.
+class CountingWindow {
+public:
+    static constexpr UINT message = WM_APP + 1;
+
+    CountingWindow()
+        : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
+                                   nullptr)) {
+        SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&proc));
+    }
+    CountingWindow(const CountingWindow&) = delete;
+    CountingWindow& operator=(const CountingWindow&) = delete;
+    ~CountingWindow() { DestroyWindow(m_window); }
+
+    [[nodiscard]] HWND get() const { return m_window; }
+
+    std::atomic<int> count{0};
+    std::function<void()> onMessage;
+
+private:
+    static LRESULT CALLBACK proc(HWND window, UINT id, WPARAM wParam, LPARAM lParam) {
+        auto* self = reinterpret_cast<CountingWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (id != message || self == nullptr) return DefWindowProcW(window, id, wParam, lParam);
+        ++self->count;
+        if (self->onMessage) self->onMessage();
+        return 42;
+    }
+
+    HWND m_window;
+};
+
+}  // namespace orvane::test

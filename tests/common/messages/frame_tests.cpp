@@ -1,0 +1,106 @@
+#include "common/messages/frame.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace orvane::frame {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes pattern(std::size_t size) {
+    Bytes bytes(size);
+    std::iota(bytes.begin(), bytes.end(), std::uint8_t{1});
+    return bytes;
+}
+
+// What a stream yields when it arrives in pieces of `step` bytes.
+std::vector<Bytes> read(Reader& reader, std::span<const std::uint8_t> stream, std::size_t step) {
+    std::vector<Bytes> payloads;
+    while (!stream.empty()) {
+        const auto room = reader.room();
+        const std::size_t count = std::min({step, room.size(), stream.size()});
+        std::copy_n(stream.begin(), count, room.begin());
+        stream = stream.subspan(count);
+        if (reader.advance(count))
+            payloads.emplace_back(reader.payload().begin(), reader.payload().end());
+    }
+    return payloads;
+}
+
+TEST(Frame, HasItsMagicAndLengthLittleEndian) {
+    EXPECT_EQ(encodeHeader(158), (Header{0x2C, 0x9E, 0xB4, 0xF2, 0x9E, 0, 0, 0}));
+    EXPECT_EQ(decodeHeader(encodeHeader(10'485'759)), 10'485'759u);
+    EXPECT_EQ(decodeHeader(encodeHeader(10'485'760)), std::nullopt);
+    EXPECT_EQ(decodeHeader(encodeHeader(0xFFFFFFFF)), std::nullopt);
+    EXPECT_EQ(decodeHeader(encodeHeader(0)), std::nullopt);
+    EXPECT_EQ(decodeHeader({0x2D, 0x9E, 0xB4, 0xF2, 1, 0, 0, 0}), std::nullopt);
+    EXPECT_TRUE(encode({}).empty());
+    EXPECT_TRUE(encode(Bytes(payloadLimit)).empty());
+}
+
+TEST(Frame, IsReadHoweverTheStreamIsCut) {
+    const std::vector<Bytes> sent{pattern(1), pattern(300), pattern(200'000), pattern(65'536)};
+    Bytes stream;
+    for (const Bytes& payload : sent) {
+        const Bytes frame = encode(payload);
+        stream.insert(stream.end(), frame.begin(), frame.end());
+    }
+    for (const std::size_t step : {std::size_t{1}, std::size_t{7}, std::size_t{1'000'000}}) {
+        Reader reader;
+        EXPECT_EQ(read(reader, stream, step), sent) << step;
+        EXPECT_FALSE(reader.cut()) << "nothing is left";
+    }
+}
+
+TEST(Frame, WhatIsNoHeaderIsDroppedEightBytesAtATime) {
+    const Bytes good = encode(pattern(5));
+    Bytes stream(16, 0x41);
+    const Header tooLong = encodeHeader(payloadLimit);
+    const Header empty = encodeHeader(0);
+    stream.insert(stream.end(), tooLong.begin(), tooLong.end());
+    stream.insert(stream.end(), empty.begin(), empty.end());
+    stream.insert(stream.end(), good.begin(), good.end());
+    Reader reader;
+    EXPECT_EQ(read(reader, stream, 3), std::vector<Bytes>{pattern(5)});
+
+    // One byte too many shifts all that follows out of step.
+    stream.insert(stream.begin(), 0x41);
+    Reader shifted;
+    EXPECT_TRUE(read(shifted, stream, 3).empty());
+}
+
+TEST(Frame, CutShortYieldsWhatArrived) {
+    Reader reader;
+    Bytes stream = encode(pattern(100'000));
+    stream.resize(headerSize + 70'000);
+    EXPECT_TRUE(read(reader, stream, 4096).empty());
+    ASSERT_TRUE(reader.cut());
+    EXPECT_EQ(Bytes(reader.payload().begin(), reader.payload().end()),
+              Bytes(stream.begin() + headerSize, stream.end()));
+
+    // Cut in the header: nothing to deliver, and the next byte starts a new one.
+    read(reader, pattern(5), 5);
+    EXPECT_FALSE(reader.cut());
+    EXPECT_EQ(read(reader, encode(pattern(9)), 2), std::vector<Bytes>{pattern(9)});
+
+    // Cut right after the header.
+    stream.resize(headerSize);
+    read(reader, stream, 8);
+    EXPECT_TRUE(reader.cut());
+    EXPECT_TRUE(reader.payload().empty());
+}
+
+TEST(Frame, MemoryFollowsWhatArrivesNotWhatIsClaimed) {
+    Reader reader;
+    const Header header = encodeHeader(payloadLimit - 1);
+    read(reader, header, 8);
+    EXPECT_LE(reader.room().size(), Reader::maxStep);
+    EXPECT_LE(reader.payload().size(), Reader::maxStep);
+}
+
+}  // namespace
+}  // namespace orvane::frame

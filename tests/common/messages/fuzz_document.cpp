@@ -1,0 +1,27 @@
+// Any bytes that may come as a command's payload: decoded, parsed, read and written again.
+
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
+#include "tests/common/messages/captured_log.h"
+
+#include <cstdlib>
+
+using namespace orvane;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    test::takeLogLines();  // so that they do not pile up
+    const auto message = OrvaneMessage::parse(decodePayload({data, size}));
+    if (message == nullptr) return 0;
+    juce::StringArray list;
+    juce::StringPairArray map;
+    message->getList("trackPaths", list);
+    message->getMap("metadata", map);
+    for (const auto& parameter : message->getParameters()) {
+        // Whatever was read is found again under its own name.
+        if (message->getValue(parameter.key) != parameter.value) std::abort();
+    }
+    const auto again = OrvaneMessage::parse(message->toDocument());
+    // Names are the sender's and not escaped; those that the parser took once it takes again.
+    if (again == nullptr || again->getTagName() != message->getTagName()) std::abort();
+    return 0;
+}
