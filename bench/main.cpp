@@ -1,6 +1,8 @@
 // orvane_bench: what the plug-in costs the player, as a table. Everything is measured on the thread
 // that pays: the player's own, but for the reading of commands.
 
+#include <juce_events/juce_events.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -12,8 +14,8 @@
 #include <vector>
 
 #include "common/link/orvane_app_connector.h"
-#include "common/messages/orvane_message.h"
 #include "common/link/pipe_broadcaster.h"
+#include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "platform/atl/atlcomcli.h"
 #include "plugin/server.h"
@@ -21,15 +23,13 @@
 #include "standins/player/player.h"
 #include "util/log/log.h"
 
-#include <juce_events/juce_events.h>
-
 namespace orvane::bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Work = std::function<void()>;
 
-constexpr int pathCount = 20'000;
+constexpr int kPathCount = 20'000;
 
 std::string inUnits(double nanoseconds) {
     char text[32];
@@ -101,8 +101,8 @@ private:
     unsigned m_former;
 };
 
-constexpr unsigned usual = 63;                          // the plug-in's
-constexpr unsigned withoutErrors = usual & ~(1U << 3);  // LOG_ERR
+constexpr unsigned kUsual = 63;                           // the plug-in's
+constexpr unsigned kWithoutErrors = kUsual & ~(1U << 3);  // LOG_ERR
 
 void measureLog() {
     measure("one log line, written", 300, 1, [] {
@@ -118,12 +118,12 @@ void measureLink() {
     const auto attempt = [&] { require(!connector.connect(), "an application is running"); };
     measure("reconnect attempt, nobody there, with its two log lines", 200, 1, attempt);
     {
-        const LogMask mask(withoutErrors);
+        const LogMask mask(kWithoutErrors);
         measure("reconnect attempt, nobody there, without log lines", 200, 1, attempt);
     }
 
     juce::StringArray paths;
-    for (int i = 0; i < pathCount; ++i)
+    for (int i = 0; i < kPathCount; ++i)
         paths.add("C:\\Users\\Somebody\\Music\\Artist " + juce::String(i / 120) + "\\Album " +
                   juce::String(i / 12 % 10) + "\\" + juce::String(i % 12 + 1) + " The Title.wma");
 
@@ -142,7 +142,7 @@ void measureLink() {
         const auto message = OrvaneMessage::parse(decodePayload(payload));
         juce::StringArray read;
         require(
-            message != nullptr && message->getList("trackPaths", read) && read.size() == pathCount,
+            message != nullptr && message->getList("trackPaths", read) && read.size() == kPathCount,
             "the list did not come back");
     });
     std::printf("%-62s %23.2f MB\n", "(size of that document)",
@@ -200,7 +200,7 @@ void measurePlugin(unsigned items) {
 int run() {
     const standin::ComApartment com;
     openlog("orvane_bench", LOG_PID, 0);
-    const LogMask mask(usual);
+    const LogMask mask(kUsual);
     std::printf("%-62s %7s %11s %11s\n", "", "samples", "median", "p95");
     measureLog();
     measureLink();

@@ -1,16 +1,16 @@
 #include "hooks/window_hook.h"
 
-#include "util/log/log.h"
-
 #include <juce_core/juce_core.h>
+
+#include "util/log/log.h"
 
 namespace orvane {
 namespace {
 
-constexpr const wchar_t* hookProperty = L"window_hook_this_ptr";
-constexpr int maxSameWindows = 64;
+constexpr const wchar_t* kHookProperty = L"window_hook_this_ptr";
+constexpr int kMaxSameWindows = 64;
 
-WindowHook* hookOf(HWND hwnd) { return static_cast<WindowHook*>(GetPropW(hwnd, hookProperty)); }
+WindowHook* hookOf(HWND hwnd) { return static_cast<WindowHook*>(GetPropW(hwnd, kHookProperty)); }
 
 WNDPROC setWindowProc(HWND hwnd, WNDPROC proc) {
     return reinterpret_cast<WNDPROC>(
@@ -31,7 +31,7 @@ bool belongsToThisProcess(HWND hwnd) {
 HWND findWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
     HWND const first = FindWindowExW(parent, nullptr, className, caption);
     HWND window = first;
-    for (int i = 0; window != nullptr && i < maxSameWindows; ++i) {
+    for (int i = 0; window != nullptr && i < kMaxSameWindows; ++i) {
         if (belongsToThisProcess(window)) return window;
         window = FindWindowExW(parent, window, className, caption);
     }
@@ -86,7 +86,7 @@ bool WindowHook::InstallHook(HWND hwnd) {
     // another process would take our pointer for one of its own.
     const bool free = belongsToThisProcess(hwnd) && hookOf(hwnd) == nullptr;
     if (free) m_oldWndProc = setWindowProc(hwnd, &HookProc);
-    if (m_oldWndProc == nullptr || !SetPropW(hwnd, hookProperty, this)) {
+    if (m_oldWndProc == nullptr || !SetPropW(hwnd, kHookProperty, this)) {
         syslog(LOG_ERR, "WindowHook::InstallHook failed - can't save this pointer into the window");
         if (m_oldWndProc != nullptr) setWindowProc(hwnd, m_oldWndProc);
         m_oldWndProc = nullptr;
@@ -103,7 +103,7 @@ void WindowHook::RemoveHook() {
     // Without either mark it is a later window that got the handle of ours.
     if (hookOf(hwnd) == this || windowProc(hwnd) == &HookProc) {
         if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) keepModuleLoaded(&HookProc);
-        RemovePropW(hwnd, hookProperty);
+        RemovePropW(hwnd, kHookProperty);
     }
     m_hwnd = nullptr;
     m_oldWndProc = nullptr;

@@ -1,16 +1,16 @@
 #include "hooks/wmp_window_hook.h"
 
-#include "common/messages/player_name.h"
-
 #include <optional>
+
+#include "common/messages/player_name.h"
 
 namespace orvane {
 namespace {
 
-constexpr const wchar_t* playerCaption = L"Windows Media Player";
-constexpr const wchar_t* playerClass = L"WMPlayerApp";
-constexpr int specialModeMaxWidth = 366;
-constexpr int specialModeMaxHeight = 90;
+constexpr const wchar_t* kPlayerCaption = L"Windows Media Player";
+constexpr const wchar_t* kPlayerClass = L"WMPlayerApp";
+constexpr int kSpecialModeMaxWidth = 366;
+constexpr int kSpecialModeMaxHeight = 90;
 
 struct WindowArea {
     int left, top, width, height;  // pixels, frame included
@@ -41,14 +41,14 @@ std::optional<WindowArea> normalArea(HWND hwnd) {
 WmpWindowHook::WmpWindowHook(IOrvaneApplicationEvents* events) : m_events(events) {}
 
 bool WmpWindowHook::InstallHook() {
-    if (!WindowHook::InstallHook(playerCaption, playerClass, nullptr)) return false;
+    if (!WindowHook::InstallHook(kPlayerCaption, kPlayerClass, nullptr)) return false;
     m_inSpecialMode = isInSpecialMode();
     return true;
 }
 
 bool WmpWindowHook::isInSpecialMode() const {
     const auto area = normalArea(getHwnd());
-    return area && area->width <= specialModeMaxWidth && area->height <= specialModeMaxHeight;
+    return area && area->width <= kSpecialModeMaxWidth && area->height <= kSpecialModeMaxHeight;
 }
 
 bool WmpWindowHook::OnMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM) {

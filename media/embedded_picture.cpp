@@ -34,7 +34,7 @@ WORD lengthByName(IWMHeaderInfo3* header) {
     WORD length = 0;
     WMT_ATTR_DATATYPE type = WMT_TYPE_DWORD;
     const HRESULT result =
-        header->GetAttributeByName(&stream, wm_format::pictureAttribute, &type, nullptr, &length);
+        header->GetAttributeByName(&stream, wm_format::kPictureAttribute, &type, nullptr, &length);
     return SUCCEEDED(result) && type == WMT_TYPE_BINARY ? length : WORD{0};
 }
 
@@ -45,7 +45,7 @@ std::optional<Value> readByName(IWMHeaderInfo3* header) {
     if (!value) return std::nullopt;
     WORD stream = kWholeFile;
     WMT_ATTR_DATATYPE type = WMT_TYPE_DWORD;
-    if (FAILED(header->GetAttributeByName(&stream, wm_format::pictureAttribute, &type,
+    if (FAILED(header->GetAttributeByName(&stream, wm_format::kPictureAttribute, &type,
                                           value->bytes.get(), &length)) ||
         type != WMT_TYPE_BINARY)
         return std::nullopt;
@@ -58,12 +58,12 @@ std::vector<WORD> pictureIndices(IWMHeaderInfo3* header, const WORD* language) {
     WORD languageIndex = language ? *language : WORD{0};
     WORD* const wanted = language ? &languageIndex : nullptr;
     WORD count = 0;
-    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::pictureAttribute, wanted, nullptr,
-                                           &count)) ||
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, wanted,
+                                           nullptr, &count)) ||
         count == 0)
         return {};
     std::vector<WORD> indices(count);
-    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::pictureAttribute, wanted,
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, wanted,
                                            indices.data(), &count)))
         return {};
     indices.resize(std::min<std::size_t>(indices.size(), count));
@@ -150,7 +150,7 @@ bool EmbeddedPicture::replace(IWMHeaderInfo3* header, std::span<const BYTE> imag
     record.dwDataLen = static_cast<DWORD>(image.size());
     record.pbData = const_cast<BYTE*>(image.data());
     WORD index = 0;
-    return SUCCEEDED(header->AddAttribute(kWholeFile, wm_format::pictureAttribute, &index,
+    return SUCCEEDED(header->AddAttribute(kWholeFile, wm_format::kPictureAttribute, &index,
                                           WMT_TYPE_BINARY, kDefaultLanguage,
                                           reinterpret_cast<const BYTE*>(&record), sizeof(record)));
 }

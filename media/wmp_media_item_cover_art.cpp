@@ -1,6 +1,8 @@
 // Cover art of WmpMediaItem: embedded in the track's file, by way of the Format runtime, or in
 // picture files beside it.
 
+#include "media/wmp_media_item.h"
+
 #include <windows.h>
 
 #include <wmp.h>
@@ -10,11 +12,10 @@
 #include "media/com_text.h"
 #include "media/embedded_picture.h"
 #include "media/file_name.h"
+#include "media/format_runtime.h"
 #include "media/image_file.h"
 #include "media/picture_files.h"
-#include "media/wmp_media_item.h"
 #include "platform/atl/atlbase.h"
-#include "media/format_runtime.h"
 #include "platform/wm_format.h"
 
 namespace orvane {

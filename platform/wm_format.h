@@ -56,6 +56,6 @@ static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
 
 namespace orvane::wm_format {
 
-inline constexpr wchar_t pictureAttribute[] = L"WM/Picture";
+inline constexpr wchar_t kPictureAttribute[] = L"WM/Picture";
 
 }  // namespace orvane::wm_format

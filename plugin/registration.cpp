@@ -8,10 +8,10 @@
 namespace orvane {
 namespace {
 
-constexpr const wchar_t* classesKey = L"CLSID";
-constexpr DWORD capabilities = PLUGIN_TYPE_BACKGROUND | PLUGIN_FLAGS_ACCEPTSPLAYLISTS |
-                               PLUGIN_FLAGS_ACCEPTSMEDIA | PLUGIN_FLAGS_INSTALLAUTORUN;
-constexpr std::size_t longestPath = 32767;  // characters, the system's limit
+constexpr const wchar_t* kClassesKey = L"CLSID";
+constexpr DWORD kCapabilities = PLUGIN_TYPE_BACKGROUND | PLUGIN_FLAGS_ACCEPTSPLAYLISTS |
+                                PLUGIN_FLAGS_ACCEPTSMEDIA | PLUGIN_FLAGS_INSTALLAUTORUN;
+constexpr std::size_t kLongestPath = 32767;  // characters, the system's limit
 
 std::wstring classIdText() {
     wchar_t text[39] = {};
@@ -30,7 +30,7 @@ std::wstring modulePath() {
         std::wstring path(size, L'\0');
         const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(size));
         if (length < size) return path.substr(0, length);
-        if (size > longestPath) return {};
+        if (size > kLongestPath) return {};
     }
 }
 
@@ -88,7 +88,7 @@ HRESULT registerPlugin() {
     const std::wstring classId = classIdText();
     RegistryWriter registry;
 
-    const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, classesKey);
+    const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, kClassesKey);
     registry.removeTree(classes, classId);
     const UniqueRegKey ourClass = registry.create(classes.get(), classId.c_str());
     registry.setText(ourClass, nullptr, L"OrVaneWmpPlugin Class");
@@ -104,14 +104,14 @@ HRESULT registerPlugin() {
                      L"res://OrVaneWmpPlugin.dll/RT_STRING/#102");
     registry.setText(entry, PLUGIN_INSTALLREGKEY_DESCRIPTION,
                      L"res://OrVaneWmpPlugin.dll/RT_STRING/#103");
-    registry.setNumber(entry, PLUGIN_INSTALLREGKEY_CAPABILITIES, capabilities);
+    registry.setNumber(entry, PLUGIN_INSTALLREGKEY_CAPABILITIES, kCapabilities);
     return registry.result();
 }
 
 HRESULT unregisterPlugin() {
     const std::wstring classId = classIdText();
     RegistryWriter registry;
-    if (const auto classes = registry.openExisting(HKEY_CLASSES_ROOT, classesKey))
+    if (const auto classes = registry.openExisting(HKEY_CLASSES_ROOT, kClassesKey))
         registry.removeTree(classes, classId);
     if (const auto plugins = registry.openExisting(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY))
         registry.removeTree(plugins, classId);

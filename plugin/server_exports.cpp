@@ -1,11 +1,12 @@
 // The module's entry point and its four exports.
 
+#include "plugin/server.h"
+
 #include <windows.h>
 
 #include <cstdlib>
 
 #include "platform/juce/session.h"
-#include "plugin/server.h"
 #include "util/log/log.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processExit) {

@@ -17,9 +17,9 @@ const CLSID CLSID_OrVaneWmpPlugin = {
 
 namespace {
 
-constexpr int playerId = 3;
-constexpr int writtenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
-constexpr int reconnectPeriodMs = 2000;
+constexpr int kPlayerId = 3;
+constexpr int kWrittenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
+constexpr int kReconnectPeriodMs = 2000;
 
 template <typename T, typename... Arguments>
 std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
@@ -46,7 +46,7 @@ HRESULT COrVaneWmpPlugin::FinalConstruct() {
     HRESULT result = E_FAIL;
     try {
         openlog("OrVaneWmpPlugin", LOG_PID, 0);
-        setlogmask(writtenPriorities);
+        setlogmask(kWrittenPriorities);
         result = link();
     } catch (...) {
         result = E_FAIL;
@@ -57,20 +57,20 @@ HRESULT COrVaneWmpPlugin::FinalConstruct() {
 
 // Up to the running timer, or as far as it goes.
 HRESULT COrVaneWmpPlugin::link() {
-    constexpr const char* here = "COrVaneWmpPlugin::FinalConstruct";
+    constexpr const char* self = "COrVaneWmpPlugin::FinalConstruct";
 
-    const auto launcher = makeOrNull<OrvaneLauncher>(playerId);
+    const auto launcher = makeOrNull<OrvaneLauncher>(kPlayerId);
     if (launcher == nullptr) {
-        syslog(LOG_ERR, "%s: can't create iOrVane application launcher", here);
+        syslog(LOG_ERR, "%s: can't create iOrVane application launcher", self);
         return E_FAIL;
     }
     m_connector = launcher->createConnector(this);
     if (m_connector == nullptr) {
-        syslog(LOG_NOTICE, "%s: cannot connect to app", here);
+        syslog(LOG_NOTICE, "%s: cannot connect to app", self);
         return E_FAIL;
     }
     if (!launcher->isAppRunning() && !launcher->launch()) {
-        syslog(LOG_WARNING, "%s: Error launching OrVane", here);
+        syslog(LOG_WARNING, "%s: Error launching OrVane", self);
         return E_FAIL;
     }
     if (!m_connector->connect()) {
@@ -92,7 +92,7 @@ HRESULT COrVaneWmpPlugin::link() {
         const juce::ScopedLock lock(m_lock);
         m_windowHook = std::move(hook);
     }
-    startTimer(reconnectPeriodMs);
+    startTimer(kReconnectPeriodMs);
     return S_OK;
 }
 
@@ -124,7 +124,7 @@ void COrVaneWmpPlugin::unlink() {
 STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
     try {
         // Calls into the player and the link below may let the player release us meanwhile.
-        const CComPtr<IUnknown> self(GetUnknown());
+        const CComPtr<IUnknown> alive(GetUnknown());
         const unsigned call = ++m_setCoreCalls;
         unload();
         if (core == nullptr) return S_OK;
@@ -211,7 +211,7 @@ void COrVaneWmpPlugin::timerCallback() {
     // its calls are served. The object goes before the scope does.
     const JuceSession::CallbackScope scope;
     try {
-        const CComPtr<IUnknown> self(GetUnknown());
+        const CComPtr<IUnknown> alive(GetUnknown());
         AppConnector* const link = connector();
         if (link == nullptr || link->isConnected() || !link->connect()) return;
         syslog(LOG_DEBUG, "%s: reconnected to OV.", "COrVaneWmpPlugin::timerCallback");

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
-#include <juce_events/juce_events.h>
 #include <windows.h>
 
+#include <juce_core/juce_core.h>
+#include <juce_events/juce_events.h>
 #include <wmp.h>
 
 #include <atomic>
@@ -12,10 +12,10 @@
 #include "common/link/app_connector.h"
 #include "common/messages/plugin_methods.h"
 #include "hooks/wmp_window_hook.h"
-#include "platform/atl/atlcom.h"
 #include "media/format_runtime.h"
-#include "platform/wmp_plugin_ui.h"
+#include "platform/atl/atlcom.h"
 #include "platform/juce/session.h"
+#include "platform/wmp_plugin_ui.h"
 
 namespace orvane {
 

@@ -1,11 +1,12 @@
 // The player operations around metadata and cover art of the library's tracks.
 
+#include "plugin/wmp_plugin.h"
+
 #include <tuple>
 
 #include "media/com_text.h"
 #include "media/file_name.h"
 #include "media/wmp_media_item.h"
-#include "plugin/wmp_plugin.h"
 
 namespace orvane {
 namespace {

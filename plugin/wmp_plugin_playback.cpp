@@ -1,7 +1,8 @@
 // The player operations around playback: the transport, and questions about the player's state.
 
-#include "media/com_text.h"
 #include "plugin/wmp_plugin.h"
+
+#include "media/com_text.h"
 #include "util/log/log.h"
 
 namespace orvane {

@@ -1,8 +1,9 @@
 // The player operations around playlists. The three special groups of the application are families
 // of ordinary playlists whose names begin alike; the player's folders play no part.
 
-#include "media/com_text.h"
 #include "plugin/wmp_plugin.h"
+
+#include "media/com_text.h"
 #include "util/log/log.h"
 
 namespace orvane {

@@ -1,15 +1,16 @@
+#include "plugin/wmp_plugin.h"
+
 #include <cstdint>
 #include <cwchar>
 
 #include "common/messages/player_name.h"
 #include "media/com_text.h"
-#include "plugin/wmp_plugin.h"
 #include "util/log/log.h"
 
 namespace orvane {
 namespace {
 
-constexpr const char* setPropertyName = "COrVaneWmpPlugin::SetProperty";
+constexpr const char* kSetPropertyName = "COrVaneWmpPlugin::SetProperty";
 
 // Only such an array holds interface pointers, whatever the VARIANT around it says.
 bool isListOfObjects(const SAFEARRAY& array) {
@@ -64,7 +65,7 @@ juce::StringArray pathsOf(const SentObjects& media) {
     for (int i = 0; i < media.count(); ++i) {
         const CComQIPtr<IWMPMedia> item(media[i]);
         if (!item) continue;
-        syslog(LOG_DEBUG, "%s: item %d: punk: 0x%X", setPropertyName, i,
+        syslog(LOG_DEBUG, "%s: item %d: punk: 0x%X", kSetPropertyName, i,
                static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(item.p)));
         addPath(paths, *item);
     }

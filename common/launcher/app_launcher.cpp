@@ -8,8 +8,8 @@
 namespace orvane {
 namespace {
 
-constexpr const char* launchName = "AppLauncher::launch";
-constexpr DWORD startTimeMs = 3000;
+constexpr const char* kLaunchName = "AppLauncher::launch";
+constexpr DWORD kStartTimeMs = 3000;
 
 // The text before the last backslash; none for a path that has none or starts with one.
 juce::String directoryOf(const juce::String& path) {
@@ -20,22 +20,22 @@ juce::String directoryOf(const juce::String& path) {
 bool endedWell(HANDLE process) {
     DWORD code = 0;
     if (!GetExitCodeProcess(process, &code)) {
-        syslog(LOG_ERR, "%s: error getting app exit code.", launchName);
+        syslog(LOG_ERR, "%s: error getting app exit code.", kLaunchName);
         return false;
     }
     if (code != 0) {
-        syslog(LOG_NOTICE, "%s: app code: %d", launchName, static_cast<int>(code));
+        syslog(LOG_NOTICE, "%s: app code: %d", kLaunchName, static_cast<int>(code));
         return false;
     }
     return true;
 }
 
 bool startedWell(HANDLE process) {
-    switch (WaitForSingleObject(process, startTimeMs)) {
+    switch (WaitForSingleObject(process, kStartTimeMs)) {
         case WAIT_TIMEOUT:
             return true;
         case WAIT_ABANDONED:
-            syslog(LOG_DEBUG, "%s: OrVane launched but abandoned.", launchName);
+            syslog(LOG_DEBUG, "%s: OrVane launched but abandoned.", kLaunchName);
             return false;
         default:
             return endedWell(process);
@@ -49,13 +49,13 @@ bool AppLauncher::isInstalled() { return getPath().isNotEmpty(); }
 bool AppLauncher::launch(const juce::String& parameters) {
     const juce::String path = getPath();
     if (path.isEmpty()) {
-        syslog(LOG_NOTICE, "%s: failed launching OrVane app (path not found)", launchName);
+        syslog(LOG_NOTICE, "%s: failed launching OrVane app (path not found)", kLaunchName);
         return false;
     }
 
     UniqueHandle process;
     if (!startProgram(path, parameters, directoryOf(path), process)) {
-        syslog(LOG_ERR, "%s: failed launching (code=0x%08x)", launchName,
+        syslog(LOG_ERR, "%s: failed launching (code=0x%08x)", kLaunchName,
                static_cast<unsigned>(GetLastError()));
         return false;
     }

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "common/link/app_connector.h"
 #include "common/launcher/app_launcher.h"
+#include "common/link/app_connector.h"
 
 namespace orvane {
 

@@ -14,18 +14,18 @@ namespace orvane {
 namespace {
 
 constexpr const char* getPathName = "OrvaneLauncher::getPath";
-constexpr const wchar_t* appMutex = L"OrVaneApp_Process";
-constexpr const char* settingsKey = "Software\\OrVaneMedia\\Settings";
-constexpr const char* pathValue = "Path";
-constexpr const char* appFile = "OrVaneApp.exe";
+constexpr const wchar_t* kAppMutex = L"OrVaneApp_Process";
+constexpr const char* kSettingsKey = "Software\\OrVaneMedia\\Settings";
+constexpr const char* kPathValue = "Path";
+constexpr const char* kAppFile = "OrVaneApp.exe";
 
 juce::String installationFolder(bool& found) {
     found = false;
     RegistryUtil registry(1);
-    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, settingsKey, KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS,
-                          nullptr))
+    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, kSettingsKey,
+                          KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, nullptr))
         return {};
-    const OwnedText folder = registry.GetValue(pathValue, nullptr);
+    const OwnedText folder = registry.GetValue(kPathValue, nullptr);
     found = folder != nullptr;
     return found ? juce::String::fromUTF8(folder.get()) : juce::String();
 }
@@ -40,18 +40,18 @@ bool isDirectory(const juce::String& path) {
 }  // namespace
 
 bool OrvaneLauncher::isAppRunning() {
-    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, appMutex));
+    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, kAppMutex));
     return mutex && GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
 juce::String OrvaneLauncher::getPath() {
     syslog(LOG_DEBUG, "%s: looking for OrVane executable path in HKLM\\%s\\%s", getPathName,
-           settingsKey, pathValue);
+           kSettingsKey, kPathValue);
     bool found = false;
     const juce::String folder = installationFolder(found);
     if (!found) return {};
 
-    juce::String path = folder + "\\" + appFile;
+    juce::String path = folder + "\\" + kAppFile;
     bool exists = false;
     if (!utl_file_exists(path.toRawUTF8(), exists, nullptr)) return {};
     // The shell would open a folder of that name in a window, and count that as a start.

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
 #include <windows.h>
+
+#include <juce_core/juce_core.h>
 
 #include "platform/handles.h"
 

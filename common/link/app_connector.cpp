@@ -1,9 +1,9 @@
 #include "common/link/app_connector.h"
 
+#include <exception>
+
 #include "common/messages/orvane_message.h"
 #include "util/log/log.h"
-
-#include <exception>
 
 namespace orvane {
 
@@ -32,7 +32,7 @@ void AppConnector::post(const char* name, const juce::String& player) {
 
 void AppConnector::playerHello(const juce::String& player) {
     m_timerWanted = true;
-    startTimer(movePeriodMs);
+    startTimer(kMovePeriodMs);
     post("PlayerHello", player);
 }
 
@@ -45,7 +45,7 @@ void AppConnector::playerGoodbye(const juce::String& player) {
 void AppConnector::playerMoved(const juce::String&, int left, int top, int width, int height) {
     try {
         const juce::ScopedLock lock(m_movesLock);
-        if (pendingMoves.size() == maxPendingMoves) {
+        if (pendingMoves.size() == kMaxPendingMoves) {
             pendingMoves.pop_front();
             ++m_movesTaken;
         }
@@ -73,7 +73,7 @@ void AppConnector::timerCallback() {
             pendingMoves.pop_front();
     }
     // Goodbye may have come in the meantime, from another thread.
-    if (m_timerWanted) startTimer(movePeriodMs);
+    if (m_timerWanted) startTimer(kMovePeriodMs);
 }
 
 void AppConnector::playerMaximized(const juce::String& player, int left, int top, int width,

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "common/messages/application_events.h"
-#include "common/messages/plugin_methods.h"
-
 #include <juce_core/juce_core.h>
 #include <juce_events/juce_events.h>
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
+
+#include "common/messages/application_events.h"
+#include "common/messages/plugin_methods.h"
 
 namespace orvane {
 
@@ -50,7 +50,7 @@ public:
     // False when the link is down, and the event is lost.
     virtual bool postEvent(const OrvaneEvent& event) = 0;
 
-    static constexpr int movePeriodMs = 75;
+    static constexpr int kMovePeriodMs = 75;
 
 protected:
     // Sends the newest of the positions reported since the last tick.
@@ -69,7 +69,7 @@ private:
 
     // Only the newest one is ever sent, so a window that is dragged about while nothing is sent
     // keeps no more than these.
-    static constexpr std::size_t maxPendingMoves = 64;
+    static constexpr std::size_t kMaxPendingMoves = 64;
 
     juce::CriticalSection m_movesLock;
     std::deque<Rect> pendingMoves;

@@ -1,12 +1,12 @@
 #include "common/link/orvane_app_connector.h"
 
+#include <exception>
+#include <utility>
+
 #include "common/link/command_listener.h"
 #include "common/link/event_producer.h"
 #include "common/messages/orvane_message.h"
 #include "util/log/log.h"
-
-#include <exception>
-#include <utility>
 
 namespace orvane {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "common/link/app_connector.h"
-
 #include <memory>
+
+#include "common/link/app_connector.h"
 
 namespace orvane {
 

@@ -1,14 +1,14 @@
 #include "common/link/pipe.h"
 
+#include <objbase.h>
+
+#include <utility>
+
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "platform/waiting.h"
 #include "util/log/log.h"
-
-#include <objbase.h>
-
-#include <utility>
 
 namespace orvane {
 namespace {
@@ -62,7 +62,7 @@ bool Pipe::send(const OrvaneMessage& message) {
     const juce::String document = message.toDocument();
     if (document.isEmpty()) return false;
     const auto bytes = frame::encode(encodePayload(document));
-    return !bytes.empty() && stream->write(bytes, writeTimeoutMs);
+    return !bytes.empty() && stream->write(bytes, kWriteTimeoutMs);
 }
 
 bool Pipe::isConnected() const {
@@ -93,7 +93,8 @@ bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
 bool Pipe::letGo() {
     endStream();
     lost();
-    return !m_readerDone || waitServingCalls(m_readerDone.get(), letGoMs) == WaitOutcome::signalled;
+    return !m_readerDone ||
+           waitServingCalls(m_readerDone.get(), kLetGoMs) == WaitOutcome::signalled;
 }
 
 void Pipe::endStream() {
@@ -115,14 +116,14 @@ void Pipe::close() {
 void Pipe::waitForReader() {
     // The thread uses what the closing thread is about to free, so there is no giving up here; how
     // long it can take is bounded by the command that runs.
-    if (waitServingCalls(m_readerDone.get(), closePatienceMs) == WaitOutcome::timedOut) {
+    if (waitServingCalls(m_readerDone.get(), kClosePatienceMs) == WaitOutcome::timedOut) {
         syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
                pipeName.toRawUTF8());
         // It may need what only this thread's own message loop does. Better a loop within a call
         // than a window that never answers again.
         const HANDLE done = m_readerDone.get();
         while (isThreadRunning() &&
-               waitDispatchingMessages({&done, 1}, closePatienceMs) == WAIT_TIMEOUT) {
+               waitDispatchingMessages({&done, 1}, kClosePatienceMs) == WAIT_TIMEOUT) {
         }
     }
     // From here it is a few instructions until the thread has left this object.

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "common/link/pipe_stream.h"
-
 #include <juce_core/juce_core.h>
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
+
+#include "common/link/pipe_stream.h"
 
 namespace orvane {
 
@@ -18,7 +18,7 @@ class OrvaneMessage;
 // one call at a time; send() and isConnected() may come from any thread while the object lives.
 //
 // Closing waits for the reader thread, and with it for a message being handled, while serving calls
-// into the waiting thread; after closePatienceMs it dispatches that thread's posted messages too.
+// into the waiting thread; after kClosePatienceMs it dispatches that thread's posted messages too.
 // On the reader thread itself (from messageReceived) terminate() does not wait; opening and
 // destroying are not possible there.
 class Pipe : private juce::Thread {
@@ -36,8 +36,9 @@ public:
     virtual bool initConnection() = 0;
     virtual void terminate() = 0;
 
-    // Writes the message as one frame; true when all of it was taken. Returns within writeTimeoutMs
-    // even when other threads are writing; after a failed write the connection is down.
+    // Writes the message as one frame; true when all of it was taken. Returns within
+    // kWriteTimeoutMs even when other threads are writing; after a failed write the connection is
+    // down.
     bool send(const OrvaneMessage& message);
 
     [[nodiscard]] bool isConnected() const;
@@ -46,9 +47,9 @@ public:
     // neither opening nor destroying this object waits.
     [[nodiscard]] bool letGo();
 
-    static constexpr DWORD writeTimeoutMs = 2000;
-    static constexpr DWORD letGoMs = 100;           // for a reader that handles nothing
-    static constexpr DWORD closePatienceMs = 4000;  // then the log tells of the wait
+    static constexpr DWORD kWriteTimeoutMs = 2000;
+    static constexpr DWORD kLetGoMs = 100;           // for a reader that handles nothing
+    static constexpr DWORD kClosePatienceMs = 4000;  // then the log tells of the wait
 
 protected:
     // Takes over an opened stream and starts the reader thread; the connection is closed before.

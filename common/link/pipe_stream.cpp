@@ -1,14 +1,14 @@
 #include "common/link/pipe_stream.h"
 
-#include "platform/waiting.h"
-
 #include <array>
 #include <utility>
+
+#include "platform/waiting.h"
 
 namespace orvane {
 namespace {
 
-constexpr DWORD bufferSize = 64;  // bytes; the system's advice, larger messages pass all the same
+constexpr DWORD kBufferSize = 64;  // bytes; the system's advice, larger messages pass all the same
 
 juce::String pathOf(const juce::String& pipeName) { return "\\\\.\\pipe\\" + pipeName; }
 
@@ -98,7 +98,7 @@ std::shared_ptr<PipeStream> PipeStream::create(const juce::String& pipeName) {
     constexpr DWORD pipeMode =
         PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS;
     return wrap(UniqueFile(CreateNamedPipeW(pathOf(pipeName).toWideCharPointer(), openMode,
-                                            pipeMode, 1, bufferSize, bufferSize, 0, nullptr)),
+                                            pipeMode, 1, kBufferSize, kBufferSize, 0, nullptr)),
                 false);
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/handles.h"
-
 #include <juce_core/juce_core.h>
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
+
+#include "platform/handles.h"
 
 namespace orvane {
 

@@ -1,9 +1,9 @@
 #include "common/messages/key_index.h"
 
-#include "common/messages/text_coding.h"
-
 #include <cstdint>
 #include <string>
+
+#include "common/messages/text_coding.h"
 
 namespace orvane {
 namespace {

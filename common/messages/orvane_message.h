@@ -1,11 +1,11 @@
 #pragma once
 
-#include "common/messages/key_index.h"
-
 #include <juce_core/juce_core.h>
 
 #include <memory>
 #include <vector>
+
+#include "common/messages/key_index.h"
 
 namespace orvane {
 

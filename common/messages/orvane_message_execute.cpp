@@ -1,6 +1,4 @@
 #include "common/messages/orvane_message.h"
-#include "common/messages/plugin_methods.h"
-#include "util/log/log.h"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +6,9 @@
 #include <exception>
 #include <limits>
 #include <string_view>
+
+#include "common/messages/plugin_methods.h"
+#include "util/log/log.h"
 
 namespace orvane {
 namespace {
@@ -121,7 +122,7 @@ void sendSelectedTracks(const OrvaneCommand&, Methods& methods, OrvaneResponse& 
 
 // In the order of their names, for the binary search. The protocol's seven further playlist
 // commands have no operation behind them in this plug-in; they are answered as unknown ones are.
-constexpr std::array entries = {
+constexpr std::array kEntries = {
     Entry{"addToCleanedFolder", &addToFolder<&Methods::addToCleanedFolder>},
     Entry{"addToDirtyFolder", &addToFolder<&Methods::addToDirtyFolder>},
     Entry{"addToNotFoundFolder", &addToFolder<&Methods::addToNotFoundFolder>},
@@ -147,16 +148,16 @@ constexpr std::array entries = {
     Entry{"supportsRandomTrackAccess", &ask<&Methods::supportsRandomTrackAccess>},
 };
 
-static_assert(std::is_sorted(entries.begin(), entries.end(),
+static_assert(std::is_sorted(kEntries.begin(), kEntries.end(),
                              [](const Entry& a, const Entry& b) { return a.name < b.name; }));
 
 // A command name may hold any character, so it is compared as it is, without a conversion.
 Handler handlerFor(const juce::String& name) {
     const auto found = std::lower_bound(
-        entries.begin(), entries.end(), name,
+        kEntries.begin(), kEntries.end(), name,
         [](const Entry& entry, const juce::String& n) { return n.compare(entry.name.data()) > 0; });
-    return found != entries.end() && name.compare(found->name.data()) == 0 ? found->handler
-                                                                           : nullptr;
+    return found != kEntries.end() && name.compare(found->name.data()) == 0 ? found->handler
+                                                                            : nullptr;
 }
 
 }  // namespace

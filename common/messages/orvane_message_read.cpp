@@ -1,11 +1,12 @@
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
-#include "util/log/log.h"
 
 #include <pugixml.hpp>
 
 #include <string>
 #include <string_view>
+
+#include "common/messages/text_coding.h"
+#include "util/log/log.h"
 
 namespace orvane {
 namespace {

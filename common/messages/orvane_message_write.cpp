@@ -1,10 +1,11 @@
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 
 #include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "common/messages/text_coding.h"
 
 namespace orvane {
 namespace {

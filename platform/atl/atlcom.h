@@ -77,7 +77,7 @@ private:
 
 // While FinalRelease runs the count is far below zero, so that references taken and given back by
 // calls coming in then do not delete the object a second time.
-constexpr LONG refCountWhileDying = -(LONG_MAX / 2);
+constexpr LONG kRefCountWhileDying = -(LONG_MAX / 2);
 
 // The plain object: counts itself and deletes itself.
 template <class Base>
@@ -86,7 +86,7 @@ public:
     explicit CComObject(void* /*context*/ = nullptr) {}
     // NOLINTNEXTLINE(modernize-use-override): not every base has a virtual destructor
     virtual ~CComObject() {
-        this->m_dwRef = refCountWhileDying;
+        this->m_dwRef = kRefCountWhileDying;
         this->FinalRelease();
     }
 
@@ -107,7 +107,7 @@ class CComObjectCached : public Base {
 public:
     explicit CComObjectCached(void* /*context*/ = nullptr) {}
     virtual ~CComObjectCached() {
-        this->m_dwRef = refCountWhileDying;
+        this->m_dwRef = kRefCountWhileDying;
         this->FinalRelease();
     }
 
@@ -152,7 +152,7 @@ class CComAggObject : private detail::ModuleLock,
 public:
     explicit CComAggObject(void* outer) : m_contained(outer) {}
     virtual ~CComAggObject() {
-        this->m_dwRef = refCountWhileDying;
+        this->m_dwRef = kRefCountWhileDying;
         FinalRelease();
     }
 

@@ -8,8 +8,9 @@
 // the thread. JUCE also joins each thread's input queue to the message window's: in somebody
 // else's process that would let a busy reader thread hold up the player's input, so it is left out.
 
-#include <process.h>
 #include <windows.h>
+
+#include <process.h>
 
 namespace orvane::juce_threads {
 

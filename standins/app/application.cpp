@@ -8,8 +8,8 @@
 namespace orvane::standin::app {
 namespace {
 
-constexpr const wchar_t* instanceMutex = L"OrVaneApp_Process";
-constexpr DWORD writeLimitMs = 5000;
+constexpr const wchar_t* kInstanceMutex = L"OrVaneApp_Process";
+constexpr DWORD kWriteLimitMs = 5000;
 
 enum ExitCode { good = 0, checkMissed = 1, wrongUsage = 2, noPipes = 3 };
 
@@ -64,7 +64,7 @@ Application::~Application() {
 
 int Application::run() {
     if (!openTranscript()) return wrongUsage;
-    m_instance.reset(CreateMutexW(nullptr, FALSE, instanceMutex));
+    m_instance.reset(CreateMutexW(nullptr, FALSE, kInstanceMutex));
     if (GetLastError() == ERROR_ALREADY_EXISTS) {
         print(Kind::answer, "another OrVaneApp is running already; this one ends");
         return good;
@@ -133,7 +133,7 @@ bool Application::isConnected(PipeId pipe) {
 
 std::string Application::send(PipeId pipe, std::string_view bytes) {
     PipeServer* of = server(pipe);
-    return of ? of->write(bytes, writeLimitMs) : "the pipe is not open";
+    return of ? of->write(bytes, kWriteLimitMs) : "the pipe is not open";
 }
 
 void Application::drop(PipeId pipe) {

@@ -2,17 +2,17 @@
 
 // The program as a whole: the mutex, the two pipes, what is printed, and the lines that are run.
 
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <string>
+
 #include "standins/app/arrivals.h"
 #include "standins/app/frame_scanner.h"
 #include "standins/app/interpreter.h"
 #include "standins/app/options.h"
 #include "standins/app/pipe_server.h"
 #include "standins/app/terminal.h"
-
-#include <fstream>
-#include <memory>
-#include <mutex>
-#include <string>
 
 namespace orvane::standin::app {
 

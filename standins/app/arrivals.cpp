@@ -8,7 +8,7 @@ void Arrivals::add(Arrival arrival) {
     {
         const std::lock_guard lock(m_mutex);
         m_kept.push_back(std::move(arrival));
-        if (m_kept.size() > keptAtMost) {
+        if (m_kept.size() > kKeptAtMost) {
             m_kept.pop_front();
             ++m_forgotten;
         }

@@ -3,8 +3,6 @@
 // Everything that has come over the two pipes, in order, for those who wait for some of it.
 // Reader threads add; the thread that runs the commands waits.
 
-#include "standins/app/message.h"
-
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -12,6 +10,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+
+#include "standins/app/message.h"
 
 namespace orvane::standin::app {
 
@@ -45,7 +45,7 @@ public:
 
 private:
     // What came before is forgotten, so that days at the prompt do not fill the memory.
-    static constexpr std::size_t keptAtMost = 20'000;
+    static constexpr std::size_t kKeptAtMost = 20'000;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_came;

@@ -1,11 +1,11 @@
 #include "standins/app/clean_library.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
 #include <array>
 #include <fstream>
 #include <iterator>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {

@@ -3,14 +3,14 @@
 // The application's main job: every track of the player's library is read, decided about,
 // written, read back and filed under one of the three special playlists.
 
-#include "standins/app/cleaning_rules.h"
-#include "standins/app/message.h"
-
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "standins/app/cleaning_rules.h"
+#include "standins/app/message.h"
 
 namespace orvane::standin::app {
 

@@ -1,9 +1,9 @@
 #include "standins/app/cleaning_rules.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
 #include <array>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {

@@ -1,33 +1,33 @@
 #include "standins/app/command_catalogue.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
 #include <array>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {
 
 using Kind = ParameterForm::Kind;
 
-const std::vector<ParameterForm> listParameters = {
+const std::vector<ParameterForm> kListParameters = {
     {"playlistName", Kind::text, false, "what follows the folder's name in the playlist's name"},
     {"trackPaths", Kind::list, false, "the tracks, as a;b or given several times"}};
-const ParameterForm trackPath = {"trackPath", Kind::path, true, "the track's file in the library"};
-const ParameterForm trackIndex = {"trackIndex", Kind::number, true,
-                                  "the track's place in the library, from 0"};
-const ParameterForm artOut = {"albumArtPath", Kind::path, false,
-                              "a file that receives the cover art"};
-const ParameterForm artIn = {"albumArtPath", Kind::path, false,
-                             "an image file that becomes the cover art"};
-const ParameterForm emptyOk = {"emptyOk", Kind::yesNo, false, "yes or no (no)"};
-const ParameterForm metadata = {"metadata", Kind::map, false,
-                                "fields to write: TrackTitle=... or metadata.TrackTitle=..."};
+const ParameterForm kTrackPath = {"trackPath", Kind::path, true, "the track's file in the library"};
+const ParameterForm kTrackIndex = {"trackIndex", Kind::number, true,
+                                   "the track's place in the library, from 0"};
+const ParameterForm kArtOut = {"albumArtPath", Kind::path, false,
+                               "a file that receives the cover art"};
+const ParameterForm kArtIn = {"albumArtPath", Kind::path, false,
+                              "an image file that becomes the cover art"};
+const ParameterForm kEmptyOk = {"emptyOk", Kind::yesNo, false, "yes or no (no)"};
+const ParameterForm kMetadata = {"metadata", Kind::map, false,
+                                 "fields to write: TrackTitle=... or metadata.TrackTitle=..."};
 
-const char* const readMore =
+const char* const kReadMore =
     "  Answers metadataOut.TrackTitle and so on; with albumArtPath it is true only when\n"
     "  there was cover art to write into that file.\n";
-const char* const writeMore =
+const char* const kWriteMore =
     "  Answers true when the track is in the library. Without a field and without\n"
     "  albumArtPath nothing is called, and the response has no return value.\n"
     "  Example: setMediaInfoToIndex 0 TrackTitle=\"My Song\" Year=1999 emptyOk=no\n";
@@ -36,15 +36,15 @@ const std::vector<CommandForm>& table() {
     static const std::vector<CommandForm> commands = {
         {"createSpecialPlaylistFolders", true, "", "prepare the special playlists", "", {}},
         {"addToCleanedFolder", true, "playlistName=NAME trackPaths=A;B",
-         "append tracks to OrVane:Cleaned", "", listParameters},
+         "append tracks to OrVane:Cleaned", "", kListParameters},
         {"addToNotFoundFolder", true, "playlistName=NAME trackPaths=A;B",
-         "append tracks to OrVane:NotFound", "", listParameters},
+         "append tracks to OrVane:NotFound", "", kListParameters},
         {"addToDirtyFolder", true, "playlistName=NAME trackPaths=A;B",
-         "append tracks to OrVane:Dirty", "", listParameters},
+         "append tracks to OrVane:Dirty", "", kListParameters},
         {"pause", true, "", "pause the player", "", {}},
         {"stop", true, "", "stop the player and wait until it has", "", {}},
         {"startCurrent", true, "", "play the current track", "", {}},
-        {"start", true, "trackPath=FILE", "play this track", "", {trackPath}},
+        {"start", true, "trackPath=FILE", "play this track", "", {kTrackPath}},
         {"isPlaying", true, "", "is the player playing?", "", {}},
         {"isPaused", true, "", "is it paused?", "", {}},
         {"isShufflePlay", true, "", "is shuffle on?", "", {}},
@@ -57,26 +57,26 @@ const std::vector<CommandForm>& table() {
          true,
          "trackPath=FILE [albumArtPath=FILE]",
          "a track's tags, by its file",
-         readMore,
-         {trackPath, artOut}},
+         kReadMore,
+         {kTrackPath, kArtOut}},
         {"getMediaInfoFromIndex",
          true,
          "trackIndex=N [albumArtPath=FILE]",
          "a track's tags, by its place in the library",
-         readMore,
-         {trackIndex, artOut}},
+         kReadMore,
+         {kTrackIndex, kArtOut}},
         {"setMediaInfoToPath",
          true,
          "trackPath=FILE FIELD=VALUE... [albumArtPath=FILE] [emptyOk=yes]",
          "write a track's tags, by its file",
-         writeMore,
-         {trackPath, artIn, emptyOk, metadata}},
+         kWriteMore,
+         {kTrackPath, kArtIn, kEmptyOk, kMetadata}},
         {"setMediaInfoToIndex",
          true,
          "trackIndex=N FIELD=VALUE... [albumArtPath=FILE] [emptyOk=yes]",
          "write a track's tags, by its place in the library",
-         writeMore,
-         {trackIndex, artIn, emptyOk, metadata}},
+         kWriteMore,
+         {kTrackIndex, kArtIn, kEmptyOk, kMetadata}},
         {"getTrackCount", true, "", "how many tracks the library has", "", {}},
         {"close", true, "", "ask the player to close", "", {}},
         {"sendSelectedTracks", true, "", "ask for the selected tracks", "", {}},
@@ -160,7 +160,7 @@ const std::vector<CommandForm>& table() {
     return commands;
 }
 
-constexpr std::array<const char*, 21> fieldNames = {
+constexpr std::array<const char*, 21> kFieldNames = {
     "TrackTitle", "AlbumTitle", "AlbumArtist", "TrackArtist", "TrackNumber", "Genre",
     "Genre_2",    "Year",       "RelYear",     "BitRate",     "OVID",        "Composer",
     "LastPlayed", "PlayCount",  "Comments",    "Rating",      "PartOfSet",   "DiskNumber",
@@ -181,7 +181,7 @@ std::string sharedBeginning(const std::vector<std::string>& names) {
 }  // namespace
 
 std::span<const CommandForm> commandCatalogue() { return table(); }
-std::span<const char* const> metadataFields() { return fieldNames; }
+std::span<const char* const> metadataFields() { return kFieldNames; }
 
 Lookup findCommand(std::string_view typed) {
     Lookup lookup;
@@ -241,7 +241,7 @@ Completion complete(std::string_view line) {
                 offer(std::string(parameter.name) + '=');
                 continue;
             }
-            for (const char* field : fieldNames) offer(std::string(field) + '=');
+            for (const char* field : kFieldNames) offer(std::string(field) + '=');
         }
     }
     if (candidates.empty()) return result;

@@ -1,8 +1,8 @@
 #include "standins/app/command_text.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {

@@ -2,13 +2,13 @@
 
 // From a typed line to the parameters of a command.
 
-#include "standins/app/command_catalogue.h"
-#include "standins/app/message.h"
-
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "standins/app/command_catalogue.h"
+#include "standins/app/message.h"
 
 namespace orvane::standin::app {
 

@@ -1,9 +1,9 @@
 // What "expect" and "wait" understand; the rest of the interpreter is in interpreter.cpp.
 
+#include <algorithm>
+
 #include "standins/app/interpreter.h"
 #include "standins/app/text.h"
-
-#include <algorithm>
 
 namespace orvane::standin::app {
 namespace {

@@ -1,9 +1,9 @@
 #include "standins/app/frame_scanner.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {

@@ -4,13 +4,13 @@
 // else what is wrong with it and where. The application is the tool one watches the protocol
 // with, so it is kinder than the protocol asks: after a bad header it looks for the next magic.
 
-#include "common/messages/frame.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "common/messages/frame.h"
 
 namespace orvane::standin::app {
 

@@ -1,13 +1,13 @@
 #include "standins/app/interpreter.h"
 
+#include <algorithm>
+#include <thread>
+
 #include "standins/app/clean_library.h"
 #include "standins/app/frame_scanner.h"
 #include "standins/app/protocol.h"
 #include "standins/app/report_lines.h"
 #include "standins/app/text.h"
-
-#include <algorithm>
-#include <thread>
 
 namespace orvane::standin::app {
 Interpreter::Interpreter(Link& link, Arrivals& arrivals, Output& output)
@@ -135,7 +135,7 @@ void Interpreter::note(const std::string& text) { m_output.print(Output::Kind::a
 
 std::optional<Message> Interpreter::ask(const std::string& name, const Parameters& parameters) {
     m_lastResponse.reset();
-    m_whyNoAnswer = connectHint;
+    m_whyNoAnswer = kConnectHint;
     if (!m_link.isConnected(PipeId::command)) return {};
     std::size_t place = m_arrivals.count();
     m_output.print(Output::Kind::traffic, shownCommand(name, parameters));

@@ -3,9 +3,6 @@
 // Runs the lines that a script or a person gives: the protocol's commands, the application's own,
 // and the checks. Knows nothing of consoles, pipes or files of its own.
 
-#include "standins/app/arrivals.h"
-#include "standins/app/command_text.h"
-
 #include <chrono>
 #include <functional>
 #include <map>
@@ -13,6 +10,9 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "standins/app/arrivals.h"
+#include "standins/app/command_text.h"
 
 namespace orvane::standin::app {
 
@@ -42,7 +42,7 @@ public:
 };
 
 // What to do when there is nobody to send to.
-inline constexpr const char* connectHint =
+inline constexpr const char* kConnectHint =
     "nobody is connected to the command pipe; start the player with the plug-in "
     "('wait connected within 10000' waits for it)";
 

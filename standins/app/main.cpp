@@ -1,8 +1,8 @@
+#include <windows.h>
+
 #include "standins/app/application.h"
 #include "standins/support/wide_text.h"
 #include "util/log/log.h"
-
-#include <windows.h>
 
 namespace app = orvane::standin::app;
 

@@ -1,8 +1,8 @@
 #include "standins/app/message.h"
 
-#include "standins/app/text.h"
-
 #include <algorithm>
+
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 

@@ -1,8 +1,8 @@
 #include "standins/app/pipe_server.h"
 
-#include "standins/support/wide_text.h"
-
 #include <array>
+
+#include "standins/support/wide_text.h"
 
 namespace orvane::standin::app {
 namespace {
@@ -58,8 +58,8 @@ private:
     bool m_pending = false;
 };
 
-constexpr DWORD pipeBufferSize = 64;
-constexpr DWORD quietAfterMs = 1000;
+constexpr DWORD kPipeBufferSize = 64;
+constexpr DWORD kQuietAfterMs = 1000;
 
 }  // namespace
 
@@ -69,7 +69,7 @@ std::unique_ptr<PipeServer> PipeServer::create(const std::string& name, Listener
         toWide("\\\\.\\pipe\\" + name).c_str(),
         PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
         PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, 1,
-        pipeBufferSize, pipeBufferSize, 0, nullptr));
+        kPipeBufferSize, kPipeBufferSize, 0, nullptr));
     if (!pipe) {
         const DWORD code = GetLastError();
         error = "cannot make the pipe " + name + ": error " + systemError(code);
@@ -138,7 +138,7 @@ std::string PipeServer::serveClient() {
         const std::array<HANDLE, 3> events = {m_readDone.get(), m_stop.get(), m_drop.get()};
         DWORD event = WAIT_TIMEOUT;
         for (;;) {
-            event = WaitForMultipleObjects(events.size(), events.data(), FALSE, quietAfterMs);
+            event = WaitForMultipleObjects(events.size(), events.data(), FALSE, kQuietAfterMs);
             if (event != WAIT_TIMEOUT) break;
             m_listener.clientQuiet();
         }

@@ -3,14 +3,14 @@
 // One of the two pipes, as its only server: one instance, made by nobody else, serving one client
 // after another until it is destroyed.
 
-#include "platform/handles.h"
-
 #include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
+
+#include "platform/handles.h"
 
 namespace orvane::standin::app {
 

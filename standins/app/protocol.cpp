@@ -1,15 +1,15 @@
 #include "standins/app/protocol.h"
 
-#include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
-#include "standins/app/text.h"
-
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <span>
+
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 namespace {

@@ -3,12 +3,12 @@
 // From messages to the bytes of a frame's payload and back, with a person's reason for every
 // payload that is not what it should be.
 
-#include "standins/app/message.h"
-
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "standins/app/message.h"
 
 namespace orvane::standin::app {
 

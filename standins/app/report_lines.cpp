@@ -1,18 +1,18 @@
 #include "standins/app/report_lines.h"
 
-#include "standins/app/text.h"
-
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 
+#include "standins/app/text.h"
+
 namespace orvane::standin::app {
 namespace {
 
-constexpr std::size_t kindWidth = 10;
-constexpr std::size_t nameWidth = 20;
+constexpr std::size_t kKindWidth = 10;
+constexpr std::size_t kNameWidth = 20;
 // Where a response's map stands: under the name, to the right of the time.
-constexpr const char* mapIndent = "                        ";
+constexpr const char* kMapIndent = "                        ";
 
 bool isListElement(std::string_view key) {
     constexpr std::string_view prefix = "trackPaths";
@@ -45,9 +45,9 @@ std::string parametersOnOneLine(const Parameters& parameters) {
 }
 
 std::string line(const char* kind, const std::string& name, const std::string& rest) {
-    std::string text = fitted(kind, kindWidth);
-    text += rest.empty() || characterCount(name) >= nameWidth ? onOneLine(name)
-                                                              : fitted(name, nameWidth);
+    std::string text = fitted(kind, kKindWidth);
+    text += rest.empty() || characterCount(name) >= kNameWidth ? onOneLine(name)
+                                                               : fitted(name, kNameWidth);
     return text + rest;
 }
 
@@ -65,11 +65,11 @@ std::string shownResponse(const Message& message) {
         if (inMap && value.empty())
             empty += (empty.empty() ? "" : ", ") + field;
         else if (inMap)
-            map += "\n" + std::string(mapIndent) + fitted(field, 13) + " " + onOneLine(value);
+            map += "\n" + std::string(kMapIndent) + fitted(field, 13) + " " + onOneLine(value);
         else if (!sameIgnoringCase(key, "return_value"))
             others.emplace_back(key, value);
     }
-    if (!empty.empty()) map += "\n" + std::string(mapIndent) + "empty: " + empty;
+    if (!empty.empty()) map += "\n" + std::string(kMapIndent) + "empty: " + empty;
     return text + parametersOnOneLine(others) + map;
 }
 

@@ -3,9 +3,9 @@
 // How the application shows what goes over the pipes: a line for an event, a command, a problem;
 // a response with its map as aligned lines below it.
 
-#include "standins/app/arrivals.h"
-
 #include <string>
+
+#include "standins/app/arrivals.h"
 
 namespace orvane::standin::app {
 

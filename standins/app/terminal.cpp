@@ -7,7 +7,7 @@
 namespace orvane::standin::app {
 namespace {
 
-constexpr std::wstring_view promptText = L"orvane> ";
+constexpr std::wstring_view kPromptText = L"orvane> ";
 
 }  // namespace
 
@@ -60,8 +60,8 @@ void Terminal::showPrompt() {
     std::size_t width = 80;
     if (GetConsoleScreenBufferInfo(m_out, &info) && info.dwSize.X > 20)
         width = static_cast<std::size_t>(info.dwSize.X);
-    const std::size_t room = width - promptText.size() - 1;
-    std::wstring line(promptText);
+    const std::size_t room = width - kPromptText.size() - 1;
+    std::wstring line(kPromptText);
     line += m_typed.size() > room ? m_typed.substr(m_typed.size() - room) : m_typed;
     m_shownLength = line.size();
     DWORD written = 0;

@@ -4,12 +4,12 @@
 // whatever the standard handles are. Printing works from any thread; a line being typed is taken
 // away and put back around it.
 
-#include "platform/handles.h"
-
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/handles.h"
 
 namespace orvane::standin::app {
 

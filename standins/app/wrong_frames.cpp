@@ -1,13 +1,13 @@
 // The lines that send frames and bytes as no good peer does, and those that disturb the pipes; the
 // rest of the interpreter is in interpreter.cpp.
 
+#include <thread>
+
 #include "standins/app/clean_library.h"
 #include "standins/app/frame_scanner.h"
 #include "standins/app/interpreter.h"
 #include "standins/app/protocol.h"
 #include "standins/app/text.h"
-
-#include <thread>
 
 namespace orvane::standin::app {
 namespace {
@@ -22,7 +22,7 @@ std::string inWholeEights(std::string payload) {
 }  // namespace
 
 Interpreter::Outcome Interpreter::sendBytes(std::string_view bytes, const std::string& what) {
-    if (!m_link.isConnected(PipeId::command)) return failed(connectHint);
+    if (!m_link.isConnected(PipeId::command)) return failed(kConnectHint);
     m_responsePlace = m_arrivals.count();
     m_output.print(Output::Kind::traffic, fitted("sent", 10) + what + ": " +
                                               std::to_string(bytes.size()) + " bytes, " +
@@ -110,7 +110,7 @@ Interpreter::Outcome Interpreter::slow(const Words& words, std::string_view) {
     const auto pause = words.empty() ? std::optional<unsigned>() : parseNumber(words[0]);
     const auto payload = payloadOf(words, pause ? 1 : 0);
     if (!payload) return wrong(payload.error);
-    if (!m_link.isConnected(PipeId::command)) return failed(connectHint);
+    if (!m_link.isConnected(PipeId::command)) return failed(kConnectHint);
     m_responsePlace = m_arrivals.count();
     const std::string frame = frameAround(payload.value);
     m_output.print(Output::Kind::traffic, fitted("sent", 10) + "a frame byte by byte: " +

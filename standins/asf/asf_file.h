@@ -63,7 +63,7 @@ struct Attribute {
 class Header {
 public:
     // Larger ones are refused: this is many times the largest picture anybody embeds.
-    static constexpr std::uint64_t maximumSize = 256U << 20U;
+    static constexpr std::uint64_t kMaximumSize = 256U << 20U;
 
     // Reads the header at the start of `bytes`, which may hold more; `error` gets a sentence when
     // it is not one, or when anything in it does not add up.

@@ -9,12 +9,12 @@
 
 namespace orvane::asf {
 
-inline constexpr std::array<std::u16string_view, 5> contentFields = {
+inline constexpr std::array<std::u16string_view, 5> kContentFields = {
     u"Title", u"Author", u"Copyright", u"Description", u"Rating"};
 
 inline std::optional<std::size_t> contentField(std::u16string_view name) {
-    for (std::size_t i = 0; i < contentFields.size(); ++i)
-        if (contentFields[i] == name) return i;
+    for (std::size_t i = 0; i < kContentFields.size(); ++i)
+        if (kContentFields[i] == name) return i;
     return std::nullopt;
 }
 

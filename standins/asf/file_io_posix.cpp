@@ -1,3 +1,5 @@
+#include "standins/asf/file_io.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,8 +9,6 @@
 #include <cstdio>
 #include <system_error>
 #include <utility>
-
-#include "standins/asf/file_io.h"
 
 namespace orvane::asf {
 

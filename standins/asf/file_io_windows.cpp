@@ -1,9 +1,9 @@
+#include "standins/asf/file_io.h"
+
 #include <windows.h>
 
 #include <algorithm>
 #include <utility>
-
-#include "standins/asf/file_io.h"
 
 namespace orvane::asf {
 
@@ -24,7 +24,7 @@ std::string failure(const char* call) {
     }
 }
 
-constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 HANDLE handle(std::intptr_t native) { return reinterpret_cast<HANDLE>(native); }
 
@@ -44,7 +44,7 @@ void File::close() noexcept {
 }
 
 std::optional<File> File::openForReading(const std::filesystem::path& path, std::string& error) {
-    const Native native = open(path, GENERIC_READ, shareAll, OPEN_EXISTING);
+    const Native native = open(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
     if (native != none) return File(native);
     error = failure("CreateFileW");
     return std::nullopt;

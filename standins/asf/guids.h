@@ -19,18 +19,19 @@ constexpr Guid makeGuid(std::uint32_t a, std::uint16_t b, std::uint16_t c, std::
     return guid;
 }
 
-inline constexpr Guid headerGuid = makeGuid(0x75B22630, 0x668E, 0x11CF, 0xA6D900AA0062CE6C);
-inline constexpr Guid filePropertiesGuid = makeGuid(0x8CABDCA1, 0xA947, 0x11CF, 0x8EE400C00C205365);
-inline constexpr Guid contentDescriptionGuid =
+inline constexpr Guid kHeaderGuid = makeGuid(0x75B22630, 0x668E, 0x11CF, 0xA6D900AA0062CE6C);
+inline constexpr Guid kFilePropertiesGuid =
+    makeGuid(0x8CABDCA1, 0xA947, 0x11CF, 0x8EE400C00C205365);
+inline constexpr Guid kContentDescriptionGuid =
     makeGuid(0x75B22633, 0x668E, 0x11CF, 0xA6D900AA0062CE6C);
-inline constexpr Guid extendedContentDescriptionGuid =
+inline constexpr Guid kExtendedContentDescriptionGuid =
     makeGuid(0xD2D0A440, 0xE307, 0x11D2, 0x97F000A0C95EA850);
-inline constexpr Guid headerExtensionGuid =
+inline constexpr Guid kHeaderExtensionGuid =
     makeGuid(0x5FBF03B5, 0xA92E, 0x11CF, 0x8EE300C00C205365);
-inline constexpr Guid headerExtensionReservedGuid =
+inline constexpr Guid kHeaderExtensionReservedGuid =
     makeGuid(0xABD3D211, 0xA9BA, 0x11CF, 0x8EE600C00C205365);
-inline constexpr Guid metadataGuid = makeGuid(0xC5F8CBEA, 0x5BAF, 0x4877, 0x8467AA8C44FA4CCA);
-inline constexpr Guid metadataLibraryGuid =
+inline constexpr Guid kMetadataGuid = makeGuid(0xC5F8CBEA, 0x5BAF, 0x4877, 0x8467AA8C44FA4CCA);
+inline constexpr Guid kMetadataLibraryGuid =
     makeGuid(0x44231C94, 0x9498, 0x49D1, 0xA1411D134E457054);
 
 }  // namespace orvane::asf

@@ -11,8 +11,8 @@ namespace orvane::asf {
 
 namespace {
 
-constexpr std::uint64_t objectPrefix = 24;  // identifier and size
-constexpr std::size_t filePropertiesMinimum = 80;
+constexpr std::uint64_t kObjectPrefix = 24;  // identifier and size
+constexpr std::size_t kFilePropertiesMinimum = 80;
 
 // Numbers keep their bytes whatever their count is; only text loses its terminator.
 Bytes valueFrom(AttributeType type, std::span<const std::uint8_t> bytes) {
@@ -29,11 +29,12 @@ public:
 
     bool header(std::span<const std::uint8_t> bytes) {
         ByteReader reader(bytes);
-        if (reader.guid() != headerGuid) return fail("The file does not begin with an ASF header.");
+        if (reader.guid() != kHeaderGuid)
+            return fail("The file does not begin with an ASF header.");
         const std::uint64_t size = reader.u64();
         if (size < 30 || size > bytes.size())
             return fail("The header says that it is larger than what there is.");
-        if (size > Header::maximumSize) return fail("The header is too large.");
+        if (size > Header::kMaximumSize) return fail("The header is too large.");
         const std::uint32_t count = reader.u32();
         reader.take(2);  // reserved: always 1 and 2
         if (!objects(bytes.subspan(30, static_cast<std::size_t>(size - 30)), m_header.m_pieces,
@@ -70,11 +71,11 @@ private:
             ByteReader reader(bytes);
             const Guid guid = reader.guid();
             const std::uint64_t size = reader.u64();
-            if (reader.failed() || size < objectPrefix || size > bytes.size())
+            if (reader.failed() || size < kObjectPrefix || size > bytes.size())
                 return fail("An object of the header reaches past the header's end.");
             const auto whole = bytes.first(static_cast<std::size_t>(size));
             const std::uint32_t before = m_objects;
-            if (!(this->*step)(guid, whole, whole.subspan(objectPrefix), pieces)) return false;
+            if (!(this->*step)(guid, whole, whole.subspan(kObjectPrefix), pieces)) return false;
             m_objects = before + 1;
             bytes = bytes.subspan(whole.size());
         }
@@ -93,16 +94,16 @@ private:
 
     bool topObject(const Guid& guid, std::span<const std::uint8_t> whole,
                    std::span<const std::uint8_t> content, std::vector<Header::Piece>& pieces) {
-        if (guid == filePropertiesGuid && firstOf(Header::Kind::fileProperties)) {
+        if (guid == kFilePropertiesGuid && firstOf(Header::Kind::fileProperties)) {
             keep(whole, pieces, Header::Kind::fileProperties);
             return fileProperties(content);
         }
-        if (guid == contentDescriptionGuid && firstOf(Header::Kind::contentDescription))
+        if (guid == kContentDescriptionGuid && firstOf(Header::Kind::contentDescription))
             return contentDescription(content, pieces);
-        if (guid == extendedContentDescriptionGuid &&
+        if (guid == kExtendedContentDescriptionGuid &&
             firstOf(Header::Kind::extendedContentDescription))
             return extendedContentDescription(content, pieces);
-        if (guid == headerExtensionGuid && firstOf(Header::Kind::headerExtension)) {
+        if (guid == kHeaderExtensionGuid && firstOf(Header::Kind::headerExtension)) {
             pieces.push_back({Header::Kind::headerExtension, 1, {}});
             return headerExtension(content);
         }
@@ -113,16 +114,16 @@ private:
     bool extensionObject(const Guid& guid, std::span<const std::uint8_t> whole,
                          std::span<const std::uint8_t> content,
                          std::vector<Header::Piece>& pieces) {
-        if (guid == metadataGuid && firstOf(Header::Kind::metadata))
+        if (guid == kMetadataGuid && firstOf(Header::Kind::metadata))
             return metadata(content, pieces, Header::Kind::metadata, Place::metadata);
-        if (guid == metadataLibraryGuid && firstOf(Header::Kind::metadataLibrary))
+        if (guid == kMetadataLibraryGuid && firstOf(Header::Kind::metadataLibrary))
             return metadata(content, pieces, Header::Kind::metadataLibrary, Place::metadataLibrary);
         keep(whole, pieces);
         return true;
     }
 
     bool fileProperties(std::span<const std::uint8_t> content) {
-        if (content.size() < filePropertiesMinimum)
+        if (content.size() < kFilePropertiesMinimum)
             return fail("The File Properties object is too short.");
         ByteReader reader(content);
         reader.take(40);  // file identifier, size, creation date, packets
@@ -139,11 +140,11 @@ private:
     bool contentDescription(std::span<const std::uint8_t> content,
                             std::vector<Header::Piece>& pieces) {
         ByteReader reader(content);
-        std::array<std::uint16_t, contentFields.size()> lengths{};
+        std::array<std::uint16_t, kContentFields.size()> lengths{};
         for (auto& length : lengths) length = reader.u16();
         for (std::size_t i = 0; i < lengths.size(); ++i) {
             Attribute field;
-            field.name = contentFields[i];
+            field.name = kContentFields[i];
             field.value = valueFrom(AttributeType::unicode, reader.take(lengths[i]));
             field.place = Place::contentDescription;
             if (!field.value.empty()) m_header.m_attributes.push_back(std::move(field));
@@ -191,7 +192,7 @@ private:
 
     bool headerExtension(std::span<const std::uint8_t> content) {
         ByteReader reader(content);
-        if (reader.guid() != headerExtensionReservedGuid || reader.u16() != 6)
+        if (reader.guid() != kHeaderExtensionReservedGuid || reader.u16() != 6)
             return fail("The Header Extension object is not one.");
         if (reader.u32() != reader.remaining() || reader.failed())
             return fail("The Header Extension object's size is not that of what it holds.");

@@ -11,8 +11,8 @@ namespace orvane::asf {
 
 namespace {
 
-constexpr std::size_t largest16 = 0xFFFF;
-constexpr std::size_t fileSizeAt = 40;  // in the File Properties object
+constexpr std::size_t kLargest16 = 0xFFFF;
+constexpr std::size_t kFileSizeAt = 40;  // in the File Properties object
 
 bool isText(const Attribute& a) { return a.type == AttributeType::unicode; }
 
@@ -65,7 +65,7 @@ public:
         std::uint64_t objects = 0;
         std::optional<std::size_t> fileProperties;
         {
-            const ObjectFrame frame(out, headerGuid);
+            const ObjectFrame frame(out, kHeaderGuid);
             const std::size_t countAt = out.size();
             putNumber(out, 0, 4);
             putNumber(out, 1, 1);
@@ -79,9 +79,9 @@ public:
                 if (isMissing(kind)) objects += putPiece(out, {kind, 1, {}});
             overwriteNumber(out, countAt, objects, 4);
         }
-        if (out.size() > Header::maximumSize) return fail("The header becomes too large.");
+        if (out.size() > Header::kMaximumSize) return fail("The header becomes too large.");
         if (fileProperties)
-            overwriteNumber(out, *fileProperties + fileSizeAt, out.size() + bytesAfterHeader, 8);
+            overwriteNumber(out, *fileProperties + kFileSizeAt, out.size() + bytesAfterHeader, 8);
         return out;
     }
 
@@ -97,14 +97,14 @@ private:
 
     static bool fitsContentDescription(const Attribute& a) {
         return contentField(a.name) && isText(a) && a.stream == 0 && a.language == 0 &&
-               sizeIn(Place::contentDescription, a) <= largest16;
+               sizeIn(Place::contentDescription, a) <= kLargest16;
     }
     static bool fitsExtended(const Attribute& a) {
         return a.stream == 0 && a.language == 0 && a.type != AttributeType::guid &&
-               sizeIn(Place::extendedContentDescription, a) <= largest16;
+               sizeIn(Place::extendedContentDescription, a) <= kLargest16;
     }
     static bool fitsMetadata(const Attribute& a) {
-        return a.language == 0 && sizeIn(Place::metadata, a) <= largest16;
+        return a.language == 0 && sizeIn(Place::metadata, a) <= kLargest16;
     }
 
     bool takeField(const Attribute& a) {
@@ -120,7 +120,7 @@ private:
             case Place::contentDescription:
                 return fitsContentDescription(a) && takeField(a);
             case Place::extendedContentDescription:
-                if (!fitsExtended(a) || m_extendedCount == largest16) return false;
+                if (!fitsExtended(a) || m_extendedCount == kLargest16) return false;
                 ++m_extendedCount;
                 m_names.insert(a.name);
                 return true;
@@ -140,7 +140,7 @@ private:
     Place newPlace(const Attribute& a) {
         if (fitsContentDescription(a) && takeField(a)) return Place::contentDescription;
         const bool isFirst = m_names.insert(a.name).second;
-        if (!isFirst || !fitsExtended(a) || m_extendedCount == largest16)
+        if (!isFirst || !fitsExtended(a) || m_extendedCount == kLargest16)
             return Place::metadataLibrary;
         ++m_extendedCount;
         return Place::extendedContentDescription;
@@ -151,7 +151,7 @@ private:
         std::vector<Place> places(attributes.size(), Place::automatic);
         for (std::size_t i = 0; i < attributes.size(); ++i) {
             const Attribute& a = attributes[i];
-            if (nameSize(a) > largest16 || a.value.size() > Header::maximumSize) {
+            if (nameSize(a) > kLargest16 || a.value.size() > Header::kMaximumSize) {
                 fail("An attribute's name or value is too long.");
                 return false;
             }
@@ -164,7 +164,7 @@ private:
             if (places[i] == Place::metadata) m_metadata.push_back(&attributes[i]);
             if (places[i] == Place::metadataLibrary) m_library.push_back(&attributes[i]);
         }
-        if (m_metadata.size() > largest16 || m_library.size() > largest16) {
+        if (m_metadata.size() > kLargest16 || m_library.size() > kLargest16) {
             fail("The header has more attributes than the format can hold.");
             return false;
         }
@@ -211,10 +211,10 @@ private:
                 putHeaderExtension(out);
                 return 1;
             case Kind::metadata:
-                putMetadata(out, metadataGuid, Place::metadata, m_metadata, piece.bytes);
+                putMetadata(out, kMetadataGuid, Place::metadata, m_metadata, piece.bytes);
                 return 1;
             case Kind::metadataLibrary:
-                putMetadata(out, metadataLibraryGuid, Place::metadataLibrary, m_library,
+                putMetadata(out, kMetadataLibraryGuid, Place::metadataLibrary, m_library,
                             piece.bytes);
                 return 1;
             default:
@@ -224,7 +224,7 @@ private:
     }
 
     void putContentDescription(Bytes& out, const Bytes& tail) const {
-        const ObjectFrame frame(out, contentDescriptionGuid);
+        const ObjectFrame frame(out, kContentDescriptionGuid);
         for (const Attribute* field : m_fields)
             putNumber(out, field ? sizeIn(Place::contentDescription, *field) : 0, 2);
         for (const Attribute* field : m_fields)
@@ -234,7 +234,7 @@ private:
 
     void putExtended(Bytes& out, const Bytes& tail) const {
         constexpr Place place = Place::extendedContentDescription;
-        const ObjectFrame frame(out, extendedContentDescriptionGuid);
+        const ObjectFrame frame(out, kExtendedContentDescriptionGuid);
         putNumber(out, m_extended.size(), 2);
         for (const Attribute* a : m_extended) {
             putNumber(out, nameSize(*a), 2);
@@ -263,8 +263,8 @@ private:
     }
 
     void putHeaderExtension(Bytes& out) const {
-        const ObjectFrame frame(out, headerExtensionGuid);
-        putBytes(out, headerExtensionReservedGuid);
+        const ObjectFrame frame(out, kHeaderExtensionGuid);
+        putBytes(out, kHeaderExtensionReservedGuid);
         putNumber(out, 6, 2);
         const std::size_t sizeAt = out.size();
         putNumber(out, 0, 4);
@@ -276,7 +276,7 @@ private:
 
     const Header& m_header;
     std::string& m_error;
-    std::array<const Attribute*, contentFields.size()> m_fields{};
+    std::array<const Attribute*, kContentFields.size()> m_fields{};
     std::vector<const Attribute*> m_extended;
     std::size_t m_extendedCount = 0;
     std::unordered_set<std::u16string_view> m_names;  // extended or library

@@ -11,7 +11,7 @@
 
 namespace orvane::asf {
 
-inline constexpr char16_t pictureName[] = u"WM/Picture";
+inline constexpr char16_t kPictureName[] = u"WM/Picture";
 
 struct Picture {
     std::uint8_t type = 0;

@@ -11,7 +11,7 @@ namespace orvane::asf {
 
 namespace {
 
-constexpr std::size_t chunkSize = 256U << 10U;
+constexpr std::size_t kChunkSize = 256U << 10U;
 
 // The size of the header that `file` begins with.
 std::optional<std::uint64_t> headerSize(File& file, std::uint64_t fileSize, std::string& error) {
@@ -19,7 +19,7 @@ std::optional<std::uint64_t> headerSize(File& file, std::uint64_t fileSize, std:
     const auto got = file.read(start, error);
     if (!got) return std::nullopt;
     ByteReader reader(std::span<const std::uint8_t>(start).first(*got));
-    if (reader.guid() != headerGuid) {
+    if (reader.guid() != kHeaderGuid) {
         error = "The file does not begin with an ASF header.";
         return std::nullopt;
     }
@@ -28,7 +28,7 @@ std::optional<std::uint64_t> headerSize(File& file, std::uint64_t fileSize, std:
         error = "The header says that it is larger than the file.";
         return std::nullopt;
     }
-    if (size > Header::maximumSize) {
+    if (size > Header::kMaximumSize) {
         error = "The header is too large.";
         return std::nullopt;
     }
@@ -107,7 +107,7 @@ private:
 };
 
 bool copyRest(File& from, std::uint64_t expected, LimitedWriter& to, std::string& error) {
-    Bytes chunk(chunkSize);
+    Bytes chunk(kChunkSize);
     while (true) {
         const auto got = from.read(chunk, error);
         if (!got) return false;

@@ -15,16 +15,16 @@ using asf::Attribute;
 using asf::AttributeType;
 
 bool isPicture(const Attribute& attribute) {
-    return attribute.type == AttributeType::bytes && attribute.name == asf::pictureName;
+    return attribute.type == AttributeType::bytes && attribute.name == asf::kPictureName;
 }
 
 // The record is followed by its texts, so these begin at an even address when the buffer does.
-constexpr std::size_t recordSize = (sizeof(WM_PICTURE) + 1) / 2 * 2;
+constexpr std::size_t kRecordSize = (sizeof(WM_PICTURE) + 1) / 2 * 2;
 
 std::size_t terminatedSize(const std::u16string& text) { return (text.size() + 1) * 2; }
 
 std::size_t pictureSize(const asf::Picture& picture) {
-    return recordSize + terminatedSize(picture.mimeType) + terminatedSize(picture.description) +
+    return kRecordSize + terminatedSize(picture.mimeType) + terminatedSize(picture.description) +
            picture.data.size();
 }
 
@@ -36,7 +36,7 @@ LPWSTR putText(BYTE*& at, const std::u16string& text) {
 }
 
 void copyPicture(const asf::Picture& picture, BYTE* buffer) {
-    BYTE* at = buffer + recordSize;
+    BYTE* at = buffer + kRecordSize;
     WM_PICTURE record{};
     record.bPictureType = picture.type;
     record.pwszMIMEType = putText(at, picture.mimeType);
@@ -158,7 +158,7 @@ HRESULT copyFromInterface(WMT_ATTR_DATATYPE type, const BYTE* value, DWORD lengt
     const auto stored = fileType(type);
     if (!stored) return E_INVALIDARG;
     if (!value) return E_POINTER;
-    if (type == WMT_TYPE_BINARY && out.name == asf::pictureName)
+    if (type == WMT_TYPE_BINARY && out.name == asf::kPictureName)
         return takePicture(value, length, out);
     const DWORD fixed = fixedSize(type);
     if (fixed != 0 && length != fixed) return E_INVALIDARG;

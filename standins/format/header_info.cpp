@@ -16,18 +16,18 @@ namespace {
 using asf::Attribute;
 using Attributes = std::vector<Attribute>;
 
-constexpr WORD allStreams = 0xFFFF;
-constexpr WORD lastStream = 127;
-constexpr std::size_t longestName = 1024;
+constexpr WORD kAllStreams = 0xFFFF;
+constexpr WORD kLastStream = 127;
+constexpr std::size_t kLongestName = 1024;
 
 std::u16string_view view(LPCWSTR text) {
     return {reinterpret_cast<const char16_t*>(text), std::wcslen(text)};
 }
 
-bool validStream(WORD stream) { return stream <= lastStream; }
+bool validStream(WORD stream) { return stream <= kLastStream; }
 
 bool counted(const Attribute& attribute, WORD stream) {
-    return stream == allStreams || attribute.stream == stream;
+    return stream == kAllStreams || attribute.stream == stream;
 }
 
 // The position in the header of the attribute that has `index` in its stream.
@@ -83,7 +83,7 @@ HRESULT giveAttribute(const Attribute& attribute, WCHAR* name, WORD* nameLength,
 HRESULT checkName(LPCWSTR name) {
     if (!name) return E_POINTER;
     const std::size_t length = std::wcslen(name);
-    return length == 0 || length > longestName ? E_INVALIDARG : S_OK;
+    return length == 0 || length > kLongestName ? E_INVALIDARG : S_OK;
 }
 
 }  // namespace
@@ -101,7 +101,7 @@ STDMETHODIMP HeaderInfo::GetAttributeCount(WORD stream, WORD* result) {
 STDMETHODIMP HeaderInfo::GetAttributeCountEx(WORD stream, WORD* result) {
     if (!result) return E_POINTER;
     if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-    if (stream != allStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
+    if (stream != kAllStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
     *result = count(m_file.header().attributes(), stream);
     return S_OK;
 }
@@ -169,7 +169,7 @@ STDMETHODIMP HeaderInfo::GetAttributeIndices(WORD stream, LPCWSTR name, WORD* la
     return guarded([&]() -> HRESULT {
         if (!result) return E_POINTER;
         if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-        if (stream != allStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
+        if (stream != kAllStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
         std::vector<WORD> found;
         std::size_t index = 0;
         for (const Attribute& a : m_file.header().attributes()) {

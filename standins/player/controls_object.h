@@ -2,10 +2,10 @@
 
 // The transport, settings and error list as the player's automation shows them.
 
+#include <wmp.h>
+
 #include "standins/player/com_support.h"
 #include "standins/player/model.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

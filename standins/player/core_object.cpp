@@ -1,8 +1,8 @@
 #include "standins/player/core_object.h"
 
-#include <utility>
-
 #include <olectl.h>
+
+#include <utility>
 
 #include "standins/player/collections.h"
 #include "standins/player/controls_object.h"

@@ -3,10 +3,10 @@
 // The root of the player's automation, which it hands to its plug-ins: IWMPCore to IWMPCore3 and
 // IConnectionPointContainer.
 
+#include <wmp.h>
+
 #include "standins/player/com_support.h"
 #include "standins/player/model.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

@@ -1,9 +1,9 @@
 #include "standins/player/event_sinks.h"
 
+#include <olectl.h>
+
 #include <utility>
 #include <vector>
-
-#include <olectl.h>
 
 #include "standins/player/model.h"
 

@@ -2,15 +2,15 @@
 
 // Who listens to the player's events: the connection point and the sinks advised on it.
 
+#include <ocidl.h>
+#include <wmp.h>
+
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 
 #include "standins/player/com_support.h"
-
-#include <ocidl.h>
-#include <wmp.h>
 
 namespace orvane::standin {
 

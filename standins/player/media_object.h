@@ -2,10 +2,10 @@
 
 // The COM face of a library item; a new one each time, several may stand for one item.
 
+#include <wmp.h>
+
 #include "standins/player/com_support.h"
 #include "standins/player/model.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

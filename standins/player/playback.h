@@ -3,12 +3,12 @@
 // The player's transport: what is current, and play states that change over time as a real
 // player's do. Guarded by the model's lock; delayed changes happen on the player's own thread.
 
+#include <wmp.h>
+
 #include <string>
 
 #include "standins/player/com_support.h"
 #include "standins/player/track.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

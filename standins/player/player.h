@@ -5,6 +5,8 @@
 // as a single-threaded apartment and must pump messages: events, delayed state changes and, with
 // `serveOnOwnThread`, calls from other threads are all served by its message loop.
 
+#include <wmp.h>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -12,8 +14,6 @@
 
 #include "standins/player/com_support.h"
 #include "standins/player/player_options.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

@@ -2,12 +2,12 @@
 
 // The COM faces of a playlist or library view, and of an array of playlists.
 
+#include <wmp.h>
+
 #include <vector>
 
 #include "standins/player/com_support.h"
 #include "standins/player/model.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

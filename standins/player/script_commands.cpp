@@ -1,3 +1,5 @@
+#include "standins/player/script.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -10,7 +12,6 @@
 #include "standins/player/player.h"
 #include "standins/player/playlist_object.h"
 #include "standins/player/plugin_host.h"
-#include "standins/player/script.h"
 
 namespace orvane::standin {
 

@@ -16,8 +16,8 @@ using test::TestWindow;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr UINT testMessage = WM_APP + 1;
-constexpr const wchar_t* hookProperty = L"window_hook_this_ptr";
+constexpr UINT kTestMessage = WM_APP + 1;
+constexpr const wchar_t* kHookProperty = L"window_hook_this_ptr";
 
 class TestHook final : public WindowHook {
 public:
@@ -37,7 +37,7 @@ class AnsweringWindow : public TestWindow {
 public:
     explicit AnsweringWindow(LRESULT answer) {
         onMessage = [this, answer](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-            if (message != testMessage) return std::nullopt;
+            if (message != kTestMessage) return std::nullopt;
             ++reached;
             if (inside) inside();
             return answer;
@@ -55,23 +55,24 @@ TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothing
         bool pass = true;
         window.inside = [&] { seen.push_back("window"); };
         hook.before = [&](UINT message, WPARAM wParam, LPARAM lParam) {
-            if (message == testMessage) seen.push_back("before " + std::to_string(wParam + lParam));
-            return message != testMessage || pass;
+            if (message == kTestMessage)
+                seen.push_back("before " + std::to_string(wParam + lParam));
+            return message != kTestMessage || pass;
         };
         hook.after = [&](UINT message, LRESULT result) {
-            if (message == testMessage) seen.push_back("after " + std::to_string(result));
+            if (message == kTestMessage) seen.push_back("after " + std::to_string(result));
         };
         ASSERT_TRUE(hook.InstallHook(window.hwnd()));
         EXPECT_EQ(hook.getHwnd(), window.hwnd());
-        EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), static_cast<WindowHook*>(&hook));
-        EXPECT_EQ(window.send(testMessage, 4, 2), 42);
+        EXPECT_EQ(GetPropW(window.hwnd(), kHookProperty), static_cast<WindowHook*>(&hook));
+        EXPECT_EQ(window.send(kTestMessage, 4, 2), 42);
         EXPECT_THAT(seen, ElementsAre("before 6", "window", "after 42"));
         pass = false;
-        EXPECT_EQ(window.send(testMessage, 4, 2), 0);
+        EXPECT_EQ(window.send(kTestMessage, 4, 2), 0);
         EXPECT_EQ(seen.back(), "before 6");
     }
     EXPECT_TRUE(window.hasOwnProcedure());
-    EXPECT_EQ(GetPropW(window.hwnd(), hookProperty), nullptr);
+    EXPECT_EQ(GetPropW(window.hwnd(), kHookProperty), nullptr);
 }
 
 TEST(WindowHook, FindsItsWindowByExactCaptionAndClassAndMovesOn) {
@@ -113,7 +114,7 @@ TEST(WindowHook, RefusesAWindowThatItCannotHook) {
 
     // Belongs to another process, whose own copy of us would follow our pointer.
     EXPECT_FALSE(hook.InstallHook(GetDesktopWindow()));
-    EXPECT_EQ(GetPropW(GetDesktopWindow(), hookProperty), nullptr);
+    EXPECT_EQ(GetPropW(GetDesktopWindow(), kHookProperty), nullptr);
     EXPECT_THAT(log.take(), HasSubstr(refusal));
 
     // Hooked already: two hooks in a row would call each other for ever.
@@ -124,7 +125,7 @@ TEST(WindowHook, RefusesAWindowThatItCannotHook) {
         EXPECT_FALSE(another.InstallHook(window.hwnd()));
         EXPECT_THAT(log.take(), HasSubstr(refusal));
     }
-    EXPECT_EQ(window.send(testMessage), 7);
+    EXPECT_EQ(window.send(kTestMessage), 7);
     EXPECT_EQ(hook.getHwnd(), window.hwnd());
 }
 
@@ -133,16 +134,16 @@ TEST(WindowHook, MayBeDestroyedByItsOwnOperationOrByTheWindow) {
         AnsweringWindow window(5);
         int after = 0;
         auto hook = std::make_unique<TestHook>();
-        hook->after = [&](UINT message, LRESULT) { after += message == testMessage ? 1 : 0; };
+        hook->after = [&](UINT message, LRESULT) { after += message == kTestMessage ? 1 : 0; };
         if (byWindow)
             window.inside = [&] { hook.reset(); };
         else
             hook->before = [&](UINT message, WPARAM, LPARAM) {
-                if (message == testMessage) hook.reset();
+                if (message == kTestMessage) hook.reset();
                 return true;
             };
         ASSERT_TRUE(hook->InstallHook(window.hwnd()));
-        EXPECT_EQ(window.send(testMessage), 5) << "the window still gets its message";
+        EXPECT_EQ(window.send(kTestMessage), 5) << "the window still gets its message";
         EXPECT_TRUE(window.hasOwnProcedure());
         EXPECT_EQ(window.reached, 1);
         EXPECT_EQ(after, 0);
@@ -153,14 +154,14 @@ TEST(WindowHook, KeepsItsOwnExceptionsFromTheWindow) {
     AnsweringWindow window(3);
     TestHook hook;
     hook.before = [](UINT message, WPARAM, LPARAM) -> bool {
-        if (message == testMessage) throw std::runtime_error("before");
+        if (message == kTestMessage) throw std::runtime_error("before");
         return true;
     };
     hook.after = [](UINT message, LRESULT) {
-        if (message == testMessage) throw std::runtime_error("after");
+        if (message == kTestMessage) throw std::runtime_error("after");
     };
     ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-    EXPECT_EQ(window.send(testMessage), 3);
+    EXPECT_EQ(window.send(kTestMessage), 3);
 }
 
 TEST(WindowHook, EndsWithItsWindow) {
@@ -173,7 +174,7 @@ TEST(WindowHook, EndsWithItsWindow) {
     EXPECT_TRUE(lastSeen);
     EXPECT_EQ(hook.getHwnd(), nullptr);
     // Without a window PostMessage would succeed: the message goes to the calling thread.
-    EXPECT_FALSE(hook.postMessage(testMessage, 0, 0));
+    EXPECT_FALSE(hook.postMessage(kTestMessage, 0, 0));
 
     TestWindow next;
     EXPECT_TRUE(hook.InstallHook(next.hwnd()));
@@ -202,7 +203,7 @@ TEST(WindowHook, GetsOnWithAnotherSubclasser) {
         EXPECT_TRUE(window.hasOwnProcedure());
         // The other one restores what it found: our procedure, with nobody behind it.
         placeOther(window.hwnd(), belowOther);
-        EXPECT_EQ(window.send(testMessage), 0);
+        EXPECT_EQ(window.send(kTestMessage), 0);
     }
 
     // It keeps the window's end from us: what now has the handle is not ours to change.

@@ -1,13 +1,12 @@
 // Cover art in real files, by way of the stand-in Format runtime beside this program.
 
-#include <gmock/gmock.h>
-
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <io.h>
 
+#include "media/format_runtime.h"
 #include "media/image_file.h"
 #include "media/wmp_media_item.h"
-#include "media/format_runtime.h"
 #include "platform/handles.h"
 #include "tests/media/fake_media.h"
 #include "tests/media/track_folder.h"
@@ -96,13 +95,13 @@ TEST_F(CoverArt, TakesThePlaceOfAllThatWereThere) {
     EXPECT_EQ(soundOf(track), sound);
     auto after = headerOf(track).attributes();
     ASSERT_EQ(after.size(), tags.size() + 1);
-    std::erase_if(after, [](const auto& one) { return one.name == asf::pictureName; });
+    std::erase_if(after, [](const auto& one) { return one.name == asf::kPictureName; });
     for (std::size_t i = 0; i < tags.size(); ++i) {
         EXPECT_EQ(after[i].name, tags[i].name);
         EXPECT_EQ(after[i].value, tags[i].value);
     }
     const auto header = headerOf(track);
-    const auto picture = asf::Picture::parse(header.find(asf::pictureName)->value);
+    const auto picture = asf::Picture::parse(header.find(asf::kPictureName)->value);
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->mimeType, u"image/jpeg");
     EXPECT_EQ(picture->type, 0);

@@ -61,7 +61,7 @@ inline std::vector<Bytes> picturesIn(const std::filesystem::path& track) {
     std::vector<Bytes> images;
     const asf::Header header = headerOf(track);
     for (const auto& attribute : header.attributes()) {
-        if (attribute.name != asf::pictureName) continue;
+        if (attribute.name != asf::kPictureName) continue;
         const auto picture = asf::Picture::parse(attribute.value);
         EXPECT_TRUE(picture);
         if (picture) images.emplace_back(picture->data.begin(), picture->data.end());
@@ -72,7 +72,7 @@ inline std::vector<Bytes> picturesIn(const std::filesystem::path& track) {
 inline void addPicture(const std::filesystem::path& track, const Bytes& image) {
     auto header = headerOf(track);
     asf::Attribute attribute;
-    attribute.name = asf::pictureName;
+    attribute.name = asf::kPictureName;
     attribute.type = asf::AttributeType::bytes;
     attribute.value = asf::Picture{3, u"image/png", u"cover", image}.serialise();
     header.attributes().push_back(attribute);

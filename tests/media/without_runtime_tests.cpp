@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "media/wmp_media_item.h"
 #include "media/format_runtime.h"
+#include "media/wmp_media_item.h"
 #include "tests/media/fake_media.h"
 #include "tests/media/track_folder.h"
 

@@ -8,7 +8,7 @@
 namespace orvane::test {
 namespace {
 
-constexpr UINT servePlayState = WM_APP + 1;
+constexpr UINT kServePlayState = WM_APP + 1;
 
 // A core whose play state is read on the thread that made it, by a message sent there.
 class ServingCore : public FakeCore {
@@ -20,7 +20,7 @@ public:
         SetWindowLongW(m_window, GWL_WNDPROC,
                        static_cast<LONG>(reinterpret_cast<LONG_PTR>(&windowProc)));
         playState = [this](WMPPlayState* answer) {
-            *answer = static_cast<WMPPlayState>(SendMessageW(m_window, servePlayState, 0, 0));
+            *answer = static_cast<WMPPlayState>(SendMessageW(m_window, kServePlayState, 0, 0));
             return S_OK;
         };
     }
@@ -32,7 +32,7 @@ public:
 
 private:
     static LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message != servePlayState) return DefWindowProcW(window, message, wParam, lParam);
+        if (message != kServePlayState) return DefWindowProcW(window, message, wParam, lParam);
         auto* const core = reinterpret_cast<ServingCore*>(
             static_cast<LONG_PTR>(GetWindowLongW(window, GWL_USERDATA)));
         ++core->served;

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "common/messages/orvane_message.h"
 #include "common/link/pipe_broadcaster.h"
+#include "common/messages/orvane_message.h"
 #include "platform/handles.h"
 
 namespace orvane::test {

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include <string>
 
@@ -12,12 +13,12 @@
 namespace orvane::test {
 
 // The real module, as a stranger loads it: nothing but exports, registry and resources.
-constexpr const wchar_t* moduleName = L"OrVaneWmpPlugin.dll";
-constexpr const wchar_t* pluginsKey = L"SOFTWARE\\Microsoft\\MediaPlayer\\UIPlugins";
+constexpr const wchar_t* kModuleName = L"OrVaneWmpPlugin.dll";
+constexpr const wchar_t* kPluginsKey = L"SOFTWARE\\Microsoft\\MediaPlayer\\UIPlugins";
 
 class Module {
 public:
-    Module() : m_module(LoadLibraryW(moduleName)) {
+    Module() : m_module(LoadLibraryW(kModuleName)) {
         EXPECT_TRUE(m_module) << "error " << GetLastError();
     }
     [[nodiscard]] HMODULE get() const { return m_module.get(); }

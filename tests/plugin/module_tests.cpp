@@ -16,7 +16,7 @@ namespace orvane::test {
 
 std::wstring registeredClassText() {
     UniqueRegKey plugins;
-    RegOpenKeyExW(HKEY_LOCAL_MACHINE, pluginsKey, 0, KEY_READ, plugins.put());
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPluginsKey, 0, KEY_READ, plugins.put());
     for (DWORD index = 0;; ++index) {
         wchar_t name[256] = {};
         if (RegEnumKeyW(plugins.get(), index, name, 256) != ERROR_SUCCESS) return {};
@@ -93,7 +93,7 @@ protected:
     void SetUp() override { ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr))); }
     void TearDown() override { OleUninitialize(); }
 
-    static bool isLoaded() { return GetModuleHandleW(moduleName) != nullptr; }
+    static bool isLoaded() { return GetModuleHandleW(kModuleName) != nullptr; }
     // The last thread of the module takes it along a moment after FreeLibrary.
     static bool isGoneSoon() {
         return pumpUntil([] { return !isLoaded(); }, 3000);
@@ -101,7 +101,7 @@ protected:
 };
 
 DWORD WINAPI loadModule(void* result) {
-    *static_cast<HMODULE*>(result) = LoadLibraryW(moduleName);
+    *static_cast<HMODULE*>(result) = LoadLibraryW(kModuleName);
     return 0;
 }
 

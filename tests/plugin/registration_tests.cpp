@@ -40,7 +40,7 @@ void expectRegistered(const std::wstring& classId, const std::wstring& path) {
               L"Apartment");
     EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, ourClass), (Contents{1, 1}));
 
-    const std::wstring entry = pluginsKey + (L"\\" + classId);
+    const std::wstring entry = kPluginsKey + (L"\\" + classId);
     EXPECT_EQ(textAt(HKEY_LOCAL_MACHINE, entry, L"FriendlyName"),
               L"res://OrVaneWmpPlugin.dll/RT_STRING/#102");
     EXPECT_EQ(textAt(HKEY_LOCAL_MACHINE, entry, L"Description"),
@@ -61,10 +61,10 @@ TEST(Registration, ComesAndGoesWithoutTouchingItsNeighbours) {
 
     EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
     UniqueRegKey neighbour;
-    const std::wstring other = pluginsKey + std::wstring(L"\\{neighbour}");
+    const std::wstring other = kPluginsKey + std::wstring(L"\\{neighbour}");
     RegCreateKeyExW(HKEY_LOCAL_MACHINE, other.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                     neighbour.put(), nullptr);
-    const auto before = contentsOf(HKEY_LOCAL_MACHINE, pluginsKey);
+    const auto before = contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey);
     const auto classesBefore = contentsOf(HKEY_CLASSES_ROOT, L"CLSID");
     ASSERT_TRUE(before && classesBefore);
 
@@ -81,11 +81,11 @@ TEST(Registration, ComesAndGoesWithoutTouchingItsNeighbours) {
     EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, L"CLSID\\" + classId), (Contents{2, 1}));
     ASSERT_EQ(module.call("DllRegisterServer"), S_OK);
     expectRegistered(classId, path);
-    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, pluginsKey)->keys, before->keys + 1);
+    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey)->keys, before->keys + 1);
 
     EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
     EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, pluginsKey), before);
+    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey), before);
     EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, L"CLSID"), classesBefore);
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, other.c_str());
 }

@@ -15,8 +15,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr const wchar_t* mediaName = L"MediaSendTo";
-constexpr const wchar_t* playlistName = L"PlaylistSendTo";
+constexpr const wchar_t* kMediaName = L"MediaSendTo";
+constexpr const wchar_t* kPlaylistName = L"PlaylistSendTo";
 
 // A safe array of the player's, given back in the end.
 class Value {
@@ -78,7 +78,7 @@ TEST_F(SendTo, ChosenTracksGoOutAsOneList) {
     const auto first = mediaOf(L"sakura.wma");
     const auto second = mediaOf(L"Déjà vu 日本.wma");
     const auto third = mediaOf(L"Track 06.wma");
-    EXPECT_THAT(send(mediaName, {first, second, third}, 1),
+    EXPECT_THAT(send(kMediaName, {first, second, third}, 1),
                 ElementsAre(ElementsAre(pathOf(L"sakura.wma"), pathOf(L"Déjà vu 日本.wma"),
                                         pathOf(L"Track 06.wma"))));
 }
@@ -92,9 +92,9 @@ TEST_F(SendTo, WhatIsNoTrackOrHasNoPathIsLeftOut) {
     pathless.sourcePath.clear();
     FakeMedia fine;
     fine.sourcePath = L"C:\\x.wma";
-    EXPECT_THAT(send(mediaName, {nullptr, playlist, &broken, &pathless, real, nullptr, &fine}, 1),
+    EXPECT_THAT(send(kMediaName, {nullptr, playlist, &broken, &pathless, real, nullptr, &fine}, 1),
                 ElementsAre(ElementsAre(pathOf(L"sakura.wma"), L"C:\\x.wma")));
-    EXPECT_THAT(send(mediaName, {nullptr, playlist}, 1), ElementsAre(IsEmpty()));
+    EXPECT_THAT(send(kMediaName, {nullptr, playlist}, 1), ElementsAre(IsEmpty()));
     EXPECT_EQ(fine.references, 0) << "every reference is given back";
     EXPECT_EQ(broken.references, 0);
 }
@@ -102,18 +102,18 @@ TEST_F(SendTo, WhatIsNoTrackOrHasNoPathIsLeftOut) {
 TEST_F(SendTo, EachPlaylistGoesOutByItself) {
     const auto first = makePlaylist(L"first", {L"sakura.wma", L"Track 06.wma", L"sakura.wma"});
     const auto empty = makePlaylist(L"empty", {});
-    EXPECT_THAT(send(playlistName, {first, nullptr, mediaOf(L"sakura.wma"), empty}, 2),
+    EXPECT_THAT(send(kPlaylistName, {first, nullptr, mediaOf(L"sakura.wma"), empty}, 2),
                 ElementsAre(ElementsAre(pathOf(L"sakura.wma"), pathOf(L"Track 06.wma"),
                                         pathOf(L"sakura.wma")),
                             IsEmpty()));
-    EXPECT_THAT(send(playlistName, std::vector<IUnknown*>{}, 0), IsEmpty());
+    EXPECT_THAT(send(kPlaylistName, std::vector<IUnknown*>{}, 0), IsEmpty());
 
     m_player->change(
         [](standin::PlayerOptions& options) { options.failCalls = {"IWMPPlaylist::get_Item"}; });
-    EXPECT_THAT(send(playlistName, {first}, 1), ElementsAre(IsEmpty()));
+    EXPECT_THAT(send(kPlaylistName, {first}, 1), ElementsAre(IsEmpty()));
     m_player->change(
         [](standin::PlayerOptions& options) { options.failCalls = {"IWMPPlaylist::get_count"}; });
-    EXPECT_THAT(send(playlistName, {first}, 0), IsEmpty());
+    EXPECT_THAT(send(kPlaylistName, {first}, 0), IsEmpty());
 }
 
 TEST_F(SendTo, AValueOfAnotherKindSendsNothing) {
@@ -141,7 +141,7 @@ TEST_F(SendTo, AValueOfAnotherKindSendsNothing) {
     ASSERT_EQ(SafeArrayAllocDescriptorEx(VT_UNKNOWN, 1, &hollow.parray), S_OK);
     hollow.parray->rgsabound[0] = {1000, 0};
 
-    for (const wchar_t* name : {mediaName, playlistName}) {
+    for (const wchar_t* name : {kMediaName, kPlaylistName}) {
         for (const VARIANT& value : values) EXPECT_EQ(m_plugin->SetProperty(name, &value), S_OK);
         EXPECT_EQ(m_plugin->SetProperty(name, &hollow), S_OK);
         EXPECT_EQ(m_plugin->SetProperty(name, nullptr), S_OK);
@@ -161,16 +161,16 @@ TEST_F(SendTo, EveryElementCountsWhateverTheBounds) {
     second.sourcePath = L"C:\\2.wma";
     for (const LONG lowerBound : {-1, 1, 1000000}) {
         Value value({&first, &second}, lowerBound);
-        EXPECT_THAT(send(mediaName, value.get(), 1),
+        EXPECT_THAT(send(kMediaName, value.get(), 1),
                     ElementsAre(ElementsAre(L"C:\\1.wma", L"C:\\2.wma")));
     }
     VARIANT none{};
     none.vt = VT_ARRAY | VT_UNKNOWN;
-    EXPECT_THAT(send(mediaName, &none, 1), ElementsAre(IsEmpty()));
+    EXPECT_THAT(send(kMediaName, &none, 1), ElementsAre(IsEmpty()));
 
     CapturedLog log;
     Value value({nullptr, &first});
-    m_plugin->SetProperty(mediaName, value.get());
+    m_plugin->SetProperty(kMediaName, value.get());
     EXPECT_THAT(log.take(),
                 HasSubstr("<7> test : COrVaneWmpPlugin::SetProperty: item 1: punk: 0x"));
 }
@@ -181,7 +181,7 @@ TEST_F(SendTo, AWholeLibraryTakesNoTime) {
     media.sourcePath = L"C:\\Users\\somebody\\Music\\An artist\\An album\\07 A track.wma";
     Value value(std::vector<IUnknown*>(count, &media));
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(m_plugin->SetProperty(mediaName, value.get()), S_OK);
+    EXPECT_EQ(m_plugin->SetProperty(kMediaName, value.get()), S_OK);
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_LT(taken, std::chrono::seconds(1));
     const auto sent = events(1);

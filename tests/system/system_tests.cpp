@@ -16,37 +16,37 @@ namespace fs = std::filesystem;
 using ::testing::Each;
 using ::testing::Lt;
 
-constexpr const char* hello = "  event     PlayerHello ";
+constexpr const char* kHello = "  event     PlayerHello ";
 // The longest that a write may take, and what a busy machine adds.
-constexpr unsigned longestStallMs = 2000 + 250;
-constexpr DWORD reconnectMs = 2000 + 500;
-constexpr const char* longCommand = "start trackPath=\"C:\\none.wma\"";  // to --never=playing
+constexpr unsigned kLongestStallMs = 2000 + 250;
+constexpr DWORD kReconnectMs = 2000 + 500;
+constexpr const char* kLongCommand = "start trackPath=\"C:\\none.wma\"";  // to --never=playing
 
 class SystemTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        fs::create_directories(m_folder);
+        fs::create_directories(kFolder);
         regsvr32(L"/s OrVaneWmpPlugin.dll");
     }
     static void TearDownTestSuite() {
         regsvr32(L"/s /u OrVaneWmpPlugin.dll");
-        fs::remove_all(m_folder);
+        fs::remove_all(kFolder);
     }
     static void regsvr32(const std::wstring& arguments) {
-        const Process process(L"regsvr32.exe " + arguments, m_folder / L"regsvr32.txt");
+        const Process process(L"regsvr32.exe " + arguments, kFolder / L"regsvr32.txt");
         EXPECT_EQ(process.exitCode(20'000), 0U);
     }
 
     void startApp() {
-        m_app = std::make_unique<Process>(L"OrVaneApp.exe", m_folder / L"app.txt");
+        m_app = std::make_unique<Process>(L"OrVaneApp.exe", kFolder / L"app.txt");
         ASSERT_TRUE(m_app->prints("ready: both pipes", 10'000)) << m_app->output();
     }
     void start(const std::wstring& playerOptions) {
         ASSERT_NO_FATAL_FAILURE(startApp());
         m_player = std::make_unique<Process>(L"player.exe --script=- " + playerOptions,
-                                             m_folder / L"player.txt");
+                                             kFolder / L"player.txt");
         ASSERT_TRUE(m_player->prints("SetCore(core): 0x00000000", 15'000)) << m_player->output();
-        ASSERT_TRUE(m_app->prints(hello, 2000)) << m_app->output();
+        ASSERT_TRUE(m_app->prints(kHello, 2000)) << m_app->output();
         m_window = FindWindowW(L"WMPlayerApp", nullptr);
         ASSERT_NE(m_window, nullptr);
     }
@@ -61,12 +61,12 @@ protected:
 
     // The link comes back within its time, and works.
     void expectLink(std::size_t hellos = 1) {
-        EXPECT_TRUE(m_app->prints(hello, reconnectMs, hellos)) << m_app->output();
+        EXPECT_TRUE(m_app->prints(kHello, kReconnectMs, hellos)) << m_app->output();
         m_app->tell("getTrackCount");
         EXPECT_TRUE(m_app->prints("response  getTrackCount", 5000)) << m_app->output();
     }
 
-    inline static const fs::path m_folder = fs::temp_directory_path() / L"orvane-system-tests";
+    inline static const fs::path kFolder = fs::temp_directory_path() / L"orvane-system-tests";
     std::unique_ptr<Process> m_app;
     std::unique_ptr<Process> m_player;
     HWND m_window = nullptr;
@@ -79,7 +79,7 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
         [] { Sleep(30); },
         [&] {  // during a command that goes on while the next application waits for the plug-in
             Sleep(1250);
-            m_app->tell(longCommand);
+            m_app->tell(kLongCommand);
             Sleep(100);
         },
         [] { Sleep(2300); },  // time for a hello too many
@@ -114,16 +114,16 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
         SCOPED_TRACE("moment " + std::to_string(i));
         ASSERT_NO_FATAL_FAILURE(moments[i]());
         m_app->kill();
-        EXPECT_EQ(countOf(m_app->output(), hello), 1U) << m_app->output();
+        EXPECT_EQ(countOf(m_app->output(), kHello), 1U) << m_app->output();
         ASSERT_NO_FATAL_FAILURE(startApp());
         // The attempt that meets the command still running leaves the link to the next one, rather
         // than hold the player's thread until the command ends.
-        const DWORD limitMs = i == underCommand ? 2 * reconnectMs : reconnectMs;
-        EXPECT_TRUE(m_app->prints(hello, limitMs)) << m_app->output();
+        const DWORD limitMs = i == underCommand ? 2 * kReconnectMs : kReconnectMs;
+        EXPECT_TRUE(m_app->prints(kHello, limitMs)) << m_app->output();
         ASSERT_FALSE(m_player->exitCode(0)) << m_player->output();
     }
     expectLink();
-    EXPECT_THAT(meter.stop(), Each(Lt(longestStallMs)));
+    EXPECT_THAT(meter.stop(), Each(Lt(kLongestStallMs)));
 }
 
 TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
@@ -143,7 +143,7 @@ TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
         }
         ASSERT_NO_FATAL_FAILURE(startApp());
         expectLink();
-        EXPECT_THAT(meter.stop(), Each(Lt(longestStallMs)));
+        EXPECT_THAT(meter.stop(), Each(Lt(kLongestStallMs)));
     }
 }
 
@@ -159,7 +159,7 @@ TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
     }
     const auto answers = meter.stop();
     // The list of tracks is made on the same thread before it is written.
-    EXPECT_THAT(answers, Each(Lt(longestStallMs + 400)));
+    EXPECT_THAT(answers, Each(Lt(kLongestStallMs + 400)));
     EXPECT_EQ(std::count_if(answers.begin(), answers.end(), [](unsigned ms) { return ms > 500; }),
               1);
 
@@ -167,7 +167,7 @@ TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
     expectLink(2);
     m_player->tell("sendto-media all");
     EXPECT_TRUE(m_app->prints("more of 20000 tracks", 5000)) << m_app->output();
-    EXPECT_EQ(countOf(m_app->output(), hello), 2U);
+    EXPECT_EQ(countOf(m_app->output(), kHello), 2U);
 }
 
 TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
@@ -175,7 +175,7 @@ TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
         SCOPED_TRACE(how);
         m_app.reset();  // pipes and mutex are free for the next
         ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=100 --never=playing" + options));
-        m_app->tell(longCommand);
+        m_app->tell(kLongCommand);
         ASSERT_TRUE(m_app->prints("command   start", 2000));
         Sleep(150);
         m_player->tell(how);
@@ -194,22 +194,21 @@ TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
 class NoFormatRuntime {
 public:
     NoFormatRuntime() {
-        RegSetKeyValueW(HKEY_CURRENT_USER, m_key, L"wmvcore", REG_SZ, L"", sizeof(wchar_t));
+        RegSetKeyValueW(HKEY_CURRENT_USER, kKey, L"wmvcore", REG_SZ, L"", sizeof(wchar_t));
     }
-    ~NoFormatRuntime() { RegDeleteKeyW(HKEY_CURRENT_USER, m_key); }
+    ~NoFormatRuntime() { RegDeleteKeyW(HKEY_CURRENT_USER, kKey); }
     NoFormatRuntime(const NoFormatRuntime&) = delete;
     NoFormatRuntime& operator=(const NoFormatRuntime&) = delete;
 
 private:
-    static constexpr const wchar_t* m_key =
-        L"Software\\Wine\\AppDefaults\\player.exe\\DllOverrides";
+    static constexpr const wchar_t* kKey = L"Software\\Wine\\AppDefaults\\player.exe\\DllOverrides";
 };
 
 TEST_F(SystemTest, TagsWorkWithoutTheFormatRuntimeAndOnlyCoverArtIsAbsent) {
-    const fs::path music = m_folder / L"music";
+    const fs::path music = kFolder / L"music";
     const fs::path data(ORVANE_TEST_DATA);
-    const fs::path cover = m_folder / L"cover.jpg";
-    const fs::path out = m_folder / L"out.jpg";
+    const fs::path cover = kFolder / L"cover.jpg";
+    const fs::path out = kFolder / L"out.jpg";
     fs::create_directories(music);
     fs::copy_file(data / L"cover.jpg", cover);
     const std::string track = " trackPath=\"" + (music / L"track.wma").string() + "\" ";

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <string_view>
 
-#include "util/files/files.h"
 #include "platform/last_error.h"
+#include "util/files/files.h"
+#include "util/files/long_names.h"
 #include "util/log/log.h"
 #include "util/log/log_if.h"
-#include "util/files/long_names.h"
 #include "util/text/text.h"
 
 namespace orvane {

@@ -1,10 +1,10 @@
 #include "util/files/files.h"
 
-#include "util/files/file_handles.h"
 #include "platform/last_error.h"
+#include "util/files/file_handles.h"
+#include "util/files/long_names.h"
 #include "util/log/log.h"
 #include "util/log/log_if.h"
-#include "util/files/long_names.h"
 #include "util/text/text.h"
 
 namespace orvane {

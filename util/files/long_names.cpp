@@ -6,9 +6,9 @@
 #include <string_view>
 
 #include "platform/last_error.h"
+#include "util/files/paths.h"
 #include "util/log/log.h"
 #include "util/log/log_if.h"
-#include "util/files/paths.h"
 #include "util/text/text.h"
 
 namespace orvane {

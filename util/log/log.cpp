@@ -1,7 +1,8 @@
 #include "util/log/log.h"
 
-#include <process.h>
 #include <windows.h>
+
+#include <process.h>
 
 #include <atomic>
 #include <cerrno>
@@ -14,8 +15,8 @@
 #include "util/log/log_file.h"
 #include "util/log/log_format.h"
 #include "util/log/log_lock.h"
-#include "util/text/owned.h"
 #include "util/log/win_error_text.h"
+#include "util/text/owned.h"
 
 namespace orvane {
 namespace {

@@ -8,9 +8,9 @@
 #include "util/files/directories.h"
 #include "util/files/file_handles.h"
 #include "util/files/files.h"
+#include "util/files/long_names.h"
 #include "util/log/log.h"
 #include "util/log/log_diagnostics.h"
-#include "util/files/long_names.h"
 #include "util/log/open_security.h"
 #include "util/registry/registry.h"
 

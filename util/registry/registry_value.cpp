@@ -7,9 +7,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "util/registry/environment.h"
 #include "util/log/log.h"
 #include "util/log/log_if.h"
+#include "util/registry/environment.h"
 #include "util/text/text.h"
 
 namespace orvane {

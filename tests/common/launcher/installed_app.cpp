@@ -7,8 +7,8 @@
 namespace orvane::test {
 namespace {
 
-constexpr const wchar_t* settingsKey = L"Software\\OrVaneMedia\\Settings";
-constexpr const char* reportFile = "C:\\orvane-launcher-tests\\report.txt";
+constexpr const wchar_t* kSettingsKey = L"Software\\OrVaneMedia\\Settings";
+constexpr const char* kReportFile = "C:\\orvane-launcher-tests\\report.txt";
 
 std::wstring testProgramFolder() {
     std::wstring path(1024, L'\0');
@@ -21,7 +21,7 @@ std::wstring testProgramFolder() {
 InstalledApp::InstalledApp() : m_leave(CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave")) {
     wchar_t folder[512] = {};
     DWORD bytes = sizeof(folder) - sizeof(wchar_t);
-    m_hadFolder = RegGetValueW(HKEY_LOCAL_MACHINE, settingsKey, L"Path", RRF_RT_REG_SZ, nullptr,
+    m_hadFolder = RegGetValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"Path", RRF_RT_REG_SZ, nullptr,
                                folder, &bytes) == ERROR_SUCCESS;
     m_oldFolder = folder;
     unregister();
@@ -62,14 +62,14 @@ void InstalledApp::registerFolder(const std::wstring& folder) {
 }
 
 void InstalledApp::registerData(DWORD type, const void* data, DWORD bytes) {
-    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, settingsKey, L"Path", type, data, bytes),
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"Path", type, data, bytes),
               ERROR_SUCCESS);
 }
 
-void InstalledApp::unregister() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, settingsKey, L"Path"); }
+void InstalledApp::unregister() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"Path"); }
 
 void InstalledApp::behave(const char* exit) {
-    DeleteFileA(reportFile);
+    DeleteFileA(kReportFile);
     SetEnvironmentVariableA("ORVANE_TEST_EXIT", exit);
 }
 
@@ -77,7 +77,7 @@ std::wstring InstalledApp::commandLine() { return reportLine(0); }
 std::wstring InstalledApp::workingDirectory() { return reportLine(1); }
 
 std::wstring InstalledApp::reportLine(int index) {
-    std::ifstream report(reportFile, std::ios::binary);
+    std::ifstream report(kReportFile, std::ios::binary);
     std::string line;
     for (int i = 0; i <= index; ++i) {
         if (!std::getline(report, line)) return {};

@@ -16,14 +16,14 @@ using test::InstalledApp;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr int wmp = 3;
+constexpr int kWmp = 3;
 
 std::wstring wide(const juce::String& text) { return text.toWideCharPointer(); }
 
 class LauncherTest : public testing::Test {
 protected:
     InstalledApp m_app;
-    OrvaneLauncher m_launcher{wmp};
+    OrvaneLauncher m_launcher{kWmp};
 };
 
 TEST_F(LauncherTest, FindsAndStartsTheProgramHoweverItsFolderIsSpelled) {

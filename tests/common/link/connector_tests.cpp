@@ -1,16 +1,16 @@
-#include "common/link/orvane_app_connector.h"
-#include "common/messages/orvane_message.h"
-#include "tests/common/messages/captured_log.h"
-#include "tests/common/messages/mock_plugin_methods.h"
-#include "tests/common/link/pipe_fixtures.h"
-#include "tests/plugin/fake_app.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
 #include <thread>
+
+#include "common/link/orvane_app_connector.h"
+#include "common/messages/orvane_message.h"
+#include "tests/common/link/pipe_fixtures.h"
+#include "tests/common/messages/captured_log.h"
+#include "tests/common/messages/mock_plugin_methods.h"
+#include "tests/plugin/fake_app.h"
 
 namespace orvane {
 namespace {

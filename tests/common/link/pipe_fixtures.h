@@ -1,9 +1,5 @@
 #pragma once
 
-#include "common/messages/frame.h"
-#include "common/link/pipe_listener.h"
-#include "platform/handles.h"
-
 #include <windows.h>
 
 #include <atomic>
@@ -12,6 +8,10 @@
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include "common/link/pipe_listener.h"
+#include "common/messages/frame.h"
+#include "platform/handles.h"
 
 namespace orvane::test {
 

@@ -1,15 +1,15 @@
-#include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
-#include "platform/waiting.h"
-#include "tests/common/messages/captured_log.h"
-#include "tests/common/link/pipe_fixtures.h"
-
 #include <gtest/gtest.h>
 #include <objbase.h>
 
 #include <algorithm>
 #include <optional>
 #include <thread>
+
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
+#include "platform/waiting.h"
+#include "tests/common/link/pipe_fixtures.h"
+#include "tests/common/messages/captured_log.h"
 
 namespace orvane {
 namespace {

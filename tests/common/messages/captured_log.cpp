@@ -1,12 +1,12 @@
 #include "tests/common/messages/captured_log.h"
 
-#include "util/log/log.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <mutex>
 #include <utility>
+
+#include "util/log/log.h"
 
 namespace orvane {
 namespace {

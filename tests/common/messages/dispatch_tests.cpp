@@ -1,7 +1,3 @@
-#include "common/messages/orvane_message.h"
-#include "tests/common/messages/captured_log.h"
-#include "tests/common/messages/mock_plugin_methods.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +5,10 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "common/messages/orvane_message.h"
+#include "tests/common/messages/captured_log.h"
+#include "tests/common/messages/mock_plugin_methods.h"
 
 namespace orvane {
 namespace {

@@ -1,10 +1,10 @@
 // Any bytes that may come as a command's payload: decoded, parsed, read and written again.
 
+#include <cstdlib>
+
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "tests/common/messages/captured_log.h"
-
-#include <cstdlib>
 
 using namespace orvane;
 

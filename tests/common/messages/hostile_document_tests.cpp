@@ -1,12 +1,12 @@
-#include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
-#include "tests/common/messages/build_speed.h"
-#include "tests/common/messages/captured_log.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <string>
+
+#include "common/messages/orvane_message.h"
+#include "common/messages/text_coding.h"
+#include "tests/common/messages/build_speed.h"
+#include "tests/common/messages/captured_log.h"
 
 namespace orvane {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "common/messages/plugin_methods.h"
-
 #include <gmock/gmock.h>
+
+#include "common/messages/plugin_methods.h"
 
 namespace orvane::test {
 

@@ -1,6 +1,6 @@
-#include "standins/app/cleaning_rules.h"
-
 #include <gtest/gtest.h>
+
+#include "standins/app/cleaning_rules.h"
 
 namespace orvane::standin::app {
 namespace {

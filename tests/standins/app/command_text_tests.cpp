@@ -1,11 +1,11 @@
 #include "standins/app/command_text.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "standins/app/options.h"
 #include "standins/app/report_lines.h"
 #include "standins/app/text.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace orvane::standin::app {
 namespace {

@@ -1,14 +1,14 @@
 // The program itself, with a client that behaves as the plug-in would, or worse.
 
-#include "standins/app/clean_library.h"
-#include "standins/app/frame_scanner.h"
-#include "standins/app/pipe_server.h"
-#include "standins/support/wide_text.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
+
+#include "standins/app/clean_library.h"
+#include "standins/app/frame_scanner.h"
+#include "standins/app/pipe_server.h"
+#include "standins/support/wide_text.h"
 
 namespace orvane::standin::app {
 namespace {
@@ -16,14 +16,14 @@ namespace {
 using namespace std::string_literals;
 using testing::HasSubstr;
 
-constexpr DWORD limitMs = 15'000;
+constexpr DWORD kLimitMs = 15'000;
 
 // One end of a pipe, as the plug-in opens it.
 class Client {
 public:
     explicit Client(const std::string& name) {
         const std::wstring path = L"\\\\.\\pipe\\" + toWide(name);
-        const ULONGLONG deadline = GetTickCount64() + limitMs;
+        const ULONGLONG deadline = GetTickCount64() + kLimitMs;
         while (GetTickCount64() < deadline) {
             m_pipe.reset(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                      OPEN_EXISTING, 0, nullptr));
@@ -47,7 +47,7 @@ public:
 
     // The next frame's payload, "" when none comes in time.
     std::string receive() {
-        const ULONGLONG deadline = GetTickCount64() + limitMs;
+        const ULONGLONG deadline = GetTickCount64() + kLimitMs;
         for (DWORD count = 0; GetTickCount64() < deadline; Sleep(5)) {
             char bytes[4096];
             if (!PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, &count, nullptr)) break;
@@ -89,7 +89,7 @@ public:
     ~Program() {
         if (m_process && WaitForSingleObject(m_process.get(), 0) != WAIT_OBJECT_0) {
             TerminateProcess(m_process.get(), 99);
-            WaitForSingleObject(m_process.get(), limitMs);
+            WaitForSingleObject(m_process.get(), kLimitMs);
         }
         std::error_code ignored;
         std::filesystem::remove(m_script, ignored);
@@ -98,7 +98,7 @@ public:
 
     DWORD exitCode() {
         DWORD code = STILL_ACTIVE;
-        EXPECT_EQ(WaitForSingleObject(m_process.get(), 2 * limitMs), WAIT_OBJECT_0);
+        EXPECT_EQ(WaitForSingleObject(m_process.get(), 2 * kLimitMs), WAIT_OBJECT_0);
         GetExitCodeProcess(m_process.get(), &code);
         return code;
     }
@@ -109,8 +109,8 @@ private:
     UniqueHandle m_process;
 };
 
-constexpr const char* eventPipe = "IpcOrvaneEventPipe";
-constexpr const char* commandPipe = "IpcOrvaneCommandPipe";
+constexpr const char* kEventPipe = "IpcOrvaneEventPipe";
+constexpr const char* kCommandPipe = "IpcOrvaneCommandPipe";
 
 TEST(Conversation, GoesBothWaysAndIsWrittenDown) {
     Program program(
@@ -122,7 +122,7 @@ TEST(Conversation, GoesBothWaysAndIsWrittenDown) {
         "expect value metadataOut.TrackTitle=\"Caf\xC3\xA9 Song\"\n"
         "slow 0 isPlaying\n"
         "expect response isPlaying return_value=false within 15000\n");
-    Client events(eventPipe), commands(commandPipe);
+    Client events(kEventPipe), commands(kCommandPipe);
     events.sendEvent("PlayerHello");
     events.sendEvent("PlayStarted",
                      "<TrackTitle>Caf&#233; Song</TrackTitle><TrackArtist/><AlbumTitle/><Genre_2/>"
@@ -156,8 +156,8 @@ TEST(Conversation, SurvivesEveryKindOfBadInputAndSaysWhatItWas) {
         "expect event PlayerHello within 15000\n"
         "pause\n");
     {
-        Client events(eventPipe);
-        const Client commands(commandPipe);
+        Client events(kEventPipe);
+        const Client commands(kCommandPipe);
         events.send("\xDE\xAD\xBE\xEF");
         events.send(frameAround("xx", 10'485'760));
         events.sendDocument("<OrVaneIPC event=\"PlayStopped\">");
@@ -165,7 +165,7 @@ TEST(Conversation, SurvivesEveryKindOfBadInputAndSaysWhatItWas) {
         events.send(frameAround(std::string(20, 'x'), 1000));
         Sleep(1500);  // stops in the middle, then goes
     }
-    Client events(eventPipe), commands(commandPipe);
+    Client events(kEventPipe), commands(kCommandPipe);
     events.sendEvent("PlayerHello");
     EXPECT_THAT(commands.receive(), HasSubstr("pause"));
     commands.sendDocument("<response event=\"pause\"><return_value>true</return_value></response>");
@@ -177,7 +177,7 @@ TEST(Conversation, ThereIsOneProgramAndMissedChecksAreItsExitCode) {
         "expect connected within 15000\n"
         "expect event PlayerHello within 15000\n"
         "expect event PlayerShown within 10\n");
-    Client events(eventPipe), commands(commandPipe);
+    Client events(kEventPipe), commands(kCommandPipe);
     const UniqueFile third(CreateFileW(L"\\\\.\\pipe\\IpcOrvaneEventPipe",
                                        GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0,
                                        nullptr));

@@ -1,12 +1,12 @@
 #include "standins/app/interpreter.h"
 
-#include "standins/app/frame_scanner.h"
-#include "standins/app/protocol.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
+
+#include "standins/app/frame_scanner.h"
+#include "standins/app/protocol.h"
 
 namespace orvane::standin::app {
 namespace {

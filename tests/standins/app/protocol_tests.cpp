@@ -2,10 +2,10 @@
 
 #include "standins/app/protocol.h"
 
-#include "standins/app/frame_scanner.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "standins/app/frame_scanner.h"
 
 namespace orvane::standin::app {
 namespace {

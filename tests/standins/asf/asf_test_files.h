@@ -106,7 +106,7 @@ inline Bytes headerOf(const std::vector<Bytes>& objects) {
     putNumber(content, 1, 1);
     putNumber(content, 2, 1);
     for (const Bytes& one : objects) putBytes(content, one);
-    return object(headerGuid, content);
+    return object(kHeaderGuid, content);
 }
 
 // One second, 64 kbit/s, three seconds of preroll. The size of the file is left 0.
@@ -115,18 +115,18 @@ inline Bytes fileProperties() {
     overwriteNumber(content, 40, 40'000'000, 8);
     overwriteNumber(content, 56, 3000, 8);
     overwriteNumber(content, 76, 64'000, 4);
-    return object(filePropertiesGuid, content);
+    return object(kFilePropertiesGuid, content);
 }
 
 inline Bytes extension(const std::vector<Bytes>& objects) {
     Bytes content;
-    putBytes(content, headerExtensionReservedGuid);
+    putBytes(content, kHeaderExtensionReservedGuid);
     putNumber(content, 6, 2);
     Bytes nested;
     for (const Bytes& one : objects) putBytes(nested, one);
     putNumber(content, nested.size(), 4);
     putBytes(content, nested);
-    return object(headerExtensionGuid, content);
+    return object(kHeaderExtensionGuid, content);
 }
 
 // An object of a kind that nobody knows, of `size` bytes in all.

@@ -36,11 +36,11 @@ Bytes richHeader() {
     putNumber(library, 1, 2);
     putMetadata(library, 2, 0, u"WM/Genre", AttributeType::unicode, textBytes(u"Fölk"));
 
-    return headerOf({strangeObject(1, 24), object(extendedContentDescriptionGuid, extended),
+    return headerOf({strangeObject(1, 24), object(kExtendedContentDescriptionGuid, extended),
                      strangeObject(2, 57),
-                     extension({strangeObject(3, 40), object(metadataLibraryGuid, library),
-                                strangeObject(4, 24), object(metadataGuid, metadata)}),
-                     fileProperties(), object(contentDescriptionGuid, content),
+                     extension({strangeObject(3, 40), object(kMetadataLibraryGuid, library),
+                                strangeObject(4, 24), object(kMetadataGuid, metadata)}),
+                     fileProperties(), object(kContentDescriptionGuid, content),
                      strangeObject(5, 25), strangeObject(6, 24)});
 }
 
@@ -125,12 +125,12 @@ TEST(AsfHeader, WhatDoesNotFitGoesToTheMetadataLibraryInItsOrder) {
         std::iota(data.begin(), data.end(), std::uint8_t{0});
         for (const std::size_t size : sizes) {
             const Picture picture{3, u"image/jpeg", u"Front é", std::span(data).first(size)};
-            pictures.attributes().push_back(bytesAttribute(pictureName, picture.serialise()));
+            pictures.attributes().push_back(bytesAttribute(kPictureName, picture.serialise()));
             pictures = parsed(serialised(pictures));
         }
         std::vector<std::size_t> found;
         for (const Attribute& a : pictures.attributes()) {
-            if (a.name != pictureName) continue;
+            if (a.name != kPictureName) continue;
             const auto read = Picture::parse(a.value);
             ASSERT_TRUE(read);
             EXPECT_EQ(read->description, u"Front é");
@@ -232,7 +232,7 @@ TEST(AsfHeader, WorkGrowsWithTheSizeOnly) {
     putBytes(content, fileProperties());
     putBytes(content, many);
     putBytes(content, extension({many}));
-    const Bytes crowded = object(headerGuid, content);
+    const Bytes crowded = object(kHeaderGuid, content);
     EXPECT_LT(secondsOf([&] { EXPECT_TRUE(isSane(crowded)); }), 2.0);
 
     // Many attributes, all of one name, in two lists.

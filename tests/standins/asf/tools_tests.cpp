@@ -61,7 +61,7 @@ TEST(AsfTools, ReadTheNewTagsThePicturesAndTheOldSound) {
         header->setText(u"WM/Lyrics", std::u16string(40'000, u'l'));
         for (const Bytes& data : {small, large})
             header->attributes().push_back(
-                bytesAttribute(pictureName, Picture{3, u"image/png", u"cover", data}.serialise()));
+                bytesAttribute(kPictureName, Picture{3, u"image/png", u"cover", data}.serialise()));
         ASSERT_TRUE(replaceHeader(path, *header, error)) << error;
 
         const std::string probed =

@@ -1,7 +1,8 @@
 // The stand-in Format runtime, loaded and called as its users do, on real files.
 
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include <bit>
 #include <cstring>
@@ -60,7 +61,7 @@ protected:
         std::wstring description;
         WM_PICTURE record = {mime.data(), 0, description.data(), static_cast<DWORD>(data.size()),
                              data.data()};
-        return info->AddAttribute(0, wm_format::pictureAttribute, nullptr, WMT_TYPE_BINARY, 0,
+        return info->AddAttribute(0, wm_format::kPictureAttribute, nullptr, WMT_TYPE_BINARY, 0,
                                   reinterpret_cast<const BYTE*>(&record), length);
     }
     static std::vector<WORD> indices(const CComPtr<IWMHeaderInfo3>& info) {

@@ -3,6 +3,7 @@
 // A player in this process, over a folder of its own with copies of the sample tracks.
 
 #include <gtest/gtest.h>
+#include <wmp.h>
 
 #include <filesystem>
 #include <memory>
@@ -12,8 +13,6 @@
 
 #include "standins/player/com_support.h"
 #include "standins/player/player.h"
-
-#include <wmp.h>
 
 namespace orvane::standin {
 

@@ -11,8 +11,8 @@
 #include "tests/util/text/captured_log.h"
 #include "util/files/directories.h"
 #include "util/files/file_handles.h"
-#include "util/log/log.h"
 #include "util/files/long_names.h"
+#include "util/log/log.h"
 #include "util/text/text.h"
 
 namespace orvane {

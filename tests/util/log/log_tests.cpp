@@ -1,10 +1,10 @@
 #include "util/log/log.h"
 
-#include <process.h>
 #include <windows.h>
 
 #include <aclapi.h>
 #include <gmock/gmock.h>
+#include <process.h>
 
 #include <cerrno>
 #include <map>

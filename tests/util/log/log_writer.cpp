@@ -1,5 +1,7 @@
 // The other process of the log's tests: does one thing to the shared log and ends.
 
+#include "util/log/log.h"
+
 #include <windows.h>
 
 #include <cstdio>
@@ -8,7 +10,6 @@
 #include <thread>
 #include <vector>
 
-#include "util/log/log.h"
 #include "util/log/log_lock.h"
 
 namespace {
