@@ -6,9 +6,9 @@
 # the shared log, the registry) and shares them with no other test.
 function(orvane_test)
   cmake_parse_arguments(arg "SERIAL" "NAME" "SOURCES;LIBRARIES;ENVIRONMENT;DEPENDS" ${ARGN})
-  add_executable(${arg_NAME} ${arg_SOURCES} ${CMAKE_SOURCE_DIR}/tests/support/test_main.cpp)
+  add_executable(${arg_NAME} ${arg_SOURCES})
   target_include_directories(${arg_NAME} PRIVATE ${CMAKE_SOURCE_DIR})
-  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} gtest gmock orvane_warnings)
+  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} orvane_test_support orvane_warnings)
   target_compile_definitions(${arg_NAME} PRIVATE
     ORVANE_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
   if(arg_DEPENDS)

@@ -171,8 +171,7 @@ TEST_F(SendTo, EveryElementCountsWhateverTheBounds) {
     CapturedLog log;
     Value value({nullptr, &first});
     m_plugin->SetProperty(kMediaName, value.get());
-    EXPECT_THAT(log.take(),
-                HasSubstr("<7> test : COrVaneWmpPlugin::SetProperty: item 1: punk: 0x"));
+    EXPECT_THAT(log.take(), HasSubstr("<7> COrVaneWmpPlugin::SetProperty: item 1: punk: 0x"));
 }
 
 TEST_F(SendTo, AWholeLibraryTakesNoTime) {

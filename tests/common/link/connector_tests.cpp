@@ -8,9 +8,9 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
 #include "tests/common/messages/mock_plugin_methods.h"
 #include "tests/plugin/fake_app.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -26,12 +26,13 @@ protected:
         app.openPipes();
         ASSERT_TRUE(connector->connect());
         ASSERT_TRUE(connector->isConnected());
-        takeLogLines();
+        m_log.lines();
     }
     bool eventsAre(const Strings& expected) {
         return app.events.lines(expected.size()) == expected;
     }
 
+    CapturedLog m_log;
     const juce::ScopedJuceInitialiser_GUI m_juce;
     NiceMock<MockPluginMethods> methods;
     FakeApp app;
@@ -92,21 +93,21 @@ TEST_F(ConnectorTest, MovesAreGatheredAndTheNewestIsSent) {
 
 TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     app.closePipes();
-    takeLogLines();
+    m_log.lines();
     connector->disconnect();
-    EXPECT_EQ(takeLogLines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
+    EXPECT_EQ(m_log.lines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
 
     const Strings bothFailed{"<3> OrvaneAppConnector::connect: m_ep->initConnection failed",
                              "<3> OrvaneAppConnector::connect: m_cl->initConnection failed"};
     EXPECT_FALSE(connector->connect());
-    EXPECT_EQ(takeLogLines(), bothFailed);
+    EXPECT_EQ(m_log.lines(), bothFailed);
     connector->playStopped("wmp");  // lost, quietly
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(m_log.lines().empty());
 
     app.events.initConnection();
     EXPECT_FALSE(connector->connect());
-    EXPECT_TRUE(logHolds(bothFailed[1]));
-    EXPECT_FALSE(logHolds(bothFailed[0]));
+    EXPECT_TRUE(m_log.holds(bothFailed[1]));
+    EXPECT_FALSE(m_log.holds(bothFailed[0]));
     EXPECT_FALSE(connector->isConnected());
 
     app.commands.initConnection();
@@ -147,7 +148,7 @@ TEST_F(ConnectorTest, CommandsAreAnsweredInOrderWhateverStandsBetween) {
               (Strings{"getTrackCount trackCount=3 return_value=true",
                        "unheard of return_value=false", "pause return_value=true"}));
     EXPECT_TRUE(connector->isConnected());
-    const Strings lines = takeLogLines();
+    const Strings lines = m_log.lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(),
                          "<3> CommandListener: command parsing error occured"),
               2);
@@ -218,7 +219,7 @@ TEST_F(ConnectorTest, AnAttemptWithNobodyThereIsCheap) {
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
                 .count());
     }
-    takeLogLines();
+    m_log.lines();
     std::sort(milliseconds.begin(), milliseconds.end());
     // The machine may be busy with other things; what the attempt itself takes is the low end.
     EXPECT_LT(milliseconds[10], 1.0);

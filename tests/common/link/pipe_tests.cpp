@@ -9,7 +9,7 @@
 #include "common/messages/text_coding.h"
 #include "platform/waiting.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -28,9 +28,10 @@ protected:
     void connect() {
         ASSERT_TRUE(listener.initConnection());
         ASSERT_TRUE(server.accept());
-        takeLogLines();
+        m_log.lines();
     }
 
+    CapturedLog m_log;
     const juce::String name = uniquePipeName();
     RawServer server{name};
     TestListener listener{name};
@@ -40,10 +41,10 @@ TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnce) {
     const juce::String absentName = uniquePipeName();
     TestListener absent(absentName);
     EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(absent.initConnection()); }), 200);
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(m_log.lines().empty());
     EXPECT_FALSE(absent.initConnection(50));
-    EXPECT_EQ(takeLogLines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
-                                      absentName.toStdString()});
+    EXPECT_EQ(m_log.lines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
+                                     absentName.toStdString()});
     EXPECT_FALSE(absent.isConnected());
     EXPECT_FALSE(absent.send(OrvaneEvent("e")));
     EXPECT_EQ(absent.made + absent.lost, 0);
@@ -56,17 +57,17 @@ TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnce) {
 
 TEST_F(PipeTest, TellsTheLogOfItsComingAndGoing) {
     const std::string quoted = "\"" + name.toStdString() + "\"";
-    takeLogLines();
+    m_log.lines();
     ASSERT_TRUE(listener.initConnection());
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection made",
-                                       "<7> PipeListener::initConnection: connected to pipe " +
-                                           name.toStdString()}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection made",
+                                      "<7> PipeListener::initConnection: connected to pipe " +
+                                          name.toStdString()}));
     listener.terminate();
     const std::string terminated = "<7> PipeListener: connection " + quoted + " terminated";
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
     EXPECT_EQ(listener.lostOn, GetCurrentThreadId());
     listener.terminate();
-    EXPECT_EQ(takeLogLines(), Strings{terminated});
+    EXPECT_EQ(m_log.lines(), Strings{terminated});
 }
 
 TEST_F(PipeTest, SendsOneFrameAMessage) {
@@ -257,12 +258,12 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
         server.accept();
         server.writeFrame("go");
         ASSERT_TRUE(eventually([&] { return begun.load(); }));
-        takeLogLines();
+        m_log.lines();
         listener.terminate();
         EXPECT_TRUE(ended);
         EXPECT_EQ(window.count, apartment ? 2 : 1);
-        EXPECT_EQ(logHolds("<3> Pipe \"" + name.toStdString() +
-                           "\": still waiting for a message to be handled"),
+        EXPECT_EQ(m_log.holds("<3> Pipe \"" + name.toStdString() +
+                              "\": still waiting for a message to be handled"),
                   apartment);
         server.reopen();
         if (apartment) CoUninitialize();

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "common/messages/orvane_message.h"
-#include "tests/common/messages/captured_log.h"
 #include "tests/common/messages/mock_plugin_methods.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -37,6 +37,7 @@ protected:
         return lines;
     }
 
+    test::CapturedLog m_log;
     StrictMock<test::MockPluginMethods> m_methods;
 };
 
@@ -61,7 +62,7 @@ TEST_F(Dispatch, QuestionsAreAnsweredWithTheirResult) {
 #undef ORVANE_ASK
     }
     EXPECT_TRUE(
-        test::logHolds("<7> OrvaneCommand::executeCommand: received request for selected tracks"));
+        m_log.holds("<7> OrvaneCommand::executeCommand: received request for selected tracks"));
 
     EXPECT_CALL(m_methods, close());
     EXPECT_EQ(run("close"), "return_value=true\n");

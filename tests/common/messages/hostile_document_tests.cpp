@@ -6,12 +6,10 @@
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "tests/common/messages/build_speed.h"
-#include "tests/common/messages/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
-
-using test::takeLogLines;
 
 std::unique_ptr<OrvaneMessage> parseBytes(const std::string& bytes) {
     return OrvaneMessage::parse(
@@ -24,13 +22,14 @@ juce::String valueOf(const std::string& content) {
 }
 
 TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
+    test::CapturedLog log;
     for (const std::string text :
          {"", "   ", "not XML", "<", "<a", "<command", "<command>", "<command event='x>",
           "<command></commandx>", "<command><a></command>", "</command>", "<a>&#x", "<!DOCTYPE",
           "<!--", "<![CDATA[", "<?xml", "<x><?\?>", "<command><!DOCTYPE a></command>", "<1/>"}) {
-        takeLogLines();
+        log.lines();
         EXPECT_EQ(parseBytes(text), nullptr) << text;
-        const auto lines = takeLogLines();
+        const auto lines = log.lines();
         ASSERT_EQ(lines.size(), 1u) << text;
         EXPECT_EQ(lines[0].rfind("<3> OrvaneMessage: XML parsing error occured: ", 0), 0u)
             << lines[0];
@@ -39,7 +38,7 @@ TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
     for (const std::string text : {"<Command event='x'/>", "<a><command event='x'/></a>",
                                    "<commands/>", "<comman/>", "<x:command/>"})
         EXPECT_EQ(parseBytes(text), nullptr) << text;
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST(HostileDocument, AnyWellFormedFormIsRead) {
@@ -114,7 +113,6 @@ TEST(HostileDocument, TakesTimeLinearInItsSize) {
         EXPECT_LT(seconds.count(), 10) << what;
     }
     EXPECT_EQ(parseBytes(documents[3].second)->getValue("v").length(), static_cast<int>(longest));
-    takeLogLines();
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ constexpr long kPaused = wmppsPaused;
 constexpr long kPlaying = wmppsPlaying;
 
 constexpr char kPlayTimeout[] =
-    "<3> test : COrVaneWmpPlugin: timeout occured while waiting for the playback to begin\n";
+    "<3> COrVaneWmpPlugin: timeout occured while waiting for the playback to begin\n";
 
 class Playback : public test::OperationsTest {
 protected:
@@ -56,7 +56,7 @@ TEST_F(Playback, StartsPausesAndStops) {
          {"StartTrack called (succeeded)", "IsPlaying called (yes)", "IsPaused called (no)",
           "Pause called (succeeded)", "IsPaused called (yes)", "StartCurrent called (succeeded)",
           "Stop called (succeeded)", "IsPlaying called (no)"})
-        EXPECT_THAT(lines, HasSubstr(std::string("<7> test : COrVaneWmpPlugin: ") + line + "\n"));
+        EXPECT_THAT(lines, HasSubstr(std::string("<7> COrVaneWmpPlugin: ") + line + "\n"));
 
     // Stopped already: the first look is enough.
     EXPECT_LT(timeOf([&] { EXPECT_TRUE(command(&COrVaneWmpPlugin::stop)); }), 500u);
@@ -87,7 +87,7 @@ TEST_F(Playback, GivesUpOnAPlayerThatNeverGetsThere) {
     test::CapturedLog log;
     m_player->change([](auto& options) { options.neverReached = {kStopped}; });
     EXPECT_FALSE(command(&COrVaneWmpPlugin::stop));
-    EXPECT_THAT(log.take(), AllOf(HasSubstr("<3> test : COrVaneWmpPlugin: timeout occured while "
+    EXPECT_THAT(log.take(), AllOf(HasSubstr("<3> COrVaneWmpPlugin: timeout occured while "
                                             "waiting for the player to stop\n"),
                                   HasSubstr("COrVaneWmpPlugin: Stop called (failed)")));
     m_player->change([](auto& options) { options.neverReached = {}; });
