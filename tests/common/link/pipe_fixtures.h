@@ -12,6 +12,7 @@
 #include "common/link/pipe_listener.h"
 #include "common/messages/frame.h"
 #include "platform/handles.h"
+#include "tests/support/waiting.h"
 
 namespace orvane::test {
 
@@ -23,16 +24,6 @@ inline juce::String uniquePipeName() {
     static std::atomic<int> count{0};
     return "OrvaneTest." + juce::String(static_cast<int>(GetCurrentProcessId())) + "." +
            juce::String(++count);
-}
-
-// Waits, without serving anything, for something that another thread brings about.
-inline bool eventually(const std::function<bool()>& holds, DWORD timeoutMs = 5000) {
-    const ULONGLONG end = GetTickCount64() + timeoutMs;
-    while (!holds()) {
-        if (GetTickCount64() > end) return false;
-        Sleep(5);
-    }
-    return true;
 }
 
 inline long long millisecondsFor(const std::function<void()>& work) {

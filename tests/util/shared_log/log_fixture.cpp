@@ -1,7 +1,5 @@
 #include "tests/util/shared_log/log_fixture.h"
 
-#include <windows.h>
-
 #include <regex>
 #include <sstream>
 
@@ -76,37 +74,5 @@ std::string afterTime(const std::string& line) {
     std::smatch match;
     return std::regex_match(line, match, form) ? match[1].str() : "(no line: " + line + ")";
 }
-
-LogWriter::LogWriter(const std::string& arguments) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    const UniqueFile output(CreateFileW(m_folder.path(L"out").c_str(), FILE_APPEND_DATA,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, CREATE_NEW,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr));
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = output.get();
-    startup.hStdError = output.get();
-    wchar_t self[MAX_PATH];
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    std::wstring program(self);
-    program.replace(program.find_last_of(L'\\') + 1, std::wstring::npos, L"util_log_writer.exe");
-    std::wstring command = L"\"" + program + L"\" " + wide(arguments);
-    PROCESS_INFORMATION process{};
-    EXPECT_NE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                             &startup, &process),
-              0);
-    CloseHandle(process.hThread);
-    m_process.reset(process.hProcess);
-}
-
-int LogWriter::wait() {
-    EXPECT_EQ(WaitForSingleObject(m_process.get(), 60000), DWORD{WAIT_OBJECT_0});
-    DWORD code = 99;
-    EXPECT_NE(GetExitCodeProcess(m_process.get(), &code), 0);
-    return static_cast<int>(code);
-}
-
-std::string LogWriter::printed() const { return readText(m_folder.path(L"out")); }
 
 }  // namespace orvane::test

@@ -45,18 +45,4 @@ protected:
 // The line without its time, which is checked for form.
 [[nodiscard]] std::string afterTime(const std::string& line);
 
-// Another process, util_log_writer, and what it prints.
-class LogWriter {
-public:
-    explicit LogWriter(const std::string& arguments);
-
-    // The exit code once it has ended; fails the test when that takes long.
-    [[nodiscard]] int wait();
-    [[nodiscard]] std::string printed() const;  // on both streams, after `wait`
-
-private:
-    TempFolder m_folder;
-    UniqueHandle m_process;
-};
-
 }  // namespace orvane::test

@@ -10,6 +10,7 @@
 #include <map>
 #include <thread>
 
+#include "tests/support/process.h"
 #include "tests/util/shared_log/log_fixture.h"
 #include "util/log/log.h"
 #include "util/shared_log/log_lock.h"
@@ -18,12 +19,18 @@ namespace orvane {
 namespace {
 
 using test::afterTime;
-using test::LogWriter;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 class Log : public test::LogTest {};
+
+// The other process, which may take its time on a busy machine.
+class Writer : public test::Process {
+public:
+    explicit Writer(const std::wstring& command) : Process(L"util_log_writer.exe " + command) {}
+    DWORD wait() { return exitCode(60'000).value_or(99); }
+};
 
 std::string pid() { return std::to_string(_getpid()); }
 
@@ -136,11 +143,11 @@ TEST_F(Log, ALogThatCannotBeWrittenDropsItsLines) {
 }
 
 TEST_F(Log, ProcessesAndThreadsNeverMixTheirLines) {
-    LogWriter first("write First 2 60");
-    LogWriter second("write Second 2 60");
-    EXPECT_EQ(first.wait(), 0);
-    EXPECT_EQ(second.wait(), 0);
-    EXPECT_EQ(second.printed(), "") << "the log's own troubles are printed only when asked for";
+    Writer first(L"write First 2 60");
+    Writer second(L"write Second 2 60");
+    EXPECT_EQ(first.wait(), 0U);
+    EXPECT_EQ(second.wait(), 0U);
+    EXPECT_EQ(second.output(), "") << "the log's own troubles are printed only when asked for";
 
     // Every line whole, and each thread's lines in its order.
     std::map<std::string, int> next;
@@ -161,7 +168,7 @@ TEST_F(Log, ProcessesAndThreadsNeverMixTheirLines) {
 TEST_F(Log, AWriterThatDiedInItsLineIsLeftBehind) {
     syslog(LOG_ERR, "whole");  // this handle keeps the lock in being
     test::writeFile(test::wide(file()), "2026-01-01 00:00:00 : <3> Dead : half a li");
-    EXPECT_EQ(LogWriter("die").wait(), 7);
+    EXPECT_EQ(Writer(L"die").wait(), 7U);
     syslog(LOG_ERR, "next");
     syslog(LOG_ERR, "after");
     const std::vector<std::string> written = lines();
@@ -197,15 +204,15 @@ TEST_F(Log, ALineThatFindsTheLockTakenIsWrittenWhenItIsFree) {
 
 TEST_F(Log, AfterTheExitListTheLockLivesNoLongerThanAMessage) {
     closelog();
-    EXPECT_EQ(LogWriter("exit").wait(), 0);
+    EXPECT_EQ(Writer(L"exit").wait(), 0U);
     ASSERT_EQ(lines().size(), 2U);
     EXPECT_THAT(lines()[1], EndsWith(": after"));
 }
 
 TEST_F(Log, ItsOwnDoingsAndLinesArePrintedWhenAsked) {
-    LogWriter loud("loud");
-    EXPECT_EQ(loud.wait(), 0);
-    const std::string printed = loud.printed();
+    Writer loud(L"loud");
+    EXPECT_EQ(loud.wait(), 0U);
+    const std::string printed = loud.output();
     EXPECT_THAT(printed, HasSubstr("I: do_makelock: mutex Global\\OrVaneLog created"));
     EXPECT_THAT(printed, HasSubstr(" : <4> Loud : ["));
     EXPECT_THAT(printed, EndsWith("] heard\r\n"));
