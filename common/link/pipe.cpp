@@ -6,7 +6,6 @@
 
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "platform/waiting.h"
 #include "util/log/log.h"
 
@@ -59,10 +58,9 @@ void Pipe::connectionLost() {
 bool Pipe::send(const OrvaneMessage& message) {
     const auto stream = currentStream();
     if (stream == nullptr || !stream->isUsable()) return false;
-    const juce::String document = message.toDocument();
-    if (document.isEmpty()) return false;
-    const auto bytes = frame::encode(encodePayload(document));
-    return !bytes.empty() && stream->write(bytes, kWriteTimeoutMs);
+    auto bytes = frame::begin();
+    message.appendPayload(bytes);
+    return frame::finish(bytes) && stream->write(bytes, kWriteTimeoutMs);
 }
 
 bool Pipe::isConnected() const {
