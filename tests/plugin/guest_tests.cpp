@@ -27,14 +27,18 @@ TEST_F(GuestTest, EventsAndReferencesMayComeFromAnyThread) {
     CComPtr<IWMPEvents> sink;
     ASSERT_EQ(plugin.QueryInterface(&sink), S_OK);
     FakeCore core;
-    constexpr int kRounds = 40'000;
-    constexpr int kEventEvery = 400;
-    std::atomic<int> running{3};
+    constexpr int kRounds = 3'000'000;
+    constexpr int kEventEvery = 10'000;
+    constexpr int kThreads = 3;
+    std::atomic<int> started{0};
+    std::atomic<int> running{kThreads};
     std::vector<std::thread> raisers;
-    for (int i = 0; i < running; ++i)
-        raisers.emplace_back([&running, events = sink]() mutable {
+    for (int i = 0; i < kThreads; ++i)
+        raisers.emplace_back([&, events = sink]() mutable {
+            for (++started; started < kThreads;) std::this_thread::yield();
             for (int round = 0; round < kRounds; ++round) {
-                CComPtr<IUnknown> another(events);
+                const CComPtr<IUnknown> another(events);
+                std::atomic_signal_fence(std::memory_order_seq_cst);  // nothing is optimized away
                 if (round % kEventEvery == 0) {
                     events->PlayStateChange(wmppsStopped);
                     events->Error();
