@@ -2,6 +2,7 @@
 
 #include <juce_core/juce_core.h>
 
+#include "platform/module.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -36,14 +37,6 @@ HWND findWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
         window = FindWindowExW(parent, window, className, caption);
     }
     return first;
-}
-
-// Whoever took the window over after us may put our procedure back long after the plug-in is
-// gone; the code has to be there then.
-void keepModuleLoaded(WNDPROC code) {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(code)), &module);
 }
 
 // The player's window procedure is no place for exceptions of ours.
@@ -102,7 +95,9 @@ void WindowHook::RemoveHook() {
 
     // Without either mark it is a later window that got the handle of ours.
     if (hookOf(hwnd) == this || windowProc(hwnd) == &HookProc) {
-        if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) keepModuleLoaded(&HookProc);
+        // Whoever took the window over after us may put our procedure back long after the plug-in
+        // is gone; the code has to be there then.
+        if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) pinThisModule();
         RemovePropW(hwnd, kHookProperty);
     }
     m_hwnd = nullptr;

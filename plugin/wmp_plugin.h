@@ -194,14 +194,9 @@ private:
     // (calls from the player may still arrive then). The object's thread.
     [[nodiscard]] AppConnector* connector() const { return m_connector.get(); }
 
-    // The library item with that source path, when there is exactly one; `core` may be null.
-    [[nodiscard]] static CComPtr<IWMPMedia> getMediaByPath(IWMPCore* core,
-                                                           const juce::String& path);
-    // The library item at that position, or null; `core` may be null.
-    [[nodiscard]] static CComPtr<IWMPMedia> getMediaByIndex(IWMPCore* core, int trackIndex);
     // Appends what is in the library to the first playlist of that name, made when there is none;
-    // true when there is such a playlist in the end.
-    // Ends early, with false, once the object is being released: the player waits for it then.
+    // true when there is such a playlist in the end. Ends early, with false, once the object is
+    // being released: the player waits for it then.
     [[nodiscard]] bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
                                            const juce::StringArray& trackPaths) const;
     // Polls the player until it is in the state; false after timeoutMs without. Dispatches the
