@@ -70,7 +70,7 @@ public:
     explicit ReadingEnd(const juce::String& name) : PipeBroadcaster(name) {
         require(initConnection(), "a pipe is taken; end the application first");
     }
-    ~ReadingEnd() override { close(); }
+    ~ReadingEnd() override { closeForGood(); }
     void messageReceived(std::span<const std::uint8_t>) override { ++m_count; }
 
     void waitFor(unsigned count) const {
