@@ -2,6 +2,8 @@
 
 #include <objbase.h>
 
+#include <algorithm>
+#include <array>
 #include <new>
 #include <utility>
 
@@ -30,6 +32,8 @@ public:
 private:
     HRESULT m_result;
 };
+
+constexpr std::size_t kReadAhead = 4096;  // bytes
 
 // For debuggers and dumps; Windows knows thread names from Windows 10 on.
 void nameThisThread(const juce::String& name) {
@@ -196,22 +200,41 @@ void Pipe::readFrames() {
     if (const auto stream = currentStream(); stream == nullptr || !prepareReading(*stream)) return;
 
     frame::Reader reader;
+    std::array<std::uint8_t, kReadAhead> ahead{};
     for (;;) {
         PipeStream::ReadResult result{PipeStream::ReadStatus::failed, 0};
+        // Usually a frame comes with one read; the most of a long one goes where it belongs at
+        // once.
+        const auto room = reader.room();
+        const bool direct = room.size() > ahead.size();
         // Held for one read only, so that a closed pipe is really closed while a message is still
         // being handled.
         if (const auto stream = currentStream())
-            result = stream->read(reader.room(), m_receiveTimeoutMs);
+            result = stream->read(direct ? room : std::span(ahead), m_receiveTimeoutMs);
         else
             return;
 
-        bool whole = false;
-        if (result.status == PipeStream::ReadStatus::data)
-            whole = reader.advance(result.count);
-        else
-            whole = currentStream() != nullptr && reader.cut();
-        if (whole) deliver(reader.payload());
+        if (result.status != PipeStream::ReadStatus::data) {
+            if (currentStream() != nullptr && reader.cut()) deliver(reader.payload());
+        } else if (direct) {
+            if (reader.advance(result.count)) deliver(reader.payload());
+        } else {
+            take(reader, std::span(ahead).first(result.count));
+        }
         if (result.status == PipeStream::ReadStatus::failed) return;
+    }
+}
+
+void Pipe::take(frame::Reader& reader, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const auto room = reader.room();
+        const std::size_t count = std::min(room.size(), bytes.size());
+        std::copy_n(bytes.begin(), count, room.begin());
+        bytes = bytes.subspan(count);
+        if (!reader.advance(count)) continue;
+        deliver(reader.payload());
+        // Closed while the message was handled: what came after it is not for us any more.
+        if (currentStream() == nullptr) return;
     }
 }
 

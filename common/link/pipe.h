@@ -13,6 +13,9 @@
 namespace orvane {
 
 class OrvaneMessage;
+namespace frame {
+class Reader;
+}
 
 // A message connection over a named pipe, with a reader thread of its own: a single-threaded COM
 // apartment that dispatches its messages while it waits. Opened, closed and destroyed by its owner,
@@ -91,6 +94,7 @@ protected:
 private:
     void run();
     void readFrames();
+    void take(frame::Reader& reader, std::span<const std::uint8_t> bytes);
     void deliver(std::span<const std::uint8_t> payload);
     void endStream();
     void lost();
