@@ -216,10 +216,8 @@ int run(bool linkOnly) {
     return 0;
 }
 
-
 }  // namespace
 }  // namespace orvane::bench
-
 
 // With "link": only what the link costs beside the bare calls.
 int main(int argc, char** argv) {
