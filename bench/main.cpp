@@ -24,6 +24,7 @@
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane::bench {
 namespace {
