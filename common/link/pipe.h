@@ -61,6 +61,9 @@ protected:
     // Runs on the reader thread before the first read; false ends the connection.
     virtual bool prepareReading(PipeStream& stream);
 
+    // Null while closed. Any thread; who keeps it keeps the pipe open.
+    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
+
     const juce::String pipeName;
 
 private:
@@ -70,7 +73,6 @@ private:
     void endStream();
     void lost();
     void waitForReader();
-    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
 
     juce::CriticalSection m_streamLock;
     std::shared_ptr<PipeStream> m_stream;
