@@ -7,12 +7,14 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/round_trip.h"
 #include "common/link/orvane_app_connector.h"
 #include "common/link/pipe_broadcaster.h"
 #include "common/messages/orvane_message.h"
@@ -70,7 +72,7 @@ public:
     explicit ReadingEnd(const juce::String& name) : PipeBroadcaster(name) {
         require(initConnection(), "a pipe is taken; end the application first");
     }
-    ~ReadingEnd() override { close(); }
+    ~ReadingEnd() override { closeForGood(); }
     void messageReceived(std::span<const std::uint8_t>) override { ++m_count; }
 
     void waitFor(unsigned count) const {
@@ -197,24 +199,32 @@ void measurePlugin(unsigned items) {
     object->SetCore(nullptr);
 }
 
-int run() {
+int run(bool linkOnly) {
     const standin::ComApartment com;
     openlog("orvane_bench", LOG_PID, 0);
     const LogMask mask(kUsual);
+    if (linkOnly) {
+        measureBesideBareCalls();
+        return 0;
+    }
     std::printf("%-62s %7s %11s %11s\n", "", "samples", "median", "p95");
     measureLog();
     measureLink();
+    measureBesideBareCalls();
     measurePlugin(100);
     measurePlugin(50'000);
     return 0;
 }
 
+
 }  // namespace
 }  // namespace orvane::bench
 
-int main() {
+
+// With "link": only what the link costs beside the bare calls.
+int main(int argc, char** argv) {
     try {
-        return orvane::bench::run();
+        return orvane::bench::run(argc == 2 && std::strcmp(argv[1], "link") == 0);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "error: %s\n", e.what());
         return 1;

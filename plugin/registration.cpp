@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/handles.h"
+#include "platform/module.h"
 #include "plugin/wmp_plugin.h"
 
 namespace orvane {
@@ -21,11 +22,8 @@ std::wstring classIdText() {
 
 // Full path of the module that holds this code; empty when the system does not tell.
 std::wstring modulePath() {
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(
-            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-            reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(&modulePath)), &module))
-        return {};
+    HMODULE const module = thisModule();
+    if (module == nullptr) return {};
     for (std::size_t size = MAX_PATH;; size *= 2) {
         std::wstring path(size, L'\0');
         const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(size));

@@ -10,7 +10,8 @@
 
 namespace orvane {
 
-OrvaneAppConnector::OrvaneAppConnector(IOrvanePluginMethods* methods) : AppConnector(methods) {}
+OrvaneAppConnector::OrvaneAppConnector(IOrvanePluginMethods* methods, KeepAlive keepAlive)
+    : AppConnector(methods), m_keepAlive(std::move(keepAlive)) {}
 
 OrvaneAppConnector::~OrvaneAppConnector() {
     stopTimer();
@@ -18,11 +19,14 @@ OrvaneAppConnector::~OrvaneAppConnector() {
     // Commands first: a running one may still report events. Each is let go outside the lock, since
     // calls are served while it closes.
     const auto drop = [this](auto& held) {
-        const juce::ScopedLock lock(m_pipesLock);
-        return std::exchange(held, nullptr);
+        const auto pipe = [&] {
+            const juce::ScopedLock lock(m_pipesLock);
+            return std::exchange(held, nullptr);
+        }();
+        if (pipe != nullptr) pipe->closeForGood();
     };
-    drop(m_cl).reset();
-    drop(m_ep).reset();
+    drop(m_cl);
+    drop(m_ep);
     stopTimer();
 }
 
@@ -70,7 +74,7 @@ bool OrvaneAppConnector::connect() {
         if (!isUp(m_ep))
             up = reopen(m_ep, std::make_shared<EventProducer>(), "%s: m_ep->initConnection failed");
         if (!isUp(m_cl))
-            up = reopen(m_cl, std::make_shared<CommandListener>(pluginMethods),
+            up = reopen(m_cl, std::make_shared<CommandListener>(pluginMethods, m_keepAlive),
                         "%s: m_cl->initConnection failed") &&
                  up;
         return up;

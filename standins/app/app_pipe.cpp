@@ -7,7 +7,7 @@ AppPipe::AppPipe(PipeId id, Listener& listener)
 
 AppPipe::~AppPipe() {
     m_whyClosed = "this program ends";
-    close();
+    closeForGood();
 }
 
 bool AppPipe::keepOpen() {

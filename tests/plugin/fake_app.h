@@ -27,7 +27,7 @@ using Names = std::vector<std::string>;
 class AppPipe final : public PipeBroadcaster {
 public:
     using PipeBroadcaster::PipeBroadcaster;
-    ~AppPipe() override { close(); }
+    ~AppPipe() override { closeForGood(); }
 
     // Waits until the plug-in has opened the pipe, and pumps meanwhile.
     bool deliver(const OrvaneMessage& message);

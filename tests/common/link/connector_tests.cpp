@@ -185,6 +185,45 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
     EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp", "PlayStopped Player=wmp"}));
 }
 
+// A command hangs in a call of the player's when the player lets go. It is left behind with what it
+// uses, and the next link is there before it ends.
+TEST_F(ConnectorTest, LeavesACommandBehindThatDoesNotEnd) {
+    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    EXPECT_CALL(methods, stop()).WillOnce([&] {
+        SetEvent(begun.get());
+        return WaitForSingleObject(go.get(), 20'000) == WAIT_OBJECT_0;
+    });
+    std::weak_ptr<void> kept;
+    connector = std::make_unique<OrvaneAppConnector>(&methods, [&] {
+        const std::shared_ptr<void> owner = std::make_shared<int>();
+        EXPECT_TRUE(kept.expired());
+        kept = owner;
+        return owner;
+    });
+    link();
+    app.sendCommand("stop");
+    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
+    takeLogLines();
+    const auto waited = millisecondsFor([&] { connector.reset(); });
+    EXPECT_GE(waited, Pipe::kClosePatienceMs - 100);
+    EXPECT_LT(waited, Pipe::kClosePatienceMs + 2000);
+    EXPECT_TRUE(
+        logHolds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
+                 "thread stays until it ends"));
+    EXPECT_FALSE(kept.expired());
+
+    app.waitForDisconnectAndReopen();
+    connector = std::make_unique<OrvaneAppConnector>(&methods);
+    EXPECT_TRUE(connector->connect());
+    EXPECT_CALL(methods, pause()).WillOnce(Return(true));
+    app.sendCommand("pause");
+    EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
+    EXPECT_FALSE(kept.expired());
+    SetEvent(go.get());
+    EXPECT_TRUE(eventually([&] { return kept.expired(); }));
+}
+
 // The application dies in the middle of a command: the player's thread does not wait for its end.
 TEST_F(ConnectorTest, ComesBackAfterTheCommandThatTheApplicationLeftBehind) {
     const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));

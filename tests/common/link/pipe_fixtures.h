@@ -103,7 +103,7 @@ private:
 class TestListener final : public PipeListener {
 public:
     using PipeListener::PipeListener;
-    ~TestListener() override { close(); }
+    ~TestListener() override { closeForGood(); }
 
     void connectionMade() override {
         PipeListener::connectionMade();

@@ -233,7 +233,8 @@ TEST_F(PipeTest, TheOtherEndCanOnlyIdentifyUs) {
     EXPECT_EQ(levelGivenTo(server), SecurityIdentification);
 }
 
-// The player may serve a command's call on the very thread that closes the pipe.
+// The player may serve a command's call on the very thread that closes the pipe. What was posted to
+// that thread is for the player's own loop.
 TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
     for (const bool apartment : {false, true}) {
         SCOPED_TRACE(apartment);
@@ -243,13 +244,9 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
         std::atomic<bool> ended{false};
         listener.onMessage = [&] {
             begun = true;
+            PostMessageW(window.get(), CountingWindow::message, 0, 0);
             Sleep(100);
             EXPECT_EQ(SendMessageW(window.get(), CountingWindow::message, 0, 0), 42);
-            if (apartment) {
-                // What the player's own loop would deliver, comes in the end as well.
-                PostMessageW(window.get(), CountingWindow::message, 0, 0);
-                EXPECT_TRUE(eventually([&] { return window.count == 2; }, 20'000));
-            }
             ended = true;
         };
         window.onMessage = [&] { EXPECT_FALSE(listener.send(OrvaneEvent("e"))); };
@@ -257,13 +254,9 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
         server.accept();
         server.writeFrame("go");
         ASSERT_TRUE(eventually([&] { return begun.load(); }));
-        takeLogLines();
         listener.terminate();
         EXPECT_TRUE(ended);
-        EXPECT_EQ(window.count, apartment ? 2 : 1);
-        EXPECT_EQ(logHolds("<3> Pipe \"" + name.toStdString() +
-                           "\": still waiting for a message to be handled"),
-                  apartment);
+        EXPECT_EQ(window.count, 1);
         server.reopen();
         if (apartment) CoUninitialize();
     }
