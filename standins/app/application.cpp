@@ -14,8 +14,6 @@ enum ExitCode { good = 0, checkMissed = 1, wrongUsage = 2, noPipes = 3 };
 
 Application::Application(Options options) : m_options(std::move(options)) {}
 
-Application::~Application() = default;
-
 int Application::run() {
     if (m_options.transcript != juce::File()) {
         m_transcript = std::make_unique<juce::FileOutputStream>(m_options.transcript);
@@ -100,12 +98,12 @@ void Application::payloadCame(PipeId pipe, std::span<const std::uint8_t> payload
 }
 
 void Application::print(const String& text, bool withTime) {
+    const std::lock_guard lock(m_printing);
     const auto now = juce::Time::getCurrentTime();
     const String line = withTime
                             ? now.formatted("%H:%M:%S.") +
                                   String(now.getMilliseconds()).paddedLeft('0', 3) + "  " + text
                             : text;
-    const std::lock_guard lock(m_printing);
     if (m_transcript != nullptr) {
         m_transcript->writeText(line + "\n", false, false, nullptr);
         m_transcript->flush();  // somebody follows the file while we run

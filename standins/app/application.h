@@ -21,7 +21,6 @@ struct Options {
 class Application : private Host, private AppPipe::Listener {
 public:
     explicit Application(Options options);
-    ~Application() override;
 
     // Until the script or the person is done; the program's exit code.
     int run();
