@@ -7,12 +7,14 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/round_trip.h"
 #include "common/link/orvane_app_connector.h"
 #include "common/link/pipe_broadcaster.h"
 #include "common/messages/orvane_message.h"
@@ -71,7 +73,7 @@ public:
     explicit ReadingEnd(const juce::String& name) : PipeBroadcaster(name) {
         require(initConnection(), "a pipe is taken; end the application first");
     }
-    ~ReadingEnd() override { close(); }
+    ~ReadingEnd() override { closeForGood(); }
     void messageReceived(std::span<const std::uint8_t>) override { ++m_count; }
 
     void waitFor(unsigned count) const {
@@ -138,9 +140,9 @@ void measureLink() {
     OrvaneEvent event("CleanTracks");
     event.setValue("Player", "wmp");
     event.addList("trackPaths", paths);
-    const auto payload = encodePayload(event.toDocument());
+    const auto payload = event.toPayload();
     measure("the same decoded, parsed, getList", 40, 1, [&] {
-        const auto message = OrvaneMessage::parse(decodePayload(payload));
+        const auto message = OrvaneMessage::parsePayload(payload);
         juce::StringArray read;
         require(
             message != nullptr && message->getList("trackPaths", read) && read.size() == kPathCount,
@@ -198,13 +200,18 @@ void measurePlugin(unsigned items) {
     object->SetCore(nullptr);
 }
 
-int run() {
+int run(bool linkOnly) {
     const standin::ComApartment com;
     openlog("orvane_bench", LOG_PID, 0);
     const LogMask mask(kUsual);
+    if (linkOnly) {
+        measureBesideBareCalls();
+        return 0;
+    }
     std::printf("%-62s %7s %11s %11s\n", "", "samples", "median", "p95");
     measureLog();
     measureLink();
+    measureBesideBareCalls();
     measurePlugin(100);
     measurePlugin(50'000);
     return 0;
@@ -213,9 +220,10 @@ int run() {
 }  // namespace
 }  // namespace orvane::bench
 
-int main() {
+// With "link": only what the link costs beside the bare calls.
+int main(int argc, char** argv) {
     try {
-        return orvane::bench::run();
+        return orvane::bench::run(argc == 2 && std::strcmp(argv[1], "link") == 0);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "error: %s\n", e.what());
         return 1;

@@ -7,18 +7,10 @@
 #include "media/com_text.h"
 #include "media/file_name.h"
 #include "media/wmp_media_item.h"
+#include "plugin/library.h"
 
 namespace orvane {
 namespace {
-
-CComPtr<IWMPPlaylist> wholeLibrary(IWMPCore* core) {
-    CComPtr<IWMPMediaCollection> collection;
-    CComPtr<IWMPPlaylist> library;
-    if (!core || FAILED(core->get_mediaCollection(&collection)) || !collection ||
-        FAILED(collection->getAll(&library)))
-        return nullptr;
-    return library;
-}
 
 // The embedded picture, or else the picture file beside the track, as the file `path`.
 bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
@@ -59,17 +51,10 @@ bool writeMediaInfo(IWMPMedia* media, const juce::StringPairArray& metadata,
 
 }  // namespace
 
-CComPtr<IWMPMedia> COrVaneWmpPlugin::getMediaByIndex(IWMPCore* core, int trackIndex) {
-    const CComPtr<IWMPPlaylist> library = wholeLibrary(core);
-    CComPtr<IWMPMedia> media;
-    if (!library || FAILED(library->get_Item(trackIndex, &media))) return nullptr;
-    return media;
-}
-
 int COrVaneWmpPlugin::getTrackCount() {
-    const CComPtr<IWMPPlaylist> library = wholeLibrary(core());
+    const CComPtr<IWMPPlaylist> all = library::allTracks(core());
     LONG count = 0;
-    return library && SUCCEEDED(library->get_count(&count)) ? static_cast<int>(count) : 0;
+    return all && SUCCEEDED(all->get_count(&count)) ? static_cast<int>(count) : 0;
 }
 
 bool COrVaneWmpPlugin::getCurrentMediaInfo(juce::StringPairArray& metadataOut) {
@@ -82,23 +67,23 @@ bool COrVaneWmpPlugin::getCurrentMediaInfo(juce::StringPairArray& metadataOut) {
 bool COrVaneWmpPlugin::getMediaInfoFromPath(const juce::String& trackPath,
                                             juce::StringPairArray& metadataOut,
                                             const juce::String& albumArtPath) {
-    return readMediaInfo(getMediaByPath(core(), trackPath), metadataOut, albumArtPath);
+    return readMediaInfo(library::getMediaByPath(core(), trackPath), metadataOut, albumArtPath);
 }
 
 bool COrVaneWmpPlugin::getMediaInfoFromIndex(int trackIndex, juce::StringPairArray& metadataOut,
                                              const juce::String& albumArtPath) {
-    return readMediaInfo(getMediaByIndex(core(), trackIndex), metadataOut, albumArtPath);
+    return readMediaInfo(library::getMediaByIndex(core(), trackIndex), metadataOut, albumArtPath);
 }
 
 bool COrVaneWmpPlugin::setMediaInfoToPath(const juce::String& trackPath,
                                           const juce::StringPairArray& metadata,
                                           const juce::String& albumArtPath, bool /*emptyOk*/) {
-    return writeMediaInfo(getMediaByPath(core(), trackPath), metadata, albumArtPath);
+    return writeMediaInfo(library::getMediaByPath(core(), trackPath), metadata, albumArtPath);
 }
 
 bool COrVaneWmpPlugin::setMediaInfoToIndex(int trackIndex, const juce::StringPairArray& metadata,
                                            const juce::String& albumArtPath, bool /*emptyOk*/) {
-    return writeMediaInfo(getMediaByIndex(core(), trackIndex), metadata, albumArtPath);
+    return writeMediaInfo(library::getMediaByIndex(core(), trackIndex), metadata, albumArtPath);
 }
 
 }  // namespace orvane

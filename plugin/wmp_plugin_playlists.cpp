@@ -3,7 +3,7 @@
 
 #include "plugin/wmp_plugin.h"
 
-#include "media/com_text.h"
+#include "plugin/library.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -14,21 +14,6 @@ constexpr char kDirty[] = "OrVane:Dirty";
 constexpr char kNotFound[] = "OrVane:NotFound";
 
 const char* outcome(bool succeeded) { return succeeded ? "succeeded" : "failed"; }
-
-// The first playlist of that name, or a new one.
-CComPtr<IWMPPlaylist> playlistNamed(IWMPCore* core, const juce::String& name) {
-    CComPtr<IWMPPlaylistCollection> collection;
-    CComPtr<IWMPPlaylistArray> matches;
-    CComPtr<IWMPPlaylist> playlist;
-    LONG count = 0;
-    if (FAILED(core->get_playlistCollection(&collection)) || !collection ||
-        FAILED(collection->getByName(bstrOf(name), &matches)) || !matches ||
-        FAILED(matches->get_count(&count)))
-        return nullptr;
-    const HRESULT result =
-        count == 0 ? collection->newPlaylist(bstrOf(name), &playlist) : matches->Item(0, &playlist);
-    return SUCCEEDED(result) ? playlist : nullptr;
-}
 
 }  // namespace
 
@@ -79,28 +64,13 @@ bool COrVaneWmpPlugin::removeTrackFromPlaylist(const juce::String&, const juce::
     return false;
 }
 
-CComPtr<IWMPMedia> COrVaneWmpPlugin::getMediaByPath(IWMPCore* core, const juce::String& path) {
-    CComPtr<IWMPMediaCollection> library;
-    CComPtr<IWMPPlaylist> matches;
-    CComPtr<IWMPMedia> media;
-    LONG count = 0;
-    if (path.isEmpty() || !core || FAILED(core->get_mediaCollection(&library)) || !library ||
-        FAILED(library->getByAttribute(CComBSTR(L"SourceURL"), bstrOf(path), &matches)) ||
-        !matches || FAILED(matches->get_count(&count)))
-        return nullptr;
-    // Which one of several is meant cannot be told; changing the wrong one would be worse.
-    if (count != 1 || FAILED(matches->get_Item(0, &media))) return nullptr;
-    return media;
-}
-
 bool COrVaneWmpPlugin::addTracksToPlaylist(IWMPCore* core, const juce::String& name,
                                            const juce::StringArray& trackPaths) const {
-    if (!core) return false;
-    const CComPtr<IWMPPlaylist> playlist = playlistNamed(core, name);
+    const CComPtr<IWMPPlaylist> playlist = library::playlistNamed(core, name);
     if (!playlist) return false;
     for (const juce::String& path : trackPaths) {
         if (m_released) return false;
-        if (const CComPtr<IWMPMedia> media = getMediaByPath(core, path))
+        if (const CComPtr<IWMPMedia> media = library::getMediaByPath(core, path))
             playlist->appendItem(media);
     }
     return true;

@@ -24,6 +24,29 @@ quietly() {
     }
 }
 
+# Installs what is missing of these Debian packages: as root, or through sudo after saying so.
+install_packages() {
+    local package missing=() as_root=()
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null ||
+            fail "these Debian packages are missing and there is no sudo to install them: ${missing[*]}" \
+                "have them installed: apt-get install ${missing[*]}"
+        say "installing through sudo, which may ask for your password: ${missing[*]}"
+        sudo -v || fail "these Debian packages are missing and sudo does not let you install them: ${missing[*]}" \
+            "have them installed: apt-get install ${missing[*]}"
+        as_root=(sudo)
+    else
+        say "installing ${#missing[@]} Debian packages (about a minute): ${missing[*]}"
+    fi
+    quietly apt-update "${as_root[@]}" apt-get update
+    quietly apt-install "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
 # Wine never asks, never opens a debugger, and never touches the user's own prefix.
 wine_environment() {
     export WINEDLLPATH=$wine_lib

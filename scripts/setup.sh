@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Everything the build and the tests need, on a fresh Debian 12 as root.
+# Everything the build and the tests need, on a fresh Debian 12: packages as root or through sudo,
+# the rest as whoever calls.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -17,16 +18,7 @@ if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$fingerprint" ] && [ -x "$(command 
 fi
 mkdir -p "$build/logs"
 
-missing=()
-for package in "${packages[@]}"; do
-    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    [ "$(id -u)" = 0 ] || fail "these packages are missing: ${missing[*]}" "run ./dev setup as root, or install them yourself"
-    say "installing ${#missing[@]} Debian packages (about a minute)"
-    quietly apt-update apt-get update
-    quietly apt-install env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
-fi
+install_packages "${packages[@]}"
 
 # Debian ships pugixml as a native library only; we build its source for Windows.
 if [ ! -f "$deps/pugixml/src/pugixml.cpp" ]; then

@@ -4,6 +4,7 @@
 
 #include "common/launcher/app_launcher.h"
 #include "common/link/app_connector.h"
+#include "common/link/keep_alive.h"
 
 namespace orvane {
 
@@ -15,10 +16,14 @@ public:
     // 3 is "wmp", 4 "winamp", 5 "itunes"; any other id cannot launch.
     explicit HostLauncher(int playerId);
 
-    // A new connector that answers commands through `methods` (not owned, outlives the connector),
-    // or null. Nothing is connected yet.
+    // A new connector that answers commands through `methods` (not owned), or null. Nothing is
+    // connected yet. `methods` outlives the connector and, when that leaves a command behind that
+    // does not end, what `keepAlive` answers then; common/link/keep_alive.h.
     [[nodiscard]] virtual std::unique_ptr<AppConnector> createConnector(
-        IOrvanePluginMethods* methods) = 0;
+        IOrvanePluginMethods* methods, KeepAlive keepAlive) = 0;
+    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods* methods) {
+        return createConnector(methods, nullptr);
+    }
 
     using AppLauncher::launch;
     // Launches with "--launched-by=" and the player's name.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <new>
+#include <utility>
 
 #include "common/link/orvane_app_connector.h"
 #include "platform/handles.h"
@@ -62,9 +63,10 @@ juce::String OrvaneLauncher::getPath() {
     return path;
 }
 
-std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(IOrvanePluginMethods* methods) {
+std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(IOrvanePluginMethods* methods,
+                                                              KeepAlive keepAlive) {
     try {
-        return std::make_unique<OrvaneAppConnector>(methods);
+        return std::make_unique<OrvaneAppConnector>(methods, std::move(keepAlive));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

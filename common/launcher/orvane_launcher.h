@@ -16,8 +16,9 @@ public:
     // there is such a file.
     [[nodiscard]] juce::String getPath() override;
 
-    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(
-        IOrvanePluginMethods* methods) override;
+    using HostLauncher::createConnector;
+    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods* methods,
+                                                                KeepAlive keepAlive) override;
 };
 
 }  // namespace orvane

@@ -9,9 +9,13 @@ namespace orvane {
 class EventProducer final : public PipeListener {
 public:
     explicit EventProducer(const juce::String& name = "IpcOrvaneEventPipe") : PipeListener(name) {}
-    ~EventProducer() override { close(); }
+    ~EventProducer() override { closeForGood(); }
 
     void messageReceived(std::span<const std::uint8_t>) override {}
+
+protected:
+    // Its reader uses nothing else.
+    std::shared_ptr<void> keepForReader() override { return shared_from_this(); }
 };
 
 }  // namespace orvane

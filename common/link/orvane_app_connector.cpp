@@ -10,7 +10,8 @@
 
 namespace orvane {
 
-OrvaneAppConnector::OrvaneAppConnector(IOrvanePluginMethods* methods) : AppConnector(methods) {}
+OrvaneAppConnector::OrvaneAppConnector(IOrvanePluginMethods* methods, KeepAlive keepAlive)
+    : AppConnector(methods), m_keepAlive(std::move(keepAlive)) {}
 
 OrvaneAppConnector::~OrvaneAppConnector() {
     stopTimer();
@@ -18,11 +19,14 @@ OrvaneAppConnector::~OrvaneAppConnector() {
     // Commands first: a running one may still report events. Each is let go outside the lock, since
     // calls are served while it closes.
     const auto drop = [this](auto& held) {
-        const juce::ScopedLock lock(m_pipesLock);
-        return std::exchange(held, nullptr);
+        const auto pipe = [&] {
+            const juce::ScopedLock lock(m_pipesLock);
+            return std::exchange(held, nullptr);
+        }();
+        if (pipe != nullptr) pipe->closeForGood();
     };
-    drop(m_cl).reset();
-    drop(m_ep).reset();
+    drop(m_cl);
+    drop(m_ep);
     stopTimer();
 }
 
@@ -70,7 +74,7 @@ bool OrvaneAppConnector::connect() {
         if (!isUp(m_ep))
             up = reopen(m_ep, std::make_shared<EventProducer>(), "%s: m_ep->initConnection failed");
         if (!isUp(m_cl))
-            up = reopen(m_cl, std::make_shared<CommandListener>(pluginMethods),
+            up = reopen(m_cl, std::make_shared<CommandListener>(pluginMethods, m_keepAlive),
                         "%s: m_cl->initConnection failed") &&
                  up;
         return up;
@@ -89,8 +93,16 @@ void OrvaneAppConnector::disconnect() {
 bool OrvaneAppConnector::isConnected() { return isUp(m_ep) && isUp(m_cl); }
 
 bool OrvaneAppConnector::postEvent(const OrvaneEvent& event) {
+    const Pipe::Sending sending = tryPostEvent(event);
+    if (sending.oversize != 0)
+        syslog(LOG_ERR, "%s: an event of %u bytes is too long for a frame",
+               "OrvaneAppConnector::postEvent", static_cast<unsigned>(sending.oversize));
+    return sending.sent;
+}
+
+Pipe::Sending OrvaneAppConnector::tryPostEvent(const OrvaneEvent& event) {
     const auto ep = hold(m_ep);
-    return ep != nullptr && ep->send(event);
+    return ep != nullptr ? ep->trySend(event) : Pipe::Sending{false, 0};
 }
 
 }  // namespace orvane

@@ -2,11 +2,14 @@
 
 #include <objbase.h>
 
+#include <algorithm>
+#include <array>
+#include <new>
 #include <utility>
 
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
+#include "platform/module_thread.h"
 #include "platform/waiting.h"
 #include "util/log/log.h"
 
@@ -29,6 +32,8 @@ private:
     HRESULT m_result;
 };
 
+constexpr std::size_t kReadAhead = 4096;  // bytes
+
 // For debuggers and dumps; Windows knows thread names from Windows 10 on.
 void nameThisThread(const juce::String& name) {
     using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
@@ -39,30 +44,28 @@ void nameThisThread(const juce::String& name) {
 
 }  // namespace
 
-Pipe::Pipe(const juce::String& name) : juce::Thread("OrVane " + name), pipeName(name) {}
+Pipe::Pipe(const juce::String& name) : pipeName(name), m_logName(name.toStdString()) {}
 
 Pipe::~Pipe() {
     jassert(m_stream == nullptr);  // a callback into this class alone cannot be answered
-    close();
+    closeForGood();
 }
 
 void Pipe::connectionMade() {
-    if (log_enabled(LOG_DEBUG))
-        syslog(LOG_DEBUG, "Pipe \"%s\": connection made", pipeName.toRawUTF8());
+    syslog(LOG_DEBUG, "Pipe \"%s\": connection made", m_logName.c_str());
 }
 
 void Pipe::connectionLost() {
-    if (log_enabled(LOG_DEBUG))
-        syslog(LOG_DEBUG, "Pipe \"%s\": connection lost", pipeName.toRawUTF8());
+    syslog(LOG_DEBUG, "Pipe \"%s\": connection lost", m_logName.c_str());
 }
 
-bool Pipe::send(const OrvaneMessage& message) {
+Pipe::Sending Pipe::trySend(const OrvaneMessage& message) {
     const auto stream = currentStream();
-    if (stream == nullptr || !stream->isUsable()) return false;
-    const juce::String document = message.toDocument();
-    if (document.isEmpty()) return false;
-    const auto bytes = frame::encode(encodePayload(document));
-    return !bytes.empty() && stream->write(bytes, kWriteTimeoutMs);
+    if (stream == nullptr || !stream->isUsable()) return {false, 0};
+    auto bytes = frame::begin();
+    message.appendPayload(bytes);
+    if (!frame::finish(bytes)) return {false, bytes.size() - frame::kHeaderSize};
+    return {stream->write(bytes, kWriteTimeoutMs), 0};
 }
 
 bool Pipe::isConnected() const {
@@ -72,20 +75,23 @@ bool Pipe::isConnected() const {
 }
 
 bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
-    if (stream == nullptr || juce::Thread::getCurrentThreadId() == getThreadId()) return false;
-    if (!m_readerDone) m_readerDone.reset(CreateEventW(nullptr, TRUE, TRUE, nullptr));
-    if (!m_readerDone) return false;
+    if (stream == nullptr || !readerEnds(0)) return false;
 
     m_receiveTimeoutMs = receiveTimeoutMs < 0 ? INFINITE : static_cast<DWORD>(receiveTimeoutMs);
     {
-        const juce::ScopedLock lock(m_streamLock);
+        const juce::ScopedLock lock(m_lock);
         m_stream = std::move(stream);
+        m_readerAtWork = true;
     }
+    m_gaveUp = false;
     m_made = true;
     connectionMade();
-    ResetEvent(m_readerDone.get());
-    if (startThread()) return true;
-    SetEvent(m_readerDone.get());
+    try {
+        m_reader = startModuleThread([this, share = weak_from_this().lock()] { run(); });
+    } catch (const std::bad_alloc&) {
+        m_reader.reset();
+    }
+    if (m_reader) return true;
     close();
     return false;
 }
@@ -93,14 +99,13 @@ bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
 bool Pipe::letGo() {
     endStream();
     lost();
-    return !m_readerDone ||
-           waitServingCalls(m_readerDone.get(), kLetGoMs) == WaitOutcome::signalled;
+    return readerEnds(kLetGoMs);
 }
 
 void Pipe::endStream() {
     std::shared_ptr<PipeStream> stream;
     {
-        const juce::ScopedLock lock(m_streamLock);
+        const juce::ScopedLock lock(m_lock);
         stream = std::exchange(m_stream, nullptr);
     }
     // The reader leaves the stream by itself; the last one out closes the handle.
@@ -109,25 +114,40 @@ void Pipe::endStream() {
 
 void Pipe::close() {
     endStream();
-    if (m_readerDone && juce::Thread::getCurrentThreadId() != getThreadId()) waitForReader();
+    waitForReader();
     lost();
 }
 
+void Pipe::closeForGood() {
+    close();
+    if (onReader() || readerEnds(0) || leaveReaderBehind()) return;
+    // It uses what the closing thread is about to free.
+    static_cast<void>(readerEnds(INFINITE));
+}
+
+// Also true on the thread that comes after one that has ended, by chance with the same id: there is
+// nothing to wait for either then.
+bool Pipe::onReader() const { return m_reader && GetCurrentThreadId() == m_readerId; }
+
+bool Pipe::readerEnds(DWORD timeoutMs) const {
+    return !m_reader || waitServingCalls(m_reader.get(), timeoutMs) == WaitOutcome::signalled;
+}
+
 void Pipe::waitForReader() {
-    // The thread uses what the closing thread is about to free, so there is no giving up here; how
-    // long it can take is bounded by the command that runs.
-    if (waitServingCalls(m_readerDone.get(), kClosePatienceMs) == WaitOutcome::timedOut) {
-        syslog(LOG_ERR, "Pipe \"%s\": still waiting for a message to be handled",
-               pipeName.toRawUTF8());
-        // It may need what only this thread's own message loop does. Better a loop within a call
-        // than a window that never answers again.
-        const HANDLE done = m_readerDone.get();
-        while (isThreadRunning() &&
-               waitDispatchingMessages({&done, 1}, kClosePatienceMs) == WAIT_TIMEOUT) {
-        }
-    }
-    // From here it is a few instructions until the thread has left this object.
-    waitForThreadToExit(-1);
+    if (m_gaveUp || onReader() || readerEnds(kClosePatienceMs)) return;
+    m_gaveUp = true;
+    syslog(LOG_ERR, "Pipe \"%s\": a message is still being handled; its thread stays until it ends",
+           m_logName.c_str());
+}
+
+bool Pipe::leaveReaderBehind() {
+    // Nobody else keeps an object that its reader has no share in.
+    if (weak_from_this().expired()) return false;
+    std::shared_ptr<void> kept = keepForReader();
+    if (kept == nullptr) return false;
+    const juce::ScopedLock lock(m_lock);
+    if (m_readerAtWork) m_kept.swap(kept);
+    return true;
 }
 
 void Pipe::lost() {
@@ -135,61 +155,84 @@ void Pipe::lost() {
 }
 
 std::shared_ptr<PipeStream> Pipe::currentStream() const {
-    const juce::ScopedLock lock(m_streamLock);
+    const juce::ScopedLock lock(m_lock);
     return m_stream;
 }
 
 bool Pipe::prepareReading(PipeStream&) { return true; }
 
 void Pipe::run() {
+    m_readerId = GetCurrentThreadId();
+    const SingleThreadedApartment apartment;
+    try {
+        nameThisThread("OrVane " + pipeName);
+        readFrames();
+    } catch (...) {
+        // Out of memory for the next payload: this connection ends, as after a failed read.
+    }
+    std::shared_ptr<PipeStream> stream;
     {
-        const SingleThreadedApartment apartment;
+        const juce::ScopedLock lock(m_lock);
+        stream.swap(m_stream);
+    }
+    if (stream != nullptr) {
+        stream->shutDown();
+        // The pipe lives as long as either end is open, and there is one of its name: until this
+        // one is closed an application that starts anew cannot make it.
+        stream.reset();
         try {
-            nameThisThread(getThreadName());
-            readFrames();
+            lost();
         } catch (...) {
-            // Out of memory for the next payload: this connection ends, as after a failed read.
-        }
-        std::shared_ptr<PipeStream> stream;
-        {
-            const juce::ScopedLock lock(m_streamLock);
-            stream.swap(m_stream);
-        }
-        if (stream != nullptr) {
-            stream->shutDown();
-            // The pipe lives as long as either end is open, and there is one of its name: until
-            // this one is closed an application that starts anew cannot make it.
-            stream.reset();
-            try {
-                lost();
-            } catch (...) {
-                // A subclass's trouble must not end the player.
-            }
+            // A subclass's trouble must not end the player.
         }
     }
-    SetEvent(m_readerDone.get());
+    std::shared_ptr<void> kept;
+    {
+        const juce::ScopedLock lock(m_lock);
+        m_readerAtWork = false;
+        kept.swap(m_kept);
+    }
 }
 
 void Pipe::readFrames() {
     if (const auto stream = currentStream(); stream == nullptr || !prepareReading(*stream)) return;
 
     frame::Reader reader;
+    std::array<std::uint8_t, kReadAhead> ahead{};
     for (;;) {
         PipeStream::ReadResult result{PipeStream::ReadStatus::failed, 0};
+        // Usually a frame comes with one read; the most of a long one goes where it belongs at
+        // once.
+        const auto room = reader.room();
+        const bool direct = room.size() > ahead.size();
         // Held for one read only, so that a closed pipe is really closed while a message is still
         // being handled.
         if (const auto stream = currentStream())
-            result = stream->read(reader.room(), m_receiveTimeoutMs);
+            result = stream->read(direct ? room : std::span(ahead), m_receiveTimeoutMs);
         else
             return;
 
-        bool whole = false;
-        if (result.status == PipeStream::ReadStatus::data)
-            whole = reader.advance(result.count);
-        else
-            whole = currentStream() != nullptr && reader.cut();
-        if (whole) deliver(reader.payload());
+        if (result.status != PipeStream::ReadStatus::data) {
+            if (currentStream() != nullptr && reader.cut()) deliver(reader.payload());
+        } else if (direct) {
+            if (reader.advance(result.count)) deliver(reader.payload());
+        } else {
+            take(reader, std::span(ahead).first(result.count));
+        }
         if (result.status == PipeStream::ReadStatus::failed) return;
+    }
+}
+
+void Pipe::take(frame::Reader& reader, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const auto room = reader.room();
+        const std::size_t count = std::min(room.size(), bytes.size());
+        std::copy_n(bytes.begin(), count, room.begin());
+        bytes = bytes.subspan(count);
+        if (!reader.advance(count)) continue;
+        deliver(reader.payload());
+        // Closed while the message was handled: what came after it is not for us any more.
+        if (currentStream() == nullptr) return;
     }
 }
 
@@ -197,7 +240,7 @@ void Pipe::deliver(std::span<const std::uint8_t> payload) {
     try {
         messageReceived(payload);
     } catch (...) {
-        syslog(LOG_ERR, "Pipe \"%s\": a message could not be handled", pipeName.toRawUTF8());
+        syslog(LOG_ERR, "Pipe \"%s\": a message could not be handled", m_logName.c_str());
     }
 }
 

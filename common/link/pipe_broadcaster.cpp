@@ -7,16 +7,14 @@ namespace orvane {
 bool PipeBroadcaster::initConnection() {
     close();  // there is one instance of the pipe: the old one has to go first
     const bool created = open(PipeStream::create(pipeName), -1);
-    if (log_enabled(LOG_DEBUG))
-        syslog(LOG_DEBUG, "%s: \"%s\" %s", "PipeBroadcaster::initConnection", pipeName.toRawUTF8(),
-               created ? "created" : "not created");
+    syslog(LOG_DEBUG, "%s: \"%s\" %s", "PipeBroadcaster::initConnection", m_logName.c_str(),
+           created ? "created" : "not created");
     return created;
 }
 
 void PipeBroadcaster::terminate() {
     close();
-    if (log_enabled(LOG_DEBUG))
-        syslog(LOG_DEBUG, "PipeBroadcaster: connection \"%s\" terminated", pipeName.toRawUTF8());
+    syslog(LOG_DEBUG, "PipeBroadcaster: connection \"%s\" terminated", m_logName.c_str());
 }
 
 bool PipeBroadcaster::prepareReading(PipeStream& stream) {

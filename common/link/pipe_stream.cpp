@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "common/link/pipe_server.h"
 #include "platform/waiting.h"
 
 namespace orvane {
@@ -16,15 +17,15 @@ UniqueHandle manualResetEvent() {
     return UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
 
-class MutexLock {
+class TakenTurn {
 public:
-    explicit MutexLock(HANDLE owned) : m_mutex(owned) {}
-    MutexLock(const MutexLock&) = delete;
-    MutexLock& operator=(const MutexLock&) = delete;
-    ~MutexLock() { ReleaseMutex(m_mutex); }
+    explicit TakenTurn(WriteTurn& turn) : m_turn(turn) {}
+    TakenTurn(const TakenTurn&) = delete;
+    TakenTurn& operator=(const TakenTurn&) = delete;
+    ~TakenTurn() { m_turn.giveBack(); }
 
 private:
-    HANDLE m_mutex;
+    WriteTurn& m_turn;
 };
 
 }  // namespace
@@ -47,12 +48,15 @@ public:
         return m_started;
     }
 
+    // Whether it is complete, as most are when the call returns: a wait would cost another call.
+    [[nodiscard]] bool isDone() const { return HasOverlappedIoCompleted(&m_overlapped); }
+
     // Cancels what is not done yet and waits until the system has let go. True when the operation
     // succeeded, be it at the last moment.
     bool finish() {
         if (!m_started) return m_succeeded;
         m_started = false;
-        if (!HasOverlappedIoCompleted(&m_overlapped)) CancelIoEx(m_pipe, &m_overlapped);
+        if (!isDone()) CancelIoEx(m_pipe, &m_overlapped);
         m_succeeded = GetOverlappedResult(m_pipe, &m_overlapped, &m_count, TRUE);
         return m_succeeded;
     }
@@ -72,24 +76,25 @@ PipeStream::PipeStream(Key, UniqueFile pipe, bool connected)
       m_stop(manualResetEvent()),
       m_readEvent(manualResetEvent()),
       m_writeEvent(manualResetEvent()),
-      m_writing(CreateMutexW(nullptr, FALSE, nullptr)),
       m_connected(connected) {}
 
 std::shared_ptr<PipeStream> PipeStream::wrap(UniqueFile pipe, bool connected) {
     if (!pipe) return nullptr;
     auto stream = std::make_shared<PipeStream>(Key{}, std::move(pipe), connected);
     const bool whole =
-        stream->m_stop && stream->m_readEvent && stream->m_writeEvent && stream->m_writing;
+        stream->m_stop && stream->m_readEvent && stream->m_writeEvent && stream->m_turn.isWhole();
     return whole ? stream : nullptr;
 }
 
-std::shared_ptr<PipeStream> PipeStream::openExisting(const juce::String& pipeName) {
+std::shared_ptr<PipeStream> PipeStream::openExisting(const juce::String& pipeName,
+                                                     const char** refusal) {
     // Any program can make a pipe of this name. It may learn who we are, and no more.
     constexpr DWORD flags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
-    return wrap(
-        UniqueFile(CreateFileW(pathOf(pipeName).toWideCharPointer(), GENERIC_READ | GENERIC_WRITE,
-                               0, nullptr, OPEN_EXISTING, flags, nullptr)),
-        true);
+    UniqueFile pipe(CreateFileW(pathOf(pipeName).toWideCharPointer(), GENERIC_READ | GENERIC_WRITE,
+                                0, nullptr, OPEN_EXISTING, flags, nullptr));
+    *refusal = pipe ? whyNotTrusted(pipe.get()) : nullptr;
+    if (*refusal != nullptr) return nullptr;
+    return wrap(std::move(pipe), true);
 }
 
 std::shared_ptr<PipeStream> PipeStream::create(const juce::String& pipeName) {
@@ -120,7 +125,8 @@ PipeStream::ReadResult PipeStream::read(std::span<std::uint8_t> buffer, DWORD ti
                                  nullptr, reading.get());
     if (reading.started(answer)) {
         const std::array<HANDLE, 2> handles{m_stop.get(), reading.event()};
-        const DWORD waited = waitDispatchingMessages(handles, timeoutMs);
+        const DWORD waited =
+            reading.isDone() ? WAIT_OBJECT_0 + 1 : waitDispatchingMessages(handles, timeoutMs);
         const bool done = reading.finish();
         if (waited != WAIT_OBJECT_0 && m_usable) {
             if (done) return {ReadStatus::data, reading.count()};
@@ -134,17 +140,18 @@ PipeStream::ReadResult PipeStream::read(std::span<std::uint8_t> buffer, DWORD ti
 bool PipeStream::write(std::span<const std::uint8_t> bytes, DWORD timeoutMs) {
     if (!m_usable || !m_connected) return false;
     const Deadline deadline(timeoutMs);
-    const std::array<HANDLE, 2> turn{m_stop.get(), m_writing.get()};
-    const DWORD waited = WaitForMultipleObjects(2, turn.data(), FALSE, deadline.remaining());
-    if (waited != WAIT_OBJECT_0 + 1 && waited != WAIT_ABANDONED_0 + 1) return false;
-    const MutexLock lock(m_writing.get());
+    if (!m_turn.take(deadline, m_stop.get())) return false;
+    const TakenTurn turn(m_turn);
+    if (!m_usable) return false;
 
     Operation writing(m_pipe.get(), m_writeEvent.get());
     const BOOL answer = WriteFile(m_pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()),
                                   nullptr, writing.get());
     if (writing.started(answer)) {
-        const std::array<HANDLE, 2> handles{m_stop.get(), writing.event()};
-        WaitForMultipleObjects(2, handles.data(), FALSE, deadline.remaining());
+        if (!writing.isDone()) {
+            const std::array<HANDLE, 2> handles{m_stop.get(), writing.event()};
+            WaitForMultipleObjects(2, handles.data(), FALSE, deadline.remaining());
+        }
         if (writing.finish() && writing.count() == bytes.size()) return true;
     }
     shutDown();

@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 
+#include "common/link/write_turn.h"
 #include "platform/handles.h"
 
 namespace orvane {
@@ -20,8 +21,10 @@ class PipeStream {
 
 public:
     // Opens a pipe that exists and is free; never waits for one. Whoever made the pipe can identify
-    // this process but not act as it. Null on failure, with the reason in GetLastError().
-    static std::shared_ptr<PipeStream> openExisting(const juce::String& pipeName);
+    // this process but not act as it. Null on failure, with the reason in GetLastError(), and when
+    // the server is not one to link to: `refusal` then says why (pipe_server.h).
+    static std::shared_ptr<PipeStream> openExisting(const juce::String& pipeName,
+                                                    const char** refusal);
     // Makes the pipe: one instance, byte stream, local clients only, and only when no other process
     // has made it before. Null on failure.
     static std::shared_ptr<PipeStream> create(const juce::String& pipeName);
@@ -63,7 +66,7 @@ private:
     UniqueHandle m_stop;
     UniqueHandle m_readEvent;
     UniqueHandle m_writeEvent;
-    UniqueHandle m_writing;  // mutex: one writer at a time
+    WriteTurn m_turn;
     std::atomic<bool> m_usable{true};
     std::atomic<bool> m_connected;  // false only while a made end waits for its client
 };

@@ -4,6 +4,8 @@
 #include <juce_events/juce_events.h>
 #include <ole2.h>
 
+#include "platform/module.h"
+
 namespace juce {
 extern HWND juce_messageWindowHandle;
 }
@@ -11,7 +13,9 @@ extern HWND juce_messageWindowHandle;
 namespace orvane {
 namespace {
 
-juce::CriticalSection lock;  // guards what follows
+// Guards what follows, but not at attach and detach: no other thread is in the module then, and
+// they run under the loader's lock, which bringing JUCE up (windows, COM) needs on its way.
+juce::CriticalSection lock;
 int references = 0;
 int callbacks = 0;  // of JUCE on the message thread's stack
 bool up = false;
@@ -62,10 +66,7 @@ void CALLBACK onShutDownTimer(HWND, UINT, UINT_PTR timer, DWORD) {
 
 void shutDownLater() {
     // From now on there is a call into this module that no reference of the host covers.
-    HMODULE pinned = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(&onShutDownTimer)),
-                       &pinned);
+    pinThisModule();
     SetTimer(nullptr, 0, USER_TIMER_MINIMUM, &onShutDownTimer);
 }
 
@@ -97,6 +98,10 @@ void JuceSession::detach() noexcept {
 bool JuceSession::isUp() noexcept {
     const juce::ScopedLock guard(lock);
     return up;
+}
+
+bool JuceSession::isMessageThread() noexcept {
+    return juce::MessageManager::existsAndIsCurrentThread();
 }
 
 JuceSession::Reference::Reference() {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <new>
 
+#include "platform/module.h"
+
 namespace orvane::juce_threads {
 namespace {
 
@@ -13,21 +15,6 @@ struct Start {
     ThreadProc proc;
     void* argument;
 };
-
-HMODULE referenceThisModule() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(&endThread)), &module);
-    return module;
-}
-
-HMODULE thisModule() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(&endThread)), &module);
-    return module;
-}
 
 unsigned __stdcall runThread(void* argument) {
     Start start{};

@@ -17,19 +17,22 @@
 
 namespace orvane::test {
 
+// "Name key=value key=value".
+std::string lineOf(const OrvaneMessage& message);
+
 using Names = std::vector<std::string>;
 
 // The application's end of one pipe: keeps every message.
 class AppPipe final : public PipeBroadcaster {
 public:
     using PipeBroadcaster::PipeBroadcaster;
-    ~AppPipe() override { close(); }
+    ~AppPipe() override { closeForGood(); }
 
     // Waits until the plug-in has opened the pipe, and pumps meanwhile.
     bool deliver(const OrvaneMessage& message);
     // What arrived; pumps until there is so much.
     std::vector<OrvaneMessage> messages(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
-    // The same, each as "Name key=value key=value".
+    // The same, each as its line.
     Names lines(std::size_t atLeast = 0) const;
     void forget();
     void messageReceived(std::span<const std::uint8_t> payload) override;

@@ -229,24 +229,5 @@ TEST_F(LifecycleTest, ReleasedFromWithinItsTimer) {
     EXPECT_TRUE(JuceSession::isUp());
 }
 
-TEST_F(LifecycleTest, CommandsReachTheWindow) {
-    const auto plugin = createPlugin();
-    const auto answer = [this](const char* command) {
-        m_app->forget();
-        EXPECT_TRUE(m_app->sendCommand(command));
-        return m_app->waitForResponses(1);
-    };
-    EXPECT_EQ(answer("isInSpecialMode"), Names{"isInSpecialMode=false"});
-    SetWindowPos(m_window->handle(), nullptr, 10, 10, 366, 90, SWP_NOZORDER | SWP_NOACTIVATE);
-    EXPECT_EQ(answer("isInSpecialMode"), Names{"isInSpecialMode=true"});
-
-    const HWND window = m_window->handle();
-    EXPECT_EQ(answer("close"), Names{"close=true"});
-    EXPECT_TRUE(pumpUntil([&] { return !IsWindow(window); }));
-    // Without its window the player is still there to be asked.
-    EXPECT_EQ(answer("close"), Names{"close=true"});
-    EXPECT_EQ(answer("isInSpecialMode"), Names{"isInSpecialMode=false"});
-}
-
 }  // namespace
 }  // namespace orvane::test

@@ -70,8 +70,7 @@ private:
             if (!server.accept() || m_stop) continue;
             ++m_clients;
             // Until the client has gone.
-            while (way != Way::closesAtOnce && !m_stop &&
-                   PeekNamedPipe(server.get(), nullptr, 0, nullptr, nullptr, nullptr) != FALSE) {
+            while (way != Way::closesAtOnce && !m_stop && server.hasClient()) {
                 Sleep(5);
                 if (way == Way::writesGarbage) server.write(Bytes(4001, 0x9E));
             }

@@ -45,35 +45,6 @@ protected:
     StringPairArray metadata;
 };
 
-TEST_F(MediaInfo, IsReadAndWrittenByPathAndByIndex) {
-    m_folder.track(L"a.wma");
-    const fs::path track = m_folder.track(L"b \u00e9 \u65e5.wma");
-    startPlayer();
-    EXPECT_EQ(command(&COrVaneWmpPlugin::getTrackCount), 2);
-
-    ASSERT_TRUE(setByPath(textOf(track), record({{"TrackTitle", "T \xC3\xA9 \xF0\x9F\x98\x80"},
-                                                 {"TrackArtist", "A"},
-                                                 {"Year", "1999"},
-                                                 {"DiskNumber", "2"}})));
-    ASSERT_TRUE(setByIndex(1, record({{"AlbumTitle", "Album"}})));
-    ASSERT_TRUE(getByPath(textOf(track)));
-    const auto byPath = metadata;
-    ASSERT_TRUE(getByIndex(1));
-    EXPECT_EQ(metadata, byPath);
-    EXPECT_EQ(metadata["Filename"], textOf(track));
-    EXPECT_EQ(metadata["TrackTitle"],
-              String(juce::CharPointer_UTF8("T \xC3\xA9 \xF0\x9F\x98\x80")));
-    EXPECT_EQ(metadata["AlbumArtist"], String("A"));
-    EXPECT_EQ(metadata["AlbumTitle"], String("Album"));
-    EXPECT_EQ(metadata["Year"], String("1999"));
-    EXPECT_EQ(metadata["DiskNumber"], String("2"));
-    const auto header = test::headerOf(track);
-    ASSERT_TRUE(header.find(u"Author"));
-    EXPECT_EQ(header.find(u"Author")->text(), u"A");
-    ASSERT_TRUE(getByIndex(0));
-    EXPECT_EQ(metadata["Filename"], textOf(m_folder.path(L"a.wma")));
-}
-
 TEST_F(MediaInfo, EmptyValuesNeverClearATag) {
     const fs::path track = m_folder.track();
     startPlayer();
@@ -119,40 +90,6 @@ TEST_F(MediaInfo, OfNoTrackOrOfTwoIsFalse) {
     }
     fail({"IWMPPlaylist::get_count"});
     EXPECT_EQ(command(&COrVaneWmpPlugin::getTrackCount), 0);
-}
-
-TEST_F(MediaInfo, OfTheCurrentTrack) {
-    m_folder.track();
-    const auto current = [&] {
-        return command(
-            [&](COrVaneWmpPlugin& plugin) { return plugin.getCurrentMediaInfo(metadata); });
-    };
-    EXPECT_FALSE(current());
-    startPlayer();
-    EXPECT_FALSE(current());
-    EXPECT_TRUE(command([&](COrVaneWmpPlugin& plugin) { return plugin.start(pathOf(0)); }));
-    ASSERT_TRUE(current());
-    EXPECT_EQ(metadata["Filename"], pathOf(0));
-    fail({"IWMPCore::get_currentMedia"});
-    EXPECT_FALSE(current());
-}
-
-TEST_F(MediaInfo, CarriesTheEmbeddedPicture) {
-    const fs::path track = m_folder.track();
-    startPlayer();
-    const auto sound = test::soundOf(track);
-    const auto image = test::sample("cover.png");
-    const String in = textOf(m_folder.file(L"in \u00e9.png", image));
-    const String out = textOf(m_folder.path(L"out \u65e5.jpg"));
-    EXPECT_TRUE(setByPath(textOf(track), record({{"Genre", "G"}}), in));
-    ASSERT_TRUE(getByPath(textOf(track), out));
-    EXPECT_EQ(metadata["AlbumArt"], String("1"));
-    EXPECT_EQ(contentOf(m_folder.path(L"out \u65e5.jpg")), image);
-
-    // Tags written by the player afterwards leave the picture where it is.
-    EXPECT_TRUE(setByIndex(0, record({{"TrackTitle", "after"}})));
-    EXPECT_EQ(test::picturesIn(track), std::vector<test::Bytes>{image});
-    EXPECT_EQ(test::soundOf(track), sound);
 }
 
 TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {

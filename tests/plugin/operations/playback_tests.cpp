@@ -6,12 +6,10 @@ namespace orvane {
 namespace {
 
 using juce::String;
-using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
 constexpr long kStopped = wmppsStopped;
-constexpr long kPaused = wmppsPaused;
 constexpr long kPlaying = wmppsPlaying;
 
 constexpr char kPlayTimeout[] =
@@ -26,77 +24,23 @@ protected:
     bool start(const String& path) {
         return command([&](COrVaneWmpPlugin& plugin) { return plugin.start(path); });
     }
-    // How long `work` takes, in milliseconds.
-    template <typename Work>
-    static DWORD timeOf(Work work) {
-        const DWORD before = GetTickCount();
-        work();
-        return GetTickCount() - before;
-    }
 };
 
-TEST_F(Playback, StartsPausesAndStops) {
-    startPlayer();
-    test::CapturedLog log;
-    ASSERT_TRUE(start(pathOf(1)));
-    EXPECT_EQ(m_player->playState(), kPlaying);
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::isPlaying));
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::isPaused));
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::pause));
-    ASSERT_TRUE(m_player->pumpUntil([&] { return m_player->playState() == kPaused; }, 3000));
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::isPaused));
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::isPlaying));
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::startCurrent));
-    EXPECT_EQ(m_player->playState(), kPlaying);
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::stop));
-    EXPECT_EQ(m_player->playState(), kStopped);
-    EXPECT_FALSE(command(&COrVaneWmpPlugin::isPlaying));
-    const std::string lines = log.take();
-    for (const char* line :
-         {"StartTrack called (succeeded)", "IsPlaying called (yes)", "IsPaused called (no)",
-          "Pause called (succeeded)", "IsPaused called (yes)", "StartCurrent called (succeeded)",
-          "Stop called (succeeded)", "IsPlaying called (no)"})
-        EXPECT_THAT(lines, HasSubstr(std::string("<7> COrVaneWmpPlugin: ") + line + "\n"));
-
-    // Stopped already: the first look is enough.
-    EXPECT_LT(timeOf([&] { EXPECT_TRUE(command(&COrVaneWmpPlugin::stop)); }), 500u);
-}
-
-TEST_F(Playback, WorksOnAPlayerThatServesCallsOnItsOwnThread) {
-    m_options.serveOnOwnThread = true;
-    startPlayer();
-    EXPECT_TRUE(start(pathOf(0)));
-    EXPECT_TRUE(command(&COrVaneWmpPlugin::stop));
-}
-
-TEST_F(Playback, WaitsASecondForASlowStart) {
-    m_options.startDelayMs = 1600;
-    startPlayer();
-    test::CapturedLog log;
-    const DWORD time = timeOf([&] { EXPECT_FALSE(start(pathOf(0))); });
-    EXPECT_GE(time, 990u);
-    EXPECT_LT(time, 1500u);
-    EXPECT_THAT(log.take(), AllOf(HasSubstr(kPlayTimeout),
-                                  HasSubstr("COrVaneWmpPlugin: StartTrack called (failed)")));
-    EXPECT_TRUE(m_player->pumpUntil([&] { return m_player->playState() == kPlaying; }, 3000));
-}
-
-TEST_F(Playback, GivesUpOnAPlayerThatNeverGetsThere) {
+TEST_F(Playback, WaitsASecondForAStateAndSaysWhichItWas) {
     startPlayer();
     ASSERT_TRUE(start(pathOf(0)));
     test::CapturedLog log;
     m_player->change([](auto& options) { options.neverReached = {kStopped}; });
     EXPECT_FALSE(command(&COrVaneWmpPlugin::stop));
-    EXPECT_THAT(log.take(), AllOf(HasSubstr("<3> COrVaneWmpPlugin: timeout occured while "
-                                            "waiting for the player to stop\n"),
-                                  HasSubstr("COrVaneWmpPlugin: Stop called (failed)")));
-    m_player->change([](auto& options) { options.neverReached = {}; });
-    ASSERT_TRUE(start(pathOf(0)));
-    ASSERT_TRUE(command(&COrVaneWmpPlugin::stop));
+    EXPECT_THAT(log.take(), HasSubstr("<3> COrVaneWmpPlugin: timeout occured while "
+                                      "waiting for the player to stop\n"));
     m_player->change([](auto& options) { options.neverReached = {kPlaying}; });
+    const DWORD before = GetTickCount();
     EXPECT_FALSE(command(&COrVaneWmpPlugin::startCurrent));
-    EXPECT_THAT(log.take(), AllOf(HasSubstr(kPlayTimeout),
-                                  HasSubstr("COrVaneWmpPlugin: StartCurrent called (failed)")));
+    EXPECT_GE(GetTickCount() - before, 990U);
+    EXPECT_THAT(log.take(), HasSubstr(kPlayTimeout));
+    EXPECT_FALSE(start(pathOf(1)));
+    EXPECT_THAT(log.take(), HasSubstr(kPlayTimeout));
 }
 
 TEST_F(Playback, StopsEvenForAPathThatThePlayerRefuses) {
@@ -104,7 +48,7 @@ TEST_F(Playback, StopsEvenForAPathThatThePlayerRefuses) {
     startPlayer();
     ASSERT_TRUE(start(pathOf(0)));
     test::CapturedLog log;
-    EXPECT_LT(timeOf([&] { EXPECT_FALSE(start("C:\\refused.wma")); }), 500u);
+    EXPECT_FALSE(start("C:\\refused.wma"));
     EXPECT_THAT(log.take(), Not(HasSubstr("timeout")));
     EXPECT_TRUE(m_player->pumpUntil([&] { return m_player->playState() == kStopped; }, 3000));
 }
@@ -120,24 +64,17 @@ TEST_F(Playback, AsksForTheRightModes) {
     const struct {
         const wchar_t* mode;
         bool (COrVaneWmpPlugin::*operation)();
-        const char* line;
-    } cases[] = {{L"shuffle", &COrVaneWmpPlugin::isShufflePlay, "IsShuffleEnabled"},
-                 {L"autoRewind", &COrVaneWmpPlugin::isRepeatTrack, "IsLoopTrackEnabled"},
-                 {L"loop", &COrVaneWmpPlugin::isRepeatAll, "IsLoopAllEnabled"}};
+    } cases[] = {{L"shuffle", &COrVaneWmpPlugin::isShufflePlay},
+                 {L"autoRewind", &COrVaneWmpPlugin::isRepeatTrack},
+                 {L"loop", &COrVaneWmpPlugin::isRepeatAll}};
     CComPtr<IWMPSettings> settings;
     ASSERT_EQ(m_player->core()->get_settings(&settings), S_OK);
-    test::CapturedLog log;
     for (const auto& on : cases) {
         for (const auto& one : cases)
             ASSERT_EQ(settings->setMode(CComBSTR(one.mode),
                                         one.mode == on.mode ? VARIANT_TRUE : VARIANT_FALSE),
                       S_OK);
-        for (const auto& one : cases) {
-            const bool expected = one.mode == on.mode;
-            EXPECT_EQ(command(one.operation), expected) << one.line;
-            EXPECT_THAT(log.take(), HasSubstr(std::string("COrVaneWmpPlugin: ") + one.line +
-                                              " called (" + (expected ? "enabled)" : "disabled)")));
-        }
+        for (const auto& one : cases) EXPECT_EQ(command(one.operation), one.mode == on.mode);
     }
 }
 
@@ -151,13 +88,7 @@ TEST_F(Playback, AnswersFalseWhenThePlayerFailsOrIsNotThere) {
         EXPECT_FALSE(command(&COrVaneWmpPlugin::isPlaying));
         EXPECT_FALSE(command(&COrVaneWmpPlugin::isShufflePlay));
         EXPECT_FALSE(command(&COrVaneWmpPlugin::isInSpecialMode));
-        const std::string lines = log.take();
-        for (const char* line :
-             {"Pause called (failed)", "Stop called (failed)", "StartCurrent called (failed)",
-              "StartTrack called (failed)", "IsPlaying called (no)",
-              "IsShuffleEnabled called (disabled)", "IsInSpecialMode called (false)"})
-            EXPECT_THAT(lines, HasSubstr(std::string("COrVaneWmpPlugin: ") + line));
-        EXPECT_THAT(lines, Not(HasSubstr("timeout")));
+        EXPECT_THAT(log.take(), Not(HasSubstr("timeout")));
     };
     allFail();
     m_plugin->close();

@@ -1,0 +1,206 @@
+#include "bench/round_trip.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/link/orvane_app_connector.h"
+#include "common/messages/frame.h"
+#include "common/messages/orvane_message.h"
+#include "platform/handles.h"
+
+namespace orvane::bench {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kBlocks = 100;  // turns of each
+constexpr int kBlock = 50;    // samples in one turn
+constexpr const wchar_t* kEventPipe = L"\\\\.\\pipe\\IpcOrvaneEventPipe";
+constexpr const wchar_t* kCommandPipe = L"\\\\.\\pipe\\IpcOrvaneCommandPipe";
+constexpr const wchar_t* kBarePipe = L"\\\\.\\pipe\\OrvaneBenchBarePipe";
+
+void require(bool holds, const char* what) {
+    if (!holds) throw std::runtime_error(what);
+}
+
+// One overlapped end of a pipe, by bare calls.
+class End {
+public:
+    // Makes the pipe as the application does.
+    static End made(const wchar_t* path) {
+        return End(CreateNamedPipeW(path, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                    PIPE_TYPE_BYTE | PIPE_READMODE_BYTE, 1, 64, 64, 0, nullptr));
+    }
+    static End opened(const wchar_t* path) {
+        return End(CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_OVERLAPPED, nullptr));
+    }
+
+    [[nodiscard]] bool write(const Bytes& bytes) {
+        return finish(WriteFile(m_pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()),
+                                nullptr, &m_overlapped)) == bytes.size();
+    }
+    // Whole when as much as `bytes` holds has come.
+    [[nodiscard]] bool read(Bytes& bytes) {
+        for (std::size_t filled = 0; filled < bytes.size();) {
+            const DWORD got =
+                finish(ReadFile(m_pipe.get(), bytes.data() + filled,
+                                static_cast<DWORD>(bytes.size() - filled), nullptr, &m_overlapped));
+            if (got == 0) return false;
+            filled += got;
+        }
+        return true;
+    }
+
+private:
+    explicit End(HANDLE pipe) : m_pipe(pipe) {
+        require(static_cast<bool>(m_pipe), "a pipe is taken; end the application first");
+        m_overlapped.hEvent = m_event.get();
+    }
+
+    DWORD finish(BOOL answer) {
+        DWORD count = 0;
+        if (!answer && GetLastError() != ERROR_IO_PENDING) return 0;
+        return GetOverlappedResult(m_pipe.get(), &m_overlapped, &count, TRUE) ? count : 0;
+    }
+
+    UniqueFile m_pipe;
+    UniqueHandle m_event{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    OVERLAPPED m_overlapped{};
+};
+
+Bytes frameOf(const OrvaneMessage& message) {
+    return frame::encode(message.toPayload());
+}
+
+// Sorted microseconds.
+class Samples {
+public:
+    void add(Clock::duration took) {
+        m_sorted.push_back(std::chrono::duration<double, std::micro>(took).count());
+    }
+    void sort() { std::sort(m_sorted.begin(), m_sorted.end()); }
+    [[nodiscard]] double at(std::size_t percent) const {
+        return m_sorted[(m_sorted.size() - 1) * percent / 100];
+    }
+    void print(const char* what) const {
+        std::printf("%-62s %7zu %8.1f us %8.1f us %8.1f us", what, m_sorted.size(), at(5), at(50),
+                    at(95));
+    }
+
+private:
+    std::vector<double> m_sorted;
+};
+
+void inTurns(
+    const char* what, const std::function<void()>& ours, const char* bareWhat,
+    const std::function<void()>& bare, const std::function<void()>& settle = [] {}) {
+    Samples ourTimes;
+    Samples bareTimes;
+    const auto block = [&](const std::function<void()>& work, Samples* times) {
+        for (int i = 0; i < kBlock; ++i) {
+            const auto start = Clock::now();
+            work();
+            const auto took = Clock::now() - start;
+            settle();
+            if (times != nullptr) times->add(took);
+        }
+    };
+    block(ours, nullptr);
+    block(bare, nullptr);
+    for (int i = 0; i < kBlocks; ++i) {
+        block(ours, &ourTimes);
+        block(bare, &bareTimes);
+    }
+    ourTimes.sort();
+    bareTimes.sort();
+    bareTimes.print(bareWhat);
+    std::printf("\n");
+    ourTimes.print(what);
+    std::printf("   x %.2f\n", ourTimes.at(50) / bareTimes.at(50));
+    std::fflush(stdout);
+}
+
+void measureRoundTrip(End& commands) {
+    const OrvaneCommand command("isPlaying");
+    const Bytes request = frameOf(command);
+    OrvaneResponse expected(command.getName());
+    expected.setReturnValue(false);
+    const Bytes response = frameOf(expected);
+
+    End server = End::made(kBarePipe);
+    End client = End::opened(kBarePipe);
+    std::thread echo([&] {
+        Bytes taken(request.size());
+        while (client.read(taken) && taken == request && client.write(response)) {
+        }
+    });
+    const auto exchange = [&](End& end) {
+        Bytes answer(response.size());
+        require(end.write(request) && end.read(answer) && answer == response, "a wrong answer");
+    };
+    inTurns(
+        "isPlaying over the command pipe", [&] { exchange(commands); },
+        "bare ping-pong of the same bytes", [&] { exchange(server); });
+    static_cast<void>(server.write(Bytes(request.size())));
+    echo.join();
+}
+
+void measureEvent(OrvaneAppConnector& connector, End& events) {
+    OrvaneEvent event("PlayStopped");
+    event.setValue("Player", "wmp");
+    const Bytes frame = frameOf(event);
+
+    End server = End::made(kBarePipe);
+    End client = End::opened(kBarePipe);
+    std::atomic<unsigned> taken{0};
+    const auto readAll = [&](End& end) {
+        return std::thread([&] {
+            Bytes bytes(frame.size());
+            while (end.read(bytes) && bytes == frame) ++taken;
+        });
+    };
+    std::thread ourReader = readAll(events);
+    std::thread bareReader = readAll(server);
+    unsigned written = 0;
+    const auto settle = [&] {
+        for (++written; taken < written;) Sleep(0);
+    };
+    inTurns(
+        "playStopped on the player's thread", [&] { connector.playStopped("wmp"); },
+        "bare write of the same bytes", [&] { require(client.write(frame), "a write failed"); },
+        settle);
+    Bytes end(frame.size());
+    static_cast<void>(client.write(end));
+    bareReader.join();
+    OrvaneEvent last("PlayPaused.");  // another text of the same length ends the reader
+    last.setValue("Player", "wmp");
+    connector.postEvent(last);
+    ourReader.join();
+}
+
+}  // namespace
+
+void measureBesideBareCalls() {
+    const juce::ScopedJuceInitialiser_GUI juce;
+    End events = End::made(kEventPipe);
+    End commands = End::made(kCommandPipe);
+    OrvaneAppConnector connector(nullptr);
+    require(connector.connect(), "the connector does not connect");
+    std::printf("\n%-62s %7s %11s %11s %11s\n", "", "samples", "p5", "median", "p95");
+    measureRoundTrip(commands);
+    measureEvent(connector, events);
+}
+
+}  // namespace orvane::bench
