@@ -6,9 +6,13 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/messages/text_coding.h"
-
 namespace orvane::test {
+
+std::string lineOf(const OrvaneMessage& message) {
+    juce::String line = message.getName();
+    for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
+    return line.toStdString();
+}
 
 bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
     const ULONGLONG end = GetTickCount64() + timeoutMs;
@@ -50,11 +54,7 @@ std::vector<OrvaneMessage> AppPipe::messages(std::size_t atLeast, DWORD timeoutM
 
 Names AppPipe::lines(std::size_t atLeast) const {
     Names lines;
-    for (const OrvaneMessage& message : messages(atLeast)) {
-        juce::String line = message.getName();
-        for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
-        lines.push_back(line.toStdString());
-    }
+    for (const OrvaneMessage& message : messages(atLeast)) lines.push_back(lineOf(message));
     return lines;
 }
 
@@ -64,7 +64,7 @@ void AppPipe::forget() {
 }
 
 void AppPipe::messageReceived(std::span<const std::uint8_t> payload) {
-    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const auto message = OrvaneMessage::parsePayload(payload);
     const std::scoped_lock lock(m_mutex);
     m_messages.push_back(message != nullptr ? *message : OrvaneMessage("none", "unreadable"));
 }
