@@ -2,6 +2,7 @@
 
 #include <juce_core/juce_core.h>
 
+#include "platform/host_call.h"
 #include "platform/module.h"
 #include "util/log/log.h"
 
@@ -9,6 +10,8 @@ namespace orvane {
 namespace {
 
 constexpr const wchar_t* kHookProperty = L"window_hook_this_ptr";
+constexpr const wchar_t* kOldProcProperty = L"window_hook_old_proc";
+constexpr const wchar_t* kSharedProperty = L"window_hook_shared";  // others know our procedure
 constexpr int kMaxSameWindows = 64;
 
 WindowHook* hookOf(HWND hwnd) { return static_cast<WindowHook*>(GetPropW(hwnd, kHookProperty)); }
@@ -20,6 +23,21 @@ WNDPROC setWindowProc(HWND hwnd, WNDPROC proc) {
 
 WNDPROC windowProc(HWND hwnd) {
     return reinterpret_cast<WNDPROC>(GetWindowLongW(hwnd, GWL_WNDPROC));
+}
+
+// The procedure beneath ours as the last hook on this window found it; null when there was none.
+WNDPROC rememberedProc(HWND hwnd) {
+    return reinterpret_cast<WNDPROC>(
+        reinterpret_cast<void (*)()>(GetPropW(hwnd, kOldProcProperty)));
+}
+
+void rememberProc(HWND hwnd, WNDPROC proc) {
+    SetPropW(hwnd, kOldProcProperty, reinterpret_cast<HANDLE>(reinterpret_cast<void (*)()>(proc)));
+}
+
+void forgetWindow(HWND hwnd) {
+    RemovePropW(hwnd, kOldProcProperty);
+    RemovePropW(hwnd, kSharedProperty);
 }
 
 bool belongsToThisProcess(HWND hwnd) {
@@ -78,13 +96,19 @@ bool WindowHook::InstallHook(HWND hwnd) {
     // A second hook on a window would call itself for ever, as the property leads back to it; and
     // another process would take our pointer for one of its own.
     const bool free = belongsToThisProcess(hwnd) && hookOf(hwnd) == nullptr;
-    if (free) m_oldWndProc = setWindowProc(hwnd, &HookProc);
-    if (m_oldWndProc == nullptr || !SetPropW(hwnd, kHookProperty, this)) {
+    const WNDPROC earlier = free ? rememberedProc(hwnd) : nullptr;
+    const WNDPROC found = free ? setWindowProc(hwnd, &HookProc) : nullptr;
+    // Put back by somebody after the hook before this one, ours is the window's already.
+    m_oldWndProc = found != &HookProc ? found : earlier != nullptr ? earlier : &DefWindowProcW;
+    if (found == nullptr || !SetPropW(hwnd, kHookProperty, this)) {
         syslog(LOG_ERR, "WindowHook::InstallHook failed - can't save this pointer into the window");
-        if (m_oldWndProc != nullptr) setWindowProc(hwnd, m_oldWndProc);
+        if (found != nullptr) setWindowProc(hwnd, found);
         m_oldWndProc = nullptr;
         return false;
     }
+    const bool shared = GetPropW(hwnd, kSharedProperty) != nullptr;
+    m_beneathEarlier = shared && m_oldWndProc != earlier ? earlier : nullptr;
+    if (m_beneathEarlier == nullptr) rememberProc(hwnd, m_oldWndProc);
     m_hwnd = hwnd;
     return true;
 }
@@ -97,11 +121,17 @@ void WindowHook::RemoveHook() {
     if (hookOf(hwnd) == this || windowProc(hwnd) == &HookProc) {
         // Whoever took the window over after us may put our procedure back long after the plug-in
         // is gone; the code has to be there then.
-        if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) pinThisModule();
+        if (setWindowProc(hwnd, m_oldWndProc) != &HookProc) {
+            SetPropW(hwnd, kSharedProperty, this);
+            pinThisModule();
+        }
         RemovePropW(hwnd, kHookProperty);
     }
+    HostCall::pinModuleIfAny();
     m_hwnd = nullptr;
     m_oldWndProc = nullptr;
+    m_beneathEarlier = nullptr;
+    m_passedOn = nullptr;
 }
 
 bool WindowHook::postMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -111,25 +141,52 @@ bool WindowHook::postMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT CALLBACK WindowHook::HookProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    WindowHook* const hook = hwnd != nullptr ? hookOf(hwnd) : nullptr;
-    if (hook == nullptr) return 0;
+    if (hwnd == nullptr) return 0;
+    // The window's own procedure may run a dialog in which the user turns the plug-in off.
+    const HostCall call;
+    WindowHook* const hook = hookOf(hwnd);
+    const Message current{message, wParam, lParam};
+    if (hook != nullptr && !hook->comesFromBelow(current)) return handle(*hook, hwnd, current);
 
+    const WNDPROC beneath = hook != nullptr ? hook->m_beneathEarlier : rememberedProc(hwnd);
+    if (beneath == nullptr) return 0;  // never was a window of ours
+    const LRESULT result = CallWindowProcW(beneath, hwnd, message, wParam, lParam);
+    if (message == WM_NCDESTROY) forgetWindow(hwnd);
+    return result;
+}
+
+// Whoever subclassed the window between an earlier hook and this one calls our procedure again, for
+// what this hook has just passed on to it.
+bool WindowHook::comesFromBelow(const Message& message) const {
+    return m_beneathEarlier != nullptr && m_passedOn != nullptr && *m_passedOn == message;
+}
+
+LRESULT WindowHook::handle(WindowHook& hook, HWND hwnd, const Message& message) {
+    const UINT id = message.id;
+    const WPARAM wParam = message.wParam;
+    const LPARAM lParam = message.lParam;
     // Each call below may remove or destroy the hook, so nothing else is read from it unless the
     // window still names it.
-    const WNDPROC oldWndProc = hook->m_oldWndProc;
+    const WNDPROC oldWndProc = hook.m_oldWndProc;
     LRESULT result = 0;
-    if (shielded([&] { return hook->OnMessage(hwnd, message, wParam, lParam); })) {
-        result = CallWindowProcW(oldWndProc, hwnd, message, wParam, lParam);
-        if (hookOf(hwnd) == hook) {
+    if (shielded([&] { return hook.OnMessage(hwnd, id, wParam, lParam); })) {
+        const Message* outer = nullptr;
+        if (hookOf(hwnd) == &hook) outer = std::exchange(hook.m_passedOn, &message);
+        result = CallWindowProcW(oldWndProc, hwnd, id, wParam, lParam);
+        if (hookOf(hwnd) == &hook) {
+            hook.m_passedOn = outer;
             shielded([&] {
-                hook->OnAfterMessage(hwnd, message, wParam, lParam, result);
+                hook.OnAfterMessage(hwnd, id, wParam, lParam, result);
                 return true;
             });
         }
     }
 
     // The window's last message: its handle is soon another window's.
-    if (message == WM_NCDESTROY && hookOf(hwnd) == hook) hook->RemoveHook();
+    if (id == WM_NCDESTROY) {
+        if (hookOf(hwnd) == &hook) hook.RemoveHook();
+        forgetWindow(hwnd);
+    }
     return result;
 }
 

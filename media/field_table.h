@@ -38,6 +38,11 @@ inline constexpr std::array kLoaded{
     kLastPlayed, kPlayCount,  kComments,    kRating,      kPartOfSet,
 };
 
+// What the application hears of a track that starts.
+inline constexpr std::array kReported{
+    kTrackTitle, kTrackArtist, kAlbumTitle, kGenre, kYear, kTrackNumber,
+};
+
 // In the order in which they are written. Genre_2 has to follow Genre: both go to one attribute,
 // and the second is the one that stays.
 inline constexpr std::array kSaved{

@@ -51,20 +51,20 @@ std::optional<ImageData> readImageFile(const char* caller, const juce::String& p
     return image;
 }
 
-bool writeAndClose(std::FILE* stream, std::span<const BYTE> image) {
+bool writeWholeOrDelete(std::FILE* stream, const juce::String& path, std::span<const BYTE> image) {
     // What is still buffered goes out in a step of its own: not every runtime's fclose reports that
     // it failed.
     const bool written = std::fwrite(image.data(), 1, image.size(), stream) == image.size() &&
                          std::fflush(stream) == 0;
-    return std::fclose(stream) == 0 && written;
+    if (std::fclose(stream) == 0 && written) return true;
+    DeleteFileW(fileNameOf(path).c_str());
+    return false;
 }
 
 bool writeImageFile(const char* caller, const juce::String& path, std::span<const BYTE> image) {
     Stream stream = open(caller, path, L"wb", "%s: error opening %s for writing.");
     if (!stream || !isDiskFile(stream.get())) return false;
-    if (writeAndClose(stream.release(), image)) return true;
-    DeleteFileW(fileNameOf(path).c_str());
-    return false;
+    return writeWholeOrDelete(stream.release(), path, image);
 }
 
 }  // namespace orvane

@@ -35,7 +35,9 @@ struct ImageData {
 [[nodiscard]] bool writeImageFile(const char* caller, const juce::String& path,
                                   std::span<const BYTE> image);
 
-// The last step of writeImageFile: true when the stream took all of it, also when it was closed.
-[[nodiscard]] bool writeAndClose(std::FILE* stream, std::span<const BYTE> image);
+// The last step of writeImageFile, with the file's opened stream: closes it, and deletes the file
+// unless the stream took all of the image, also when it was closed.
+[[nodiscard]] bool writeWholeOrDelete(std::FILE* stream, const juce::String& path,
+                                      std::span<const BYTE> image);
 
 }  // namespace orvane

@@ -24,15 +24,18 @@ juce::String WmpMediaItem::attributeNameFor(const juce::String& field) {
     return fields::attributeFor(field);
 }
 
-bool WmpMediaItem::Load(IWMPMedia* media) {
+bool WmpMediaItem::LoadFields(IWMPMedia* media, std::span<const char* const> wanted) {
     if (!media) return false;
     m_record.clear();
-
     CComBSTR sourcePath;
     if (SUCCEEDED(media->get_sourceURL(&sourcePath)))
         m_record.set(fields::kFilename, textOf(sourcePath));
-    for (const char* field : fields::kLoaded) readField(media, field, {});
+    for (const char* field : wanted) readField(media, field, {});
+    return true;
+}
 
+bool WmpMediaItem::Load(IWMPMedia* media) {
+    if (!LoadFields(media, fields::kLoaded)) return false;
     const juce::String partOfSet = m_record[fields::kPartOfSet];
     if (partOfSet.isNotEmpty()) {
         const auto [diskNumber, disksInSet] = fields::splitPartOfSet(partOfSet);

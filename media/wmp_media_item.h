@@ -2,6 +2,8 @@
 
 #include <juce_core/juce_core.h>
 
+#include <span>
+
 struct IWMPMedia;
 
 namespace orvane {
@@ -23,9 +25,13 @@ public:
     // The player attribute that stands for a field, ignoring case; empty when there is none.
     [[nodiscard]] static juce::String attributeNameFor(const juce::String& field);
 
-    // Fills the record anew. False, the record as it was, only without a media item; a field that
-    // cannot be read becomes empty.
+    // Fills the record anew, and opens the music file to count its pictures. False, the record as
+    // it was, only without a media item; a field that cannot be read becomes empty.
     [[nodiscard]] bool Load(IWMPMedia* media);
+
+    // The same with nothing but the path and these fields: one call of the player for each, and no
+    // file is opened.
+    [[nodiscard]] bool LoadFields(IWMPMedia* media, std::span<const char* const> wanted);
 
     // Writes the fields that have a value (all of them with emptyOk), each with one call of the
     // player; one that the player refuses is logged and skipped. False only without a media item.

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
+#include "platform/host_call.h"
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
@@ -64,7 +66,11 @@ HRESULT COrVaneWmpPlugin::link() {
         syslog(LOG_ERR, "%s: can't create iOrVane application launcher", self);
         return E_FAIL;
     }
-    m_connector = launcher->createConnector(this);
+    {
+        auto connector = launcher->createConnector(this);
+        const juce::ScopedLock lock(m_lock);
+        m_connector = std::move(connector);
+    }
     if (m_connector == nullptr) {
         syslog(LOG_NOTICE, "%s: cannot connect to app", self);
         return E_FAIL;
@@ -96,7 +102,42 @@ HRESULT COrVaneWmpPlugin::link() {
     return S_OK;
 }
 
+ULONG COrVaneWmpPlugin::InternalRelease() noexcept {
+    LONG count = InterlockedCompareExchange(&m_dwRef, 0, 0);
+    while (count > 1) {
+        const LONG found = InterlockedCompareExchange(&m_dwRef, count - 1, count);
+        if (found == count) return static_cast<ULONG>(count - 1);
+        count = found;
+    }
+    if (count == 1) {
+        if (!JuceSession::isMessageThread()) {
+            releaseOnOwnThread();
+            return 1;
+        }
+        if (!m_released) end();
+        // A reference too many, given back by a call that end() has let in.
+        if (!m_ended) return 1;
+    }
+    return Root::InternalRelease();
+}
+
+void COrVaneWmpPlugin::releaseOnOwnThread() noexcept {
+    try {
+        juce::MessageManager::callAsync([this] {
+            const JuceSession::CallbackScope scope;
+            Release();
+        });
+    } catch (...) {
+        // Never let go: better some memory than an object that ends where it may not.
+    }
+}
+
 void COrVaneWmpPlugin::FinalRelease() {
+    if (!m_ended) end();
+    HostCall::pinModuleIfAny();
+}
+
+void COrVaneWmpPlugin::end() noexcept {
     m_released = true;
     try {
         stopTimer();
@@ -105,23 +146,33 @@ void COrVaneWmpPlugin::FinalRelease() {
     } catch (...) {
         // Nothing above is expected to throw, and the player must not see it if it does.
     }
+    m_ended = true;
 }
 
-// In FinalRelease rather than in the destructor: the wait below lets the player call in, and from
-// the destructor on there is no complete object to call any more.
 void COrVaneWmpPlugin::unlink() {
     std::unique_ptr<WmpWindowHook> windowHook;
+    std::unique_ptr<AppConnector> connector;
     {
         const juce::ScopedLock lock(m_lock);
         windowHook = std::move(m_windowHook);
     }
     windowHook.reset();
     m_listWindowHook.reset();
+    {
+        const juce::ScopedLock lock(m_lock);
+        connector = std::move(m_connector);
+    }
     // Waits for the command that is running. Events that come in meanwhile find no connector.
-    const std::unique_ptr<AppConnector> connector = std::move(m_connector);
+    connector.reset();
+}
+
+AppConnector* COrVaneWmpPlugin::connector() const {
+    const juce::ScopedLock lock(m_lock);
+    return m_connector.get();
 }
 
 STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
+    const HostCall inProgress;
     try {
         // Calls into the player and the link below may let the player release us meanwhile.
         const CComPtr<IUnknown> alive(GetUnknown());
@@ -227,20 +278,28 @@ bool COrVaneWmpPlugin::disconnectFromApp() {
 }
 
 bool COrVaneWmpPlugin::waitForPlayState(IWMPCore& core, WMPPlayState wanted, DWORD timeoutMs) {
-    return pollUntil(
+    std::optional<int> quit;
+    const bool reached = pollUntil(
         timeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
         [&] {
             WMPPlayState state = wmppsUndefined;
             return SUCCEEDED(core.get_playState(&state)) && state == wanted;
         },
-        [] {
+        [&] {
             MSG message;
             if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-                TranslateMessage(&message);
-                DispatchMessageW(&message);
+                if (message.message == WM_QUIT) {
+                    quit = static_cast<int>(message.wParam);
+                } else {
+                    TranslateMessage(&message);
+                    DispatchMessageW(&message);
+                }
             }
             SwitchToThread();  // to the player's own thread, if it has something to do
         });
+    // It is for the message loop that this call came from.
+    if (quit) PostQuitMessage(*quit);
+    return reached;
 }
 
 }  // namespace orvane

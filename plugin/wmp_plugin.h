@@ -30,14 +30,18 @@ extern const CLSID CLSID_OrVaneWmpPlugin;
 // the application when it is not running, connects both pipes, hooks the player's main window and
 // starts the reconnect timer, or fails as a whole.
 //
-// Threads: the player's user-interface thread creates and releases the object and calls SetCore,
-// the event handlers and the timer; the reference count is plain, so no other thread may touch it.
-// The command pipe's reader thread calls the operations of IOrvanePluginMethods (all but
-// disconnectFromApp, which belongs to the object's thread), at any moment until the connector is
-// gone; they reach the player through core() and the window through withWindowHook() only.
+// Threads: the object's own thread, the player's user-interface thread, creates it, calls SetCore
+// and SetProperty and runs its timer. References are taken and given back, and events raised, on
+// any thread that holds a reference. The last reference takes the object down on its own thread:
+// given back on another one it is handed over by a message, and the object lives until its thread
+// comes by for that, or for good when it never does. The command pipe's reader thread calls the
+// operations of IOrvanePluginMethods (all but disconnectFromApp, which belongs to the object's
+// thread), at any moment until the connector is gone; they reach the player through core() and the
+// window through withWindowHook() only. An object that is aggregated is let go by its outer object
+// on its own thread.
 //
 // Errors: HRESULTs and booleans. Nothing throws out of here.
-class COrVaneWmpPlugin : public CComObjectRootEx<CComSingleThreadModel>,
+class COrVaneWmpPlugin : public CComObjectRootEx<CComMultiThreadModel>,
                          public CComCoClass<COrVaneWmpPlugin, &CLSID_OrVaneWmpPlugin>,
                          public IWMPEvents,
                          public IWMPPluginUI,
@@ -55,12 +59,20 @@ public:
     COM_INTERFACE_ENTRY(IWMPEvents)
     COM_INTERFACE_ENTRY(IWMPPluginUI)
     END_COM_MAP()
-    DECLARE_PROTECT_FINAL_CONSTRUCT()
+
+    // As DECLARE_PROTECT_FINAL_CONSTRUCT has it, but on the count alone: the reference that goes
+    // after FinalConstruct is not the last one.
+    void InternalFinalConstructAddRef() noexcept { InternalAddRef(); }
+    void InternalFinalConstructRelease() noexcept { Root::InternalRelease(); }
+
+    // What Release asks; 0 makes it delete the object. The last reference ends the object's work
+    // first, while it is still whole and counted, so that the player may call in meanwhile.
+    ULONG InternalRelease() noexcept;
 
     // S_OK, or E_FAIL after one log line with the reason.
     HRESULT FinalConstruct();
-    // Says goodbye, removes the hook and ends the link. Waits for a running command while it lets
-    // the player serve that command's calls on this thread.
+    // Ends the object's work, unless that is done already, as it is for whatever was created whole
+    // and is not aggregated.
     void FinalRelease();
 
     // ---- IWMPPluginUI
@@ -191,8 +203,9 @@ private:
     }
 
     // The connector while the object is linked; null once FinalRelease has begun to end the link
-    // (calls from the player may still arrive then). The object's thread.
-    [[nodiscard]] AppConnector* connector() const { return m_connector.get(); }
+    // (calls from the player may still arrive then). Any thread; there for as long as the caller
+    // holds a reference that it took before.
+    [[nodiscard]] AppConnector* connector() const;
 
     // Appends what is in the library to the first playlist of that name, made when there is none;
     // true when there is such a playlist in the end. Ends early, with false, once the object is
@@ -206,10 +219,17 @@ private:
     // Starts what is current and waits until it plays; a wait in vain is logged.
     [[nodiscard]] static bool playAndWait(IWMPCore& core, IWMPControls& controls);
 
+    using Root = CComObjectRootEx<CComMultiThreadModel>;
+
     HRESULT link();
     HRESULT attach(IWMPCore* core);
     void unload();
+    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits for a
+    // running command while it lets the player serve that command's calls on this thread.
+    void end() noexcept;
     void unlink();
+    // Has the object's own thread give back the reference that the caller had.
+    void releaseOnOwnThread() noexcept;
 
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
     CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only
@@ -217,11 +237,12 @@ private:
     DWORD m_adviseCookie = 0;                      // 0: not advised
     std::unique_ptr<WmpWindowHook> m_windowHook;   // written under m_lock
     std::unique_ptr<WindowHook> m_listWindowHook;  // on the track list; nothing fills it yet
-    std::unique_ptr<AppConnector> m_connector;
+    std::unique_ptr<AppConnector> m_connector;     // written under m_lock
 
     juce::CriticalSection m_lock;  // never held across a call into the player
     unsigned m_setCoreCalls = 0;   // tells a call that another one came in while it was at work
-    std::atomic<bool> m_released{false};  // FinalRelease has begun: no core is taken any more
+    std::atomic<bool> m_released{false};  // end() has begun: no core is taken any more
+    bool m_ended = false;                 // end() is done
 };
 
 #pragma GCC diagnostic pop

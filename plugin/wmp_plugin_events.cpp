@@ -8,7 +8,9 @@
 #include <string>
 
 #include "common/messages/player_name.h"
+#include "media/field_table.h"
 #include "media/wmp_media_item.h"
+#include "platform/host_call.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -54,19 +56,24 @@ HRESULT firstErrorCode(IWMPCore& core, LONG& code) {
     return first ? first->get_errorCode(&code) : E_POINTER;
 }
 
+// Reads what is sent and no more: the player waits for it, between two tracks.
 void reportStart(AppConnector& connector, IWMPMedia* media) {
     WmpMediaItem item;
-    if (!item.Load(media)) return;
-    const juce::String artist = item.getTrackArtist();
-    connector.playStarted(playerName(), item.getTrackTitle(),
-                          artist.isNotEmpty() ? artist : item.getAlbumArtist(),
-                          item.getAlbumTitle(), item.getGenre(), item.getFilename(), item.getYear(),
+    if (!item.LoadFields(media, fields::kReported)) return;
+    juce::String artist = item.getTrackArtist();
+    if (artist.isEmpty()) {
+        item.readField(media, fields::kAlbumArtist, {});
+        artist = item.getAlbumArtist();
+    }
+    connector.playStarted(playerName(), item.getTrackTitle(), artist, item.getAlbumTitle(),
+                          item.getGenre(), item.getFilename(), item.getYear(),
                           item.getTrackNumber());
 }
 
 }  // namespace
 
 STDMETHODIMP_(void) COrVaneWmpPlugin::PlayStateChange(LONG newState) {
+    const HostCall inProgress;
     try {
         syslog(LOG_DEBUG, "COrVaneWmpPlugin: play state=%d", static_cast<int>(newState));
         // The player may let us go while it answers or while the link waits for the application.
@@ -89,6 +96,8 @@ STDMETHODIMP_(void) COrVaneWmpPlugin::PlayStateChange(LONG newState) {
 }
 
 STDMETHODIMP_(void) COrVaneWmpPlugin::Error() {
+    const HostCall inProgress;
+    const CComPtr<IUnknown> self(GetUnknown());
     HRESULT result = S_OK;
     LONG code = 0;
     if (const CComPtr<IWMPCore> player = core()) result = firstErrorCode(*player, code);

@@ -5,6 +5,7 @@
 
 #include "common/messages/player_name.h"
 #include "media/com_text.h"
+#include "platform/host_call.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -88,6 +89,7 @@ STDMETHODIMP COrVaneWmpPlugin::SetProperty(const WCHAR* name, const VARIANT* val
     const bool isPlaylists = name != nullptr && std::wcscmp(name, PLUGIN_MISC_PLAYLISTSENDTO) == 0;
     if (!isMedia && !isPlaylists) return E_NOTIMPL;
 
+    const HostCall inProgress;
     try {
         // Calls into the player and the link below may let the player release us meanwhile.
         const CComPtr<IUnknown> self(GetUnknown());

@@ -100,6 +100,10 @@ bool JuceSession::isUp() noexcept {
     return up;
 }
 
+bool JuceSession::isMessageThread() noexcept {
+    return juce::MessageManager::existsAndIsCurrentThread();
+}
+
 JuceSession::Reference::Reference() {
     const juce::ScopedLock guard(lock);
     bringUp();

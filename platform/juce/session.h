@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/host_call.h"
+
 namespace orvane {
 
 // JUCE's life inside a module that somebody else loads and unloads. It is up from the load of the
@@ -34,9 +36,15 @@ public:
         ~CallbackScope();
         CallbackScope(const CallbackScope&) = delete;
         CallbackScope& operator=(const CallbackScope&) = delete;
+
+    private:
+        HostCall m_call;
     };
 
     [[nodiscard]] static bool isUp() noexcept;
+
+    // Whether JUCE is up and calls back on the calling thread.
+    [[nodiscard]] static bool isMessageThread() noexcept;
 };
 
 }  // namespace orvane
