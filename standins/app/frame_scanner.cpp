@@ -23,7 +23,7 @@ std::uint32_t littleEndian(std::string_view bytes) {
 const std::string& magicBytes() {
     static const std::string bytes = [] {
         std::string b;
-        putLittleEndian(b, frame::magic);
+        putLittleEndian(b, frame::kMagic);
         return b;
     }();
     return bytes;
@@ -44,7 +44,7 @@ std::size_t nextMagic(std::string_view bytes, std::size_t from) {
 
 std::string frameAround(std::string_view payload, std::uint32_t length, std::uint32_t magic) {
     std::string frame;
-    frame.reserve(frame::headerSize + payload.size());
+    frame.reserve(frame::kHeaderSize + payload.size());
     putLittleEndian(frame, magic);
     putLittleEndian(frame, length);
     frame += payload;
@@ -69,7 +69,7 @@ void FrameScanner::scan(std::vector<Found>& found) {
         // Judged as soon as the magic is here: a peer that sends four wrong bytes and waits is
         // told so.
         if (rest.size() < 4) break;
-        if (littleEndian(rest) != frame::magic) {
+        if (littleEndian(rest) != frame::kMagic) {
             if (m_trouble.empty()) {
                 m_troubleAt = m_offset + at;
                 m_trouble = "bad magic " + hexBytes(rest.substr(0, 4)) + ", a frame begins with " +
@@ -80,22 +80,23 @@ void FrameScanner::scan(std::vector<Found>& found) {
             at += skip;
             continue;
         }
-        if (rest.size() < frame::headerSize) break;
+        if (rest.size() < frame::kHeaderSize) break;
         const std::uint32_t length = littleEndian(rest.substr(4));
         if (!frame::isPayloadLength(length)) {
             noteSkipped(found);
             m_troubleAt = m_offset + at;
             m_trouble = "bad length " + std::to_string(length) + " (" +
                         hexBytes(rest.substr(4, 4)) + "), it must be 1 to " +
-                        std::to_string(frame::payloadLimit - 1);
-            m_skipped = frame::headerSize;
-            at += frame::headerSize;
+                        std::to_string(frame::kPayloadLimit - 1);
+            m_skipped = frame::kHeaderSize;
+            at += frame::kHeaderSize;
             continue;
         }
         noteSkipped(found);
-        if (rest.size() - frame::headerSize < length) break;
-        found.push_back({true, m_offset + at, std::string(rest.substr(frame::headerSize, length))});
-        at += frame::headerSize + length;
+        if (rest.size() - frame::kHeaderSize < length) break;
+        found.push_back(
+            {true, m_offset + at, std::string(rest.substr(frame::kHeaderSize, length))});
+        at += frame::kHeaderSize + length;
     }
     // Nothing more to judge for now: say what is already certain rather than wait for a next frame.
     if (m_pending.size() - at < 4) noteSkipped(found);
@@ -116,10 +117,10 @@ void FrameScanner::discard(std::size_t count) {
 
 std::string FrameScanner::unfinished() const {
     if (m_pending.empty()) return {};
-    if (m_pending.size() < frame::headerSize)
+    if (m_pending.size() < frame::kHeaderSize)
         return std::to_string(m_pending.size()) + " of a header's 8 bytes (" + hexBytes(m_pending) +
                ")";
-    return std::to_string(m_pending.size() - frame::headerSize) + " of " +
+    return std::to_string(m_pending.size() - frame::kHeaderSize) + " of " +
            std::to_string(littleEndian(std::string_view(m_pending).substr(4))) + " payload bytes";
 }
 

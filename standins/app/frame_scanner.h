@@ -16,7 +16,7 @@ namespace orvane::standin::app {
 
 // One frame around a payload, or around a lie: `length` goes into the header as it is.
 std::string frameAround(std::string_view payload, std::uint32_t length,
-                        std::uint32_t magic = frame::magic);
+                        std::uint32_t magic = frame::kMagic);
 std::string frameAround(std::string_view payload);
 
 class FrameScanner {

@@ -3,6 +3,7 @@
 #include "standins/app/application.h"
 #include "standins/support/wide_text.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace app = orvane::standin::app;
 

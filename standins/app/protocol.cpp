@@ -89,7 +89,7 @@ std::string diagnosis(std::string_view text) {
 std::string commandPayload(const std::string& name, const Parameters& parameters) {
     OrvaneCommand command(wide(name));
     for (const auto& [key, value] : parameters) command.setValue(wide(key), wide(value));
-    const auto bytes = encodePayload(command.toDocument());
+    const auto bytes = command.toPayload();
     return std::string(bytes.begin(), bytes.end());
 }
 
@@ -108,7 +108,7 @@ Reading readPayload(PipeId pipe, std::string_view payload) {
                            hexBytes(text.substr(bad, 4)));
 
     std::vector<std::uint8_t> bytes(text.begin(), text.end());
-    const std::unique_ptr<OrvaneMessage> parsed = OrvaneMessage::parse(decodePayload(bytes));
+    const std::unique_ptr<OrvaneMessage> parsed = OrvaneMessage::parsePayload(bytes);
     if (!parsed) {
         problems.push_back(diagnosis(text));
         return reading;

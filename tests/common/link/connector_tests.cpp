@@ -10,9 +10,9 @@
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/process_counts.h"
 
 namespace {
@@ -161,12 +161,12 @@ TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
     EXPECT_TRUE(all == paths);
 
     connector.events.clear();
-    takeLogLines();
+    m_log.lines();
     connector.cleanTracks("wmp", {"a", juce::String::repeatedString("x", 11'000'000), "b"});
     EXPECT_EQ(connector.lines(), (Strings{"CleanTracks Player=wmp trackPaths0=a",
                                           "CleanTracks Player=wmp trackPaths0=b"}));
-    EXPECT_EQ(takeLogLines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
-                                      "too long for a frame"});
+    EXPECT_EQ(m_log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
+                                     "too long for a frame"});
 }
 
 class ConnectorTest : public ::testing::Test {
@@ -175,12 +175,13 @@ protected:
         app.openPipes();
         ASSERT_TRUE(connector->connect());
         ASSERT_TRUE(connector->isConnected());
-        takeLogLines();
+        m_log.lines();
     }
     bool eventsAre(const Strings& expected) {
         return app.events.lines(expected.size()) == expected;
     }
 
+    CapturedLog m_log;
     const juce::ScopedJuceInitialiser_GUI m_juce;
     RecordingMethods methods;
     FakeApp app;
@@ -189,21 +190,21 @@ protected:
 
 TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     app.closePipes();
-    takeLogLines();
+    m_log.lines();
     connector->disconnect();
-    EXPECT_EQ(takeLogLines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
+    EXPECT_EQ(m_log.lines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
 
     const Strings bothFailed{"<3> OrvaneAppConnector::connect: m_ep->initConnection failed",
                              "<3> OrvaneAppConnector::connect: m_cl->initConnection failed"};
     EXPECT_FALSE(connector->connect());
-    EXPECT_EQ(takeLogLines(), bothFailed);
+    EXPECT_EQ(m_log.lines(), bothFailed);
     connector->playStopped("wmp");  // lost, quietly
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(m_log.lines().empty());
 
     app.events.initConnection();
     EXPECT_FALSE(connector->connect());
-    EXPECT_TRUE(logHolds(bothFailed[1]));
-    EXPECT_FALSE(logHolds(bothFailed[0]));
+    EXPECT_TRUE(m_log.holds(bothFailed[1]));
+    EXPECT_FALSE(m_log.holds(bothFailed[0]));
     EXPECT_FALSE(connector->isConnected());
 
     app.commands.initConnection();
@@ -212,10 +213,10 @@ TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     EXPECT_TRUE(connector->connect());
     EXPECT_TRUE(app.events.isConnected() && app.commands.isConnected()) << "as they were";
 
-    takeLogLines();
+    m_log.lines();
     connector->playStarted("wmp", juce::String::repeatedString("x", 10'500'000), "", "", "", "", "",
                            "");
-    const Strings lines = takeLogLines();
+    const Strings lines = m_log.lines();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].find("<3> OrvaneAppConnector::postEvent: an event of 10500"), 0U);
     EXPECT_TRUE(connector->isConnected()) << "and nothing of it was written";
@@ -240,7 +241,7 @@ TEST_F(ConnectorTest, LinkedAndLostAgainAndAgain) {
         app.forget();
         ASSERT_TRUE(eventually([&] { return !connector->isConnected(); }));
         ASSERT_FALSE(connector->connect());
-        takeLogLines();
+        m_log.lines();
         if (round != 10) continue;
         threads = threadsOfThisProcess();
         handles = handlesOfThisProcess();
@@ -263,7 +264,7 @@ TEST_F(ConnectorTest, CommandsAreAnsweredInOrderWhateverStandsBetween) {
               (Strings{"getTrackCount trackCount=3 return_value=true",
                        "unheard of return_value=false", "pause return_value=true"}));
     EXPECT_TRUE(connector->isConnected());
-    const Strings lines = takeLogLines();
+    const Strings lines = m_log.lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(),
                          "<3> CommandListener: command parsing error occured"),
               2);
@@ -325,8 +326,8 @@ TEST_F(ConnectorTest, LeavesACommandBehindThatDoesNotEnd) {
     EXPECT_GE(waited, 3900);
     EXPECT_LT(waited, 6000);
     EXPECT_TRUE(
-        logHolds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
-                 "thread stays until it ends"));
+        m_log.holds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
+                    "thread stays until it ends"));
     EXPECT_FALSE(kept.expired());
 
     app.waitForDisconnectAndReopen();

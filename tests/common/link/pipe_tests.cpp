@@ -9,7 +9,7 @@
 #include "common/messages/text_coding.h"
 #include "platform/waiting.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -36,9 +36,10 @@ protected:
     void connect() {
         ASSERT_TRUE(listener.initConnection());
         ASSERT_TRUE(server.accept());
-        takeLogLines();
+        m_log.lines();
     }
 
+    CapturedLog m_log;
     const juce::String name = uniquePipeName();
     const std::string quoted = "\"" + name.toStdString() + "\"";
     RawServer server{name};
@@ -46,31 +47,31 @@ protected:
 };
 
 TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnceAndTheLogTells) {
-    takeLogLines();
+    m_log.lines();
     const juce::String absentName = uniquePipeName();
     TestListener absent(absentName);
     EXPECT_FALSE(absent.initConnection());
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(m_log.lines().empty());
     EXPECT_FALSE(absent.initConnection(50));
-    EXPECT_EQ(takeLogLines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
-                                      absentName.toStdString()});
+    EXPECT_EQ(m_log.lines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
+                                     absentName.toStdString()});
     EXPECT_FALSE(absent.isConnected() || absent.send(OrvaneEvent("e")));
     EXPECT_EQ(absent.made + absent.lost, 0);
 
     ASSERT_TRUE(listener.initConnection());
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection made",
-                                       "<7> PipeListener::initConnection: connected to pipe " +
-                                           name.toStdString()}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection made",
+                                      "<7> PipeListener::initConnection: connected to pipe " +
+                                          name.toStdString()}));
     TestListener second(name);
     EXPECT_FALSE(second.initConnection());
     EXPECT_TRUE(listener.isConnected());
 
     listener.terminate();
     const std::string terminated = "<7> PipeListener: connection " + quoted + " terminated";
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
     EXPECT_EQ(listener.lostOn, GetCurrentThreadId());
     listener.terminate();
-    EXPECT_EQ(takeLogLines(), Strings{terminated});
+    EXPECT_EQ(m_log.lines(), Strings{terminated});
 }
 
 TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
@@ -87,7 +88,7 @@ TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
         });
     std::vector<int> next(4, 0);
     for (int i = 0; i < 100; ++i) {
-        const auto message = OrvaneMessage::parse(decodePayload(server.readPayload()));
+        const auto message = OrvaneMessage::parsePayload(server.readPayload());
         ASSERT_NE(message, nullptr);
         const int t = message->getName().getLastCharacter() - '0';
         EXPECT_EQ(message->getValue("v").length(), 500 * t + next[static_cast<std::size_t>(t)]++);
@@ -102,7 +103,7 @@ TEST_F(PipeTest, ReadsWhateverComesAndStaysUp) {
         server.write({});
     }
     server.write(bytesOf("garbage!"));
-    for (const std::size_t length : {frame::payloadLimit, std::size_t{0}}) {
+    for (const std::size_t length : {frame::kPayloadLimit, std::size_t{0}}) {
         const auto header = frame::encodeHeader(static_cast<std::uint32_t>(length));
         server.write({header.begin(), header.end()});
     }
@@ -279,10 +280,10 @@ TEST_F(PipeTest, AStrangersPipeIsNotLinkedTo) {
                                                    {"O:BAD:(A;;GA;;;WD)", true},
                                                    {nullptr, true}}) {  // the system's default
         ASSERT_TRUE(server.reopen(security));
-        takeLogLines();
+        m_log.lines();
         EXPECT_EQ(listener.initConnection(), linked);
-        EXPECT_EQ(logHolds("<3> PipeListener: pipe " + quoted +
-                           " is not linked to: it belongs to another user"),
+        EXPECT_EQ(m_log.holds("<3> PipeListener: pipe " + quoted +
+                              " is not linked to: it belongs to another user"),
                   !linked);
         EXPECT_EQ(listener.isConnected(), linked);
         listener.terminate();

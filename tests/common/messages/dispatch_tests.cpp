@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "common/messages/orvane_message.h"
-#include "tests/common/messages/captured_log.h"
 #include "tests/common/messages/recording_methods.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -106,6 +106,7 @@ TEST(Dispatch, EachCommandCallsItsOperationAndIsAnswered) {
         {"removeTrackFromPlaylist", {}, none, no},
         {"disconnectFromApp", {}, none, no},
     };
+    test::CapturedLog log;
     RecordingMethods methods;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.command);
@@ -117,7 +118,7 @@ TEST(Dispatch, EachCommandCallsItsOperationAndIsAnswered) {
         }
     }
     EXPECT_TRUE(
-        test::logHolds("<7> OrvaneCommand::executeCommand: received request for selected tracks"));
+        log.holds("<7> OrvaneCommand::executeCommand: received request for selected tracks"));
     responseTo(methods, "getMediaInfoFromIndex", index("99999999999999999999"));  // any number
     EXPECT_FALSE(OrvaneCommand("pause").executeCommand(nullptr).getReturnValue());
 }
