@@ -98,6 +98,7 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
         [&] {  // while the player's thread waits for it to read
             m_app->tell("hold event");
             ASSERT_TRUE(m_app->prints("not reading", 2000));
+            m_player->tell("hide");  // it hangs in this one
             m_player->tell("sendto-media all");
             Sleep(400);
         },
