@@ -139,9 +139,9 @@ void measureLink() {
     OrvaneEvent event("CleanTracks");
     event.setValue("Player", "wmp");
     event.addList("trackPaths", paths);
-    const auto payload = encodePayload(event.toDocument());
+    const auto payload = event.toPayload();
     measure("the same decoded, parsed, getList", 40, 1, [&] {
-        const auto message = OrvaneMessage::parse(decodePayload(payload));
+        const auto message = OrvaneMessage::parsePayload(payload);
         juce::StringArray read;
         require(
             message != nullptr && message->getList("trackPaths", read) && read.size() == kPathCount,

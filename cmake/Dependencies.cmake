@@ -18,7 +18,7 @@ endforeach()
 
 add_library(pugixml STATIC ${ORVANE_DEPS}/pugixml/src/pugixml.cpp)
 target_include_directories(pugixml SYSTEM PUBLIC ${ORVANE_DEPS}/pugixml/src)
-target_compile_definitions(pugixml PUBLIC PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
+target_compile_definitions(pugixml PUBLIC PUGIXML_COMPACT PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
 
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)

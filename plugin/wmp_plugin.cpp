@@ -8,6 +8,7 @@
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
 #include "platform/host_call.h"
+#include "platform/module.h"
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
@@ -67,7 +68,7 @@ HRESULT COrVaneWmpPlugin::link() {
         return E_FAIL;
     }
     {
-        auto connector = launcher->createConnector(this);
+        auto connector = launcher->createConnector(this, [this] { return keepForCommand(); });
         const juce::ScopedLock lock(m_lock);
         m_connector = std::move(connector);
     }
@@ -129,6 +130,17 @@ void COrVaneWmpPlugin::releaseOnOwnThread() noexcept {
         });
     } catch (...) {
         // Never let go: better some memory than an object that ends where it may not.
+    }
+}
+
+std::shared_ptr<void> COrVaneWmpPlugin::keepForCommand() noexcept {
+    if (m_dwRef < 1) return nullptr;
+    pinThisModule();
+    try {
+        AddRef();
+        return std::shared_ptr<IWMPEvents>(this, [](IWMPEvents* self) { self->Release(); });
+    } catch (...) {
+        return nullptr;  // the reference has been given back
     }
 }
 

@@ -224,12 +224,16 @@ private:
     HRESULT link();
     HRESULT attach(IWMPCore* core);
     void unload();
-    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits for a
-    // running command while it lets the player serve that command's calls on this thread.
+    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits 4000 ms
+    // for a running command while it lets the player serve that command's calls on this thread;
+    // then the object is that command's, and is destroyed when it has ended.
     void end() noexcept;
     void unlink();
     // Has the object's own thread give back the reference that the caller had.
     void releaseOnOwnThread() noexcept;
+    // For a command that end() leaves behind: a reference to the object. Null when the object is
+    // being destroyed already, and the command has to be waited for.
+    std::shared_ptr<void> keepForCommand() noexcept;
 
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
     CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only

@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "common/messages/frame.h"
-#include "common/messages/text_coding.h"
 #include "standins/app/report_lines.h"
 #include "standins/app/words.h"
 
@@ -117,7 +116,7 @@ MessagePtr Interpreter::ask(const OrvaneCommand& command, int byteMs) {
     if (byteMs < 0) {
         sent = sent && m_host.send(command);
     } else {
-        for (const std::uint8_t& byte : frame::encode(encodePayload(command.toDocument()))) {
+        for (const std::uint8_t& byte : frame::encode(command.toPayload())) {
             sent = sent && m_host.sendBytes({&byte, 1});
             if (sent) std::this_thread::sleep_for(std::chrono::milliseconds(byteMs));
         }
@@ -137,7 +136,7 @@ Outcome Interpreter::askOnce(const OrvaneCommand& command, int byteMs) {
 }
 
 Outcome Interpreter::askAtOnce(const OrvaneCommand& command, int times) {
-    const auto frame = frame::encode(encodePayload(command.toDocument()));
+    const auto frame = frame::encode(command.toPayload());
     std::vector<std::uint8_t> frames;
     for (int i = 0; i < times; ++i) frames.insert(frames.end(), frame.begin(), frame.end());
     const std::size_t place = m_arrivals.count();

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "common/messages/text_coding.h"
-
 namespace orvane::standin::app {
 namespace {
 
@@ -123,7 +121,7 @@ Reading readPayload(PipeId pipe, std::span<const std::uint8_t> payload) {
     Reading reading;
     FormReader form({reinterpret_cast<const char*>(payload.data()), payload.size()});
     if (!form.isWhole()) reading.problems.add(form.problem());
-    reading.message = OrvaneMessage::parse(decodePayload(payload));
+    reading.message = OrvaneMessage::parsePayload(payload);
     if (reading.message == nullptr) {
         reading.problems.add("the document is no message");
         return reading;

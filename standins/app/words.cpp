@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "common/messages/frame.h"
-#include "common/messages/text_coding.h"
 #include "standins/app/clean_library.h"
 
 namespace orvane::standin::app {
@@ -75,7 +74,7 @@ Outcome sendBadMagic(Interpreter& interpreter, const StringArray& words) {
         return interpreter.wrong(problem);
     // A reader that refuses a header takes the next eight bytes for one, and so on: only a payload
     // of whole eights leaves it where the next frame begins.
-    auto payload = encodePayload(command->toDocument());
+    auto payload = command->toPayload();
     payload.resize((payload.size() + 7) / 8 * 8);
     auto frame = frame::encode(payload);
     frame[0] = 0xEF;
@@ -83,15 +82,17 @@ Outcome sendBadMagic(Interpreter& interpreter, const StringArray& words) {
 }
 
 Outcome sendDocument(Interpreter& interpreter, const StringArray& words) {
-    String document = words[0];
-    if (!document.startsWithChar('<')) {
+    juce::MemoryBlock document(words[0].toRawUTF8(), words[0].getNumBytesAsUTF8());
+    if (!words[0].startsWithChar('<')) {
         const auto file =
-            juce::File::getCurrentWorkingDirectory().getChildFile(document.unquoted());
-        if (!file.existsAsFile())
+            juce::File::getCurrentWorkingDirectory().getChildFile(words[0].unquoted());
+        document.reset();
+        if (words[0].isEmpty() || !file.loadFileAsData(document))
             return interpreter.wrong("xml takes a file, or a document that begins with <");
-        document = file.loadFileAsString();
     }
-    return interpreter.sendBytes(frame::encode(encodePayload(document)), "a document");
+    document.append("", 1);  // the zero byte at its end
+    const auto* const bytes = static_cast<const std::uint8_t*>(document.getData());
+    return interpreter.sendBytes(frame::encode({bytes, document.getSize()}), "a document");
 }
 
 Outcome sendSlowly(Interpreter& interpreter, const StringArray& words) {

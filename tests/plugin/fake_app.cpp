@@ -6,8 +6,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/messages/text_coding.h"
-
 namespace orvane::test {
 
 bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
@@ -64,7 +62,7 @@ void AppPipe::forget() {
 }
 
 void AppPipe::messageReceived(std::span<const std::uint8_t> payload) {
-    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const auto message = OrvaneMessage::parsePayload(payload);
     const std::scoped_lock lock(m_mutex);
     m_messages.push_back(message != nullptr ? *message : OrvaneMessage("none", "unreadable"));
 }

@@ -85,7 +85,7 @@ public:
     }
 
     Bytes readPayload() {
-        const Bytes bytes = read(frame::headerSize);
+        const Bytes bytes = read(frame::kHeaderSize);
         frame::Header header{};
         if (bytes.size() < header.size()) return {};
         std::copy(bytes.begin(), bytes.end(), header.begin());

@@ -76,7 +76,7 @@ TEST_F(PipeTest, SendsOneFrameAMessage) {
     event.setValue("PlayerRect", "10,20,800,600");
     std::thread sender([&] { EXPECT_TRUE(listener.send(event)); });
     EXPECT_EQ(server.read(8), (Bytes{0x2C, 0x9E, 0xB4, 0xF2, 0x9E, 0, 0, 0}));
-    EXPECT_EQ(server.read(158), encodePayload(event.toDocument()));
+    EXPECT_EQ(server.read(158), event.toPayload());
     sender.join();
     EXPECT_FALSE(listener.send(bigEvent(10'485'760))) << "longer than a frame may be";
     EXPECT_TRUE(listener.isConnected()) << "and nothing of it was written";
@@ -96,7 +96,7 @@ TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
         });
     std::vector<int> next(4, 0);
     for (int i = 0; i < 100; ++i) {
-        const auto message = OrvaneMessage::parse(decodePayload(server.readPayload()));
+        const auto message = OrvaneMessage::parsePayload(server.readPayload());
         ASSERT_NE(message, nullptr);
         const int t = message->getName().getLastCharacter() - '0';
         EXPECT_EQ(message->getValue("v").length(), 500 * t + next[static_cast<std::size_t>(t)]++);
@@ -111,7 +111,7 @@ TEST_F(PipeTest, ReadsWhateverComesAndStaysUp) {
         server.write({});
     }
     server.write(bytesOf("garbage!"));
-    const auto tooLong = frame::encodeHeader(frame::payloadLimit);
+    const auto tooLong = frame::encodeHeader(frame::kPayloadLimit);
     server.write({tooLong.begin(), tooLong.end()});
     const auto empty = frame::encodeHeader(0);
     server.write({empty.begin(), empty.end()});
