@@ -24,6 +24,7 @@
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane::bench {
 namespace {
@@ -216,10 +217,8 @@ int run(bool linkOnly) {
     return 0;
 }
 
-
 }  // namespace
 }  // namespace orvane::bench
-
 
 // With "link": only what the link costs beside the bare calls.
 int main(int argc, char** argv) {

@@ -12,6 +12,7 @@
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane {
 

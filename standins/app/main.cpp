@@ -2,6 +2,7 @@
 
 #include "standins/app/application.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace {
 

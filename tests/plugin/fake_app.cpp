@@ -8,6 +8,12 @@
 
 namespace orvane::test {
 
+std::string lineOf(const OrvaneMessage& message) {
+    juce::String line = message.getName();
+    for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
+    return line.toStdString();
+}
+
 bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
     const ULONGLONG end = GetTickCount64() + timeoutMs;
     for (;;) {
@@ -48,11 +54,7 @@ std::vector<OrvaneMessage> AppPipe::messages(std::size_t atLeast, DWORD timeoutM
 
 Names AppPipe::lines(std::size_t atLeast) const {
     Names lines;
-    for (const OrvaneMessage& message : messages(atLeast)) {
-        juce::String line = message.getName();
-        for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
-        lines.push_back(line.toStdString());
-    }
+    for (const OrvaneMessage& message : messages(atLeast)) lines.push_back(lineOf(message));
     return lines;
 }
 

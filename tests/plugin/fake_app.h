@@ -16,6 +16,9 @@
 
 namespace orvane::test {
 
+// "Name key=value key=value".
+std::string lineOf(const OrvaneMessage& message);
+
 // Dispatches this thread's messages until `done` answers true; false after the time-out.
 bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs = 5000);
 // Dispatches this thread's messages for so long.
@@ -33,7 +36,7 @@ public:
     bool deliver(const OrvaneMessage& message);
     // What arrived; pumps until there is so much.
     std::vector<OrvaneMessage> messages(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
-    // The same, each as "Name key=value key=value".
+    // The same, each as its line.
     Names lines(std::size_t atLeast = 0) const;
     void forget();
     void messageReceived(std::span<const std::uint8_t> payload) override;

@@ -10,7 +10,6 @@
 #include "util/files/files.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/text/text.h"
 
 namespace orvane {

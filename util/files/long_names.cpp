@@ -8,7 +8,6 @@
 #include "platform/last_error.h"
 #include "util/files/paths.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/text/text.h"
 
 namespace orvane {

@@ -4,7 +4,6 @@
 
 #include "platform/last_error.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/text/text.h"
 
 namespace orvane {

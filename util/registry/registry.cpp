@@ -7,7 +7,6 @@
 
 #include "platform/last_error.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/registry/registry_value.h"
 #include "util/text/text.h"
 

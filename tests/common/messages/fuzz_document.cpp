@@ -4,12 +4,10 @@
 
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
-#include "tests/common/messages/captured_log.h"
 
 using namespace orvane;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    test::takeLogLines();  // so that they do not pile up
     const auto message = OrvaneMessage::parsePayload({data, size});
     if (message == nullptr) return 0;
     juce::StringArray list;

@@ -6,13 +6,11 @@
 
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
-#include "tests/common/messages/captured_log.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/counted_memory.h"
 
 namespace orvane {
 namespace {
-
-using test::takeLogLines;
 
 std::unique_ptr<OrvaneMessage> parseBytes(const std::string& bytes) {
     return OrvaneMessage::parsePayload(
@@ -25,13 +23,14 @@ juce::String valueOf(const std::string& content) {
 }
 
 TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
+    test::CapturedLog log;
     for (const std::string text :
          {"", "   ", "not XML", "<", "<a", "<command", "<command>", "<command event='x>",
           "<command></commandx>", "<command><a></command>", "</command>", "<a>&#x", "<!DOCTYPE",
           "<!--", "<![CDATA[", "<?xml", "<x><?\?>", "<command><!DOCTYPE a></command>", "<1/>"}) {
-        takeLogLines();
+        log.lines();
         EXPECT_EQ(parseBytes(text), nullptr) << text;
-        const auto lines = takeLogLines();
+        const auto lines = log.lines();
         ASSERT_EQ(lines.size(), 1u) << text;
         EXPECT_EQ(lines[0].rfind("<3> OrvaneMessage: XML parsing error occured: ", 0), 0u)
             << lines[0];
@@ -40,7 +39,7 @@ TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
     for (const std::string text : {"<Command event='x'/>", "<a><command event='x'/></a>",
                                    "<commands/>", "<comman/>", "<x:command/>"})
         EXPECT_EQ(parseBytes(text), nullptr) << text;
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST(HostileDocument, AnyWellFormedFormIsRead) {
@@ -141,11 +140,12 @@ TEST(HostileDocument, CostsMemoryWithinItsLimitAndGivesItBack) {
         {"entities", entities + within("<v>" + repeated("&b;", part / 2) + "</v>")},
         {"doctype", "<!DOCTYPE " + repeated("<!", part / 2)},
     };
+    test::CapturedLog log;
     for (const auto& [what, text] : documents) {
         const std::size_t before = test::memoryInUse();
         test::resetPeak();
         parseBytes(text);
-        takeLogLines();
+        log.lines();
         EXPECT_LT(test::peakMemory() - before, 200'000'000U / share) << what;
         EXPECT_LE(test::memoryInUse(), before + 100'000) << what;
     }

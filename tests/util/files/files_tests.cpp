@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <thread>
 
+#include "tests/support/captured_log.h"
 #include "tests/support/temp_folder.h"
-#include "tests/util/text/captured_log.h"
 #include "util/files/directories.h"
 #include "util/files/file_handles.h"
 #include "util/files/long_names.h"
@@ -19,12 +19,15 @@ namespace orvane {
 namespace {
 
 using test::isFolder;
-using test::takeLog;
 using test::TempFolder;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+test::CapturedLog s_log;
+
+std::vector<std::string> takeLog() { return s_log.lines(); }
 
 std::string longName(const char* path) {
     const OwnedWide name = utl_get_unicode_filename(path, 0);

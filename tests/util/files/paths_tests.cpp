@@ -4,11 +4,15 @@
 
 #include <string>
 
-#include "tests/util/text/captured_log.h"
+#include "tests/support/captured_log.h"
 #include "util/text/text.h"
 
 namespace orvane {
 namespace {
+
+test::CapturedLog s_log;
+
+std::vector<std::string> takeLog() { return s_log.lines(); }
 
 TEST(Unc, OnlyAHostOneSeparatorAndMoreTextIsAName) {
     const struct {
@@ -30,10 +34,10 @@ TEST(Unc, OnlyAHostOneSeparatorAndMoreTextIsAName) {
     };
     for (const auto& each : cases) {
         EXPECT_EQ(utl_is_unc_intl(each.path, 1), each.unc) << each.path;
-        std::vector<test::LogMessage> expected;
+        std::vector<std::string> expected;
         if (*each.message != '\0')
             expected.push_back(std::string("<3> utl_is_unc_intl: ") + each.message);
-        EXPECT_EQ(test::takeLog(), expected) << each.path;
+        EXPECT_EQ(takeLog(), expected) << each.path;
     }
 }
 

@@ -11,16 +11,19 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "tests/util/text/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
 
-using test::takeLog;
 using testing::Contains;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 using namespace std::string_literals;
+
+test::CapturedLog s_log;
+
+std::vector<std::string> takeLog() { return s_log.lines(); }
 
 constexpr const char* kKey = R"(Software\OrVaneMediaUtilTests é日本)";
 constexpr const wchar_t* kWideKey = L"Software\\OrVaneMediaUtilTests \u00E9\u65E5\u672C";

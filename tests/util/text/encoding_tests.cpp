@@ -5,16 +5,19 @@
 #include <string>
 #include <vector>
 
-#include "tests/util/text/captured_log.h"
+#include "tests/support/captured_log.h"
 #include "util/text/text.h"
 #include "util/text/utf8.h"
 
 namespace orvane {
 namespace {
 
-using test::takeLog;
 using testing::IsEmpty;
 using Units = std::basic_string<Wide>;
+
+test::CapturedLog s_log;
+
+std::vector<std::string> takeLog() { return s_log.lines(); }
 
 // Exactly as large as its content, so that the sanitizers see a read past it.
 template <typename T>

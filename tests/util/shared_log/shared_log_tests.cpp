@@ -1,4 +1,4 @@
-#include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 #include <windows.h>
 
@@ -10,8 +10,9 @@
 #include <map>
 #include <thread>
 
-#include "tests/util/log/log_fixture.h"
-#include "util/log/log_lock.h"
+#include "tests/util/shared_log/log_fixture.h"
+#include "util/log/log.h"
+#include "util/shared_log/log_lock.h"
 
 namespace orvane {
 namespace {

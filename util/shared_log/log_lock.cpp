@@ -1,7 +1,7 @@
-#include "util/log/log_lock.h"
+#include "util/shared_log/log_lock.h"
 
-#include "util/log/log_diagnostics.h"
-#include "util/log/open_security.h"
+#include "util/shared_log/log_diagnostics.h"
+#include "util/shared_log/open_security.h"
 
 namespace orvane {
 namespace {

@@ -1,10 +1,10 @@
-#include "util/log/win_error_text.h"
+#include "util/shared_log/win_error_text.h"
 
 #include <cstring>
 
 #include "util/log/log.h"
-#include "util/log/log_diagnostics.h"
-#include "util/log/log_format.h"
+#include "util/shared_log/log_diagnostics.h"
+#include "util/shared_log/log_format.h"
 
 namespace orvane {
 

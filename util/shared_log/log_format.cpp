@@ -1,4 +1,4 @@
-#include "util/log/log_format.h"
+#include "util/shared_log/log_format.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
-#include "util/log/open_security.h"
+#include "util/shared_log/open_security.h"
 
-#include "util/log/log_diagnostics.h"
+#include "util/shared_log/log_diagnostics.h"
 
 namespace orvane {
 

@@ -1,10 +1,10 @@
-#include "util/log/log_diagnostics.h"
+#include "util/shared_log/log_diagnostics.h"
 
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
 
-#include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "util/log/log_file.h"
+#include "util/shared_log/log_file.h"
 
 #include <windows.h>
 
@@ -10,9 +10,10 @@
 #include "util/files/files.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/log/log_diagnostics.h"
-#include "util/log/open_security.h"
 #include "util/registry/registry.h"
+#include "util/shared_log/log_diagnostics.h"
+#include "util/shared_log/open_security.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane {
 namespace {

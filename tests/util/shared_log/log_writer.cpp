@@ -10,7 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "util/log/log_lock.h"
+#include "util/shared_log/log_lock.h"
+#include "util/shared_log/shared_log.h"
 
 namespace {
 

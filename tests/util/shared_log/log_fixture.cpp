@@ -1,4 +1,4 @@
-#include "tests/util/log/log_fixture.h"
+#include "tests/util/shared_log/log_fixture.h"
 
 #include <windows.h>
 
@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane::test {
 namespace {
