@@ -8,7 +8,6 @@
 
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
@@ -51,8 +50,8 @@ public:
     bool isConnected() override { return true; }
     bool postEvent(const OrvaneEvent& event) override { return tryPostEvent(event).sent; }
     Pipe::Sending tryPostEvent(const OrvaneEvent& event) override {
-        const std::size_t size = encodePayload(event.toDocument()).size();
-        if (size >= frame::payloadLimit) return {false, size};
+        const std::size_t size = event.toPayload().size();
+        if (size >= frame::kPayloadLimit) return {false, size};
         events.push_back(event);
         if (onEvent) onEvent();
         return {true, 0};
