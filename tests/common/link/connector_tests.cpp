@@ -143,6 +143,7 @@ TEST(AppConnectorTest, TheNewestMoveIsSentAndTheTimerRunsWhileOneWaits) {
 TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
     const juce::ScopedJuceInitialiser_GUI juce;
     RecordingConnector connector;
+    CapturedLog log;
     juce::StringArray paths;
     // Short ones first; then ones that grow to five times their length as they are written.
     for (int i = 0; i < 150'000; ++i)
@@ -160,12 +161,12 @@ TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
     EXPECT_TRUE(all == paths);
 
     connector.events.clear();
-    m_log.lines();
+    log.lines();
     connector.cleanTracks("wmp", {"a", juce::String::repeatedString("x", 11'000'000), "b"});
     EXPECT_EQ(connector.lines(), (Strings{"CleanTracks Player=wmp trackPaths0=a",
                                           "CleanTracks Player=wmp trackPaths0=b"}));
-    EXPECT_EQ(m_log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
-                                     "too long for a frame"});
+    EXPECT_EQ(log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
+                                   "too long for a frame"});
 }
 
 class ConnectorTest : public ::testing::Test {
