@@ -154,7 +154,7 @@ bool AppConnector::postTracks(const juce::String& player, const juce::StringArra
     std::size_t size = static_cast<std::size_t>(count) * kLeastEntryBytes;
     for (int i = first; i < first + count; ++i)
         size += static_cast<std::size_t>(trackPaths.getReference(i).length());
-    if (size < frame::payloadLimit) {
+    if (size < frame::kPayloadLimit) {
         OrvaneEvent event("CleanTracks");
         event.setValue("Player", player);
         event.addList("trackPaths", count == trackPaths.size()
@@ -168,7 +168,7 @@ bool AppConnector::postTracks(const juce::String& player, const juce::StringArra
         syslog(LOG_ERR, kNotSent, "CleanTracks", "a path is too long for a frame");
         return true;
     }
-    const auto parts = std::min<std::int64_t>(count, size / frame::payloadLimit + 1);
+    const auto parts = std::min<std::int64_t>(count, size / frame::kPayloadLimit + 1);
     int begin = 0;
     for (int part = 1; part <= parts; ++part) {
         const int end = static_cast<int>(std::int64_t{count} * part / parts);

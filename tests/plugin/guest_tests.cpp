@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "media/format_runtime.h"
+#include "tests/common/launcher/installed_app.h"
 #include "tests/plugin/plugin_fixture.h"
 #include "util/log/log.h"
 
@@ -122,6 +123,21 @@ TEST_F(GuestTest, AFailedCreationLeavesTheLogToOthers) {
     syslog(LOG_ERR, "somebody else");
     EXPECT_NE(log.added().find("somebody else"), std::string::npos);
     EXPECT_EQ(log.added().find("OrVaneWmpPlugin"), std::string::npos) << log.added();
+}
+
+TEST_F(GuestTest, AnApplicationThatDoesNotRunIsLaunchedAndLinkedTo) {
+    InstalledApp installed;
+    installed.install(InstalledApp::root());
+    installed.registerFolder(InstalledApp::root());
+    installed.behave("stay");
+    m_app->running.reset();
+    auto plugin = createPlugin();
+    ASSERT_NE(plugin, nullptr);
+    EXPECT_NE(InstalledApp::commandLine().find(L"--launched-by=wmp"), std::wstring::npos);
+    FakeCore core;
+    EXPECT_EQ(plugin->SetCore(&core), S_OK);
+    EXPECT_EQ(m_app->waitForEvents(1), Names{"PlayerHello"});
+    plugin.Release();
 }
 
 TEST_F(LinkedGuestTest, AStartingTrackIsReportedWithoutItsFileBeingOpened) {
