@@ -8,7 +8,6 @@
 
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
@@ -51,8 +50,8 @@ public:
     bool isConnected() override { return true; }
     bool postEvent(const OrvaneEvent& event) override { return tryPostEvent(event).sent; }
     Pipe::Sending tryPostEvent(const OrvaneEvent& event) override {
-        const std::size_t size = encodePayload(event.toDocument()).size();
-        if (size >= frame::payloadLimit) return {false, size};
+        const std::size_t size = event.toPayload().size();
+        if (size >= frame::kPayloadLimit) return {false, size};
         events.push_back(event);
         if (onEvent) onEvent();
         return {true, 0};
@@ -144,6 +143,7 @@ TEST(AppConnectorTest, TheNewestMoveIsSentAndTheTimerRunsWhileOneWaits) {
 TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
     const juce::ScopedJuceInitialiser_GUI juce;
     RecordingConnector connector;
+    CapturedLog log;
     juce::StringArray paths;
     // Short ones first; then ones that grow to five times their length as they are written.
     for (int i = 0; i < 150'000; ++i)
@@ -161,12 +161,12 @@ TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
     EXPECT_TRUE(all == paths);
 
     connector.events.clear();
-    m_log.lines();
+    log.lines();
     connector.cleanTracks("wmp", {"a", juce::String::repeatedString("x", 11'000'000), "b"});
     EXPECT_EQ(connector.lines(), (Strings{"CleanTracks Player=wmp trackPaths0=a",
                                           "CleanTracks Player=wmp trackPaths0=b"}));
-    EXPECT_EQ(m_log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
-                                     "too long for a frame"});
+    EXPECT_EQ(log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
+                                   "too long for a frame"});
 }
 
 class ConnectorTest : public ::testing::Test {
