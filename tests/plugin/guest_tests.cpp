@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "media/format_runtime.h"
-#include "tests/common/launcher/installed_app.h"
+#include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
+#include "tests/support/temp_folder.h"
 #include "util/log/log.h"
 
 namespace orvane::test {
@@ -126,18 +127,25 @@ TEST_F(GuestTest, AFailedCreationLeavesTheLogToOthers) {
 }
 
 TEST_F(GuestTest, AnApplicationThatDoesNotRunIsLaunchedAndLinkedTo) {
-    InstalledApp installed;
-    installed.install(InstalledApp::root());
-    installed.registerFolder(InstalledApp::root());
-    installed.behave("stay");
+    std::wstring program(1024, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), 1024));
+    const TempFolder folder;
+    writeFile(folder.path(L"OrVaneApp.exe"),
+              readText(std::filesystem::path(program).parent_path() / L"launched_app.exe"));
+    SetEnvironmentVariableA("ORVANE_TEST_EXIT", "stay");
+    const InstallPath installed(folder.path().wstring());
     m_app->running.reset();
-    auto plugin = createPlugin();
-    ASSERT_NE(plugin, nullptr);
-    EXPECT_NE(InstalledApp::commandLine().find(L"--launched-by=wmp"), std::wstring::npos);
-    FakeCore core;
-    EXPECT_EQ(plugin->SetCore(&core), S_OK);
-    EXPECT_EQ(m_app->waitForEvents(1), Names{"PlayerHello"});
-    plugin.Release();
+    {
+        auto plugin = createPlugin();
+        ASSERT_NE(plugin, nullptr);
+        FakeCore core;
+        EXPECT_EQ(plugin->SetCore(&core), S_OK);
+        EXPECT_EQ(m_app->waitForEvents(1), Names{"PlayerHello"});
+        plugin.Release();
+    }
+    const UniqueHandle leave(OpenEventW(EVENT_MODIFY_STATE, FALSE, L"OrVaneTestAppLeave"));
+    EXPECT_TRUE(leave) << "it is the application's, which waits for it";
+    SetEvent(leave.get());
 }
 
 TEST_F(LinkedGuestTest, AStartingTrackIsReportedWithoutItsFileBeingOpened) {
