@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "common/messages/frame.h"
-#include "common/messages/text_coding.h"
 #include "standins/app/report_lines.h"
 #include "standins/app/words.h"
 

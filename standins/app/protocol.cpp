@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "common/messages/text_coding.h"
-
 namespace orvane::standin::app {
 namespace {
 

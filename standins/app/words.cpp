@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "common/messages/frame.h"
-#include "common/messages/text_coding.h"
 #include "standins/app/clean_library.h"
 
 namespace orvane::standin::app {
@@ -83,18 +82,17 @@ Outcome sendBadMagic(Interpreter& interpreter, const StringArray& words) {
 }
 
 Outcome sendDocument(Interpreter& interpreter, const StringArray& words) {
-    String document = words[0];
-    if (!document.startsWithChar('<')) {
+    juce::MemoryBlock document(words[0].toRawUTF8(), words[0].getNumBytesAsUTF8());
+    if (!words[0].startsWithChar('<')) {
         const auto file =
-            juce::File::getCurrentWorkingDirectory().getChildFile(document.unquoted());
-        if (!file.existsAsFile())
+            juce::File::getCurrentWorkingDirectory().getChildFile(words[0].unquoted());
+        document.reset();
+        if (words[0].isEmpty() || !file.loadFileAsData(document))
             return interpreter.wrong("xml takes a file, or a document that begins with <");
-        document = file.loadFileAsString();
     }
-    std::vector<std::uint8_t> payload;
-    appendUtf8(document, payload);
-    payload.push_back(0);
-    return interpreter.sendBytes(frame::encode(payload), "a document");
+    document.append("", 1);  // the zero byte at its end
+    const auto* const bytes = static_cast<const std::uint8_t*>(document.getData());
+    return interpreter.sendBytes(frame::encode({bytes, document.getSize()}), "a document");
 }
 
 Outcome sendSlowly(Interpreter& interpreter, const StringArray& words) {

