@@ -24,6 +24,7 @@
 #include "plugin/wmp_plugin.h"
 #include "standins/player/player.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane::bench {
 namespace {
@@ -139,9 +140,9 @@ void measureLink() {
     OrvaneEvent event("CleanTracks");
     event.setValue("Player", "wmp");
     event.addList("trackPaths", paths);
-    const auto payload = encodePayload(event.toDocument());
+    const auto payload = event.toPayload();
     measure("the same decoded, parsed, getList", 40, 1, [&] {
-        const auto message = OrvaneMessage::parse(decodePayload(payload));
+        const auto message = OrvaneMessage::parsePayload(payload);
         juce::StringArray read;
         require(
             message != nullptr && message->getList("trackPaths", read) && read.size() == kPathCount,
@@ -216,10 +217,8 @@ int run(bool linkOnly) {
     return 0;
 }
 
-
 }  // namespace
 }  // namespace orvane::bench
-
 
 // With "link": only what the link costs beside the bare calls.
 int main(int argc, char** argv) {

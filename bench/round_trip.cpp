@@ -16,7 +16,6 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "platform/handles.h"
 
 namespace orvane::bench {
@@ -82,7 +81,7 @@ private:
 };
 
 Bytes frameOf(const OrvaneMessage& message) {
-    return frame::encode(encodePayload(message.toDocument()));
+    return frame::encode(message.toPayload());
 }
 
 // Sorted microseconds.

@@ -5,6 +5,8 @@
 # gtest     Debian's googletest sources
 
 set(ORVANE_DEPS ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where ./dev setup unpacks dependencies")
+# Wherever they are, the module's debug information names them alike.
+add_compile_options(-ffile-prefix-map=${ORVANE_DEPS}=./build/deps)
 set(JUCE_MODULES /usr/share/juce/modules CACHE PATH "JUCE's module sources")
 set(GTEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest's sources")
 
@@ -18,7 +20,7 @@ endforeach()
 
 add_library(pugixml STATIC ${ORVANE_DEPS}/pugixml/src/pugixml.cpp)
 target_include_directories(pugixml SYSTEM PUBLIC ${ORVANE_DEPS}/pugixml/src)
-target_compile_definitions(pugixml PUBLIC PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
+target_compile_definitions(pugixml PUBLIC PUGIXML_COMPACT PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
 
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)

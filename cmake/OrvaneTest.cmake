@@ -8,9 +8,9 @@
 # BETWEEN_PROCESSES: the test measures time between processes; ./dev test may try it a second time.
 function(orvane_test)
   cmake_parse_arguments(arg "SERIAL;BETWEEN_PROCESSES" "NAME" "SOURCES;LIBRARIES;ENVIRONMENT;DEPENDS" ${ARGN})
-  add_executable(${arg_NAME} ${arg_SOURCES} ${CMAKE_SOURCE_DIR}/tests/support/test_main.cpp)
+  add_executable(${arg_NAME} ${arg_SOURCES})
   target_include_directories(${arg_NAME} PRIVATE ${CMAKE_SOURCE_DIR})
-  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} gtest gmock orvane_warnings)
+  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} orvane_test_support orvane_warnings)
   target_compile_definitions(${arg_NAME} PRIVATE
     ORVANE_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
   if(arg_DEPENDS)

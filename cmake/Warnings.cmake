@@ -12,6 +12,7 @@ option(ORVANE_SANITIZE "Address and undefined-behaviour sanitizers (native build
 if(ORVANE_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  add_compile_definitions(ORVANE_SANITIZED)
 endif()
 
 # One of our own static libraries: warnings on, headers found from the top folder.

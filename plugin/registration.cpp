@@ -36,38 +36,45 @@ std::wstring modulePath() {
 class RegistryWriter {
 public:
     [[nodiscard]] HRESULT result() const { return HRESULT_FROM_WIN32(m_result); }
+    [[nodiscard]] bool failed() const { return m_result != ERROR_SUCCESS; }
 
-    // Opens the key, made with its parents where missing.
-    UniqueRegKey create(HKEY parent, const wchar_t* path) {
+    // Opens the key, made with its parents where missing; `made` tells whether it was.
+    UniqueRegKey create(HKEY parent, const std::wstring& path, bool* made = nullptr) {
         UniqueRegKey key;
-        if (m_result == ERROR_SUCCESS)
-            note(RegCreateKeyExW(parent, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
-                                 nullptr));
+        DWORD disposition = 0;
+        if (!failed())
+            note(RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                 key.put(), &disposition));
+        if (made != nullptr) *made = disposition == REG_CREATED_NEW_KEY;
         return key;
     }
     // Opens the key if it is there.
     UniqueRegKey openExisting(HKEY parent, const wchar_t* path) {
         UniqueRegKey key;
-        if (m_result != ERROR_SUCCESS) return key;
+        if (failed()) return key;
         const LSTATUS result = RegOpenKeyExW(parent, path, 0, KEY_ALL_ACCESS, key.put());
         if (result != ERROR_FILE_NOT_FOUND) note(result);
         return key;
     }
     void removeTree(const UniqueRegKey& parent, const std::wstring& name) {
-        if (m_result != ERROR_SUCCESS) return;
+        if (failed()) return;
         if (name.empty()) return note(ERROR_INVALID_PARAMETER);  // it would remove the parent's own
         const LSTATUS result = RegDeleteTreeW(parent.get(), name.c_str());
         if (result != ERROR_FILE_NOT_FOUND) note(result);
     }
+    // All that is in the key; the key itself stays.
+    void clear(const UniqueRegKey& key) {
+        if (!failed()) note(RegDeleteTreeW(key.get(), nullptr));
+    }
     // `name` null: the key's default value.
     void setText(const UniqueRegKey& key, const wchar_t* name, const std::wstring& text) {
-        if (m_result == ERROR_SUCCESS)
+        if (!failed())
             note(RegSetValueExW(key.get(), name, 0, REG_SZ,
                                 reinterpret_cast<const BYTE*>(text.c_str()),
                                 static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))));
     }
     void setNumber(const UniqueRegKey& key, const wchar_t* name, DWORD number) {
-        if (m_result == ERROR_SUCCESS)
+        if (!failed())
             note(RegSetValueExW(key.get(), name, 0, REG_DWORD,
                                 reinterpret_cast<const BYTE*>(&number), sizeof(number)));
     }
@@ -86,18 +93,27 @@ HRESULT registerPlugin() {
     const std::wstring classId = classIdText();
     RegistryWriter registry;
 
+    // Both entries are opened before either is changed: who may write only one of the two places
+    // keeps what was registered before.
+    bool classIsNew = false;
     const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, kClassesKey);
-    registry.removeTree(classes, classId);
-    const UniqueRegKey ourClass = registry.create(classes.get(), classId.c_str());
+    UniqueRegKey ourClass = registry.create(classes.get(), classId, &classIsNew);
+    const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
+    const UniqueRegKey entry = registry.create(plugins.get(), classId);
+    if (registry.failed()) {
+        ourClass.reset();
+        if (classIsNew) RegDeleteKeyW(classes.get(), classId.c_str());
+        return registry.result();
+    }
+
+    registry.clear(ourClass);
     registry.setText(ourClass, nullptr, L"OrVaneWmpPlugin Class");
     const UniqueRegKey server = registry.create(ourClass.get(), L"InprocServer32");
     registry.setText(server, nullptr, module);
     registry.setText(server, L"ThreadingModel", L"Apartment");
 
     // The player finds the texts in the resources of the module, by its file name.
-    const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
-    registry.removeTree(plugins, classId);
-    const UniqueRegKey entry = registry.create(plugins.get(), classId.c_str());
+    registry.clear(entry);
     registry.setText(entry, PLUGIN_INSTALLREGKEY_FRIENDLYNAME,
                      L"res://OrVaneWmpPlugin.dll/RT_STRING/#102");
     registry.setText(entry, PLUGIN_INSTALLREGKEY_DESCRIPTION,

@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "platform/juce/session.h"
-#include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processExit) {
     switch (reason) {

@@ -8,9 +8,11 @@
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
 #include "platform/host_call.h"
+#include "platform/module.h"
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
+#include "util/shared_log/shared_log.h"
 
 namespace orvane {
 
@@ -21,7 +23,7 @@ namespace {
 
 constexpr int kPlayerId = 3;
 constexpr int kWrittenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
-constexpr int kReconnectPeriodMs = 2000;
+constexpr UINT kReconnectPeriodMs = 2000;
 
 template <typename T, typename... Arguments>
 std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
@@ -67,7 +69,7 @@ HRESULT COrVaneWmpPlugin::link() {
         return E_FAIL;
     }
     {
-        auto connector = launcher->createConnector(this);
+        auto connector = launcher->createConnector(this, [this] { return keepForCommand(); });
         const juce::ScopedLock lock(m_lock);
         m_connector = std::move(connector);
     }
@@ -98,7 +100,9 @@ HRESULT COrVaneWmpPlugin::link() {
         const juce::ScopedLock lock(m_lock);
         m_windowHook = std::move(hook);
     }
-    startTimer(kReconnectPeriodMs);
+    // Without it the link that is up now is the last one; that is no reason to have none.
+    if (!m_reconnectTimer.start(kReconnectPeriodMs))
+        syslog(LOG_ERR, "COrVaneWmpPlugin: can't start the reconnect timer -- %M");
     return S_OK;
 }
 
@@ -132,6 +136,17 @@ void COrVaneWmpPlugin::releaseOnOwnThread() noexcept {
     }
 }
 
+std::shared_ptr<void> COrVaneWmpPlugin::keepForCommand() noexcept {
+    if (m_dwRef < 1) return nullptr;
+    pinThisModule();
+    try {
+        AddRef();
+        return std::shared_ptr<IWMPEvents>(this, [](IWMPEvents* self) { self->Release(); });
+    } catch (...) {
+        return nullptr;  // the reference has been given back
+    }
+}
+
 void COrVaneWmpPlugin::FinalRelease() {
     if (!m_ended) end();
     HostCall::pinModuleIfAny();
@@ -140,7 +155,7 @@ void COrVaneWmpPlugin::FinalRelease() {
 void COrVaneWmpPlugin::end() noexcept {
     m_released = true;
     try {
-        stopTimer();
+        m_reconnectTimer.stop();
         unload();
         unlink();
     } catch (...) {
@@ -259,8 +274,7 @@ STDMETHODIMP COrVaneWmpPlugin::TranslateAccelerator(MSG*) { return E_NOTIMPL; }
 
 void COrVaneWmpPlugin::timerCallback() {
     // Connecting replaces dead pipes and waits for their threads; the player may release us while
-    // its calls are served. The object goes before the scope does.
-    const JuceSession::CallbackScope scope;
+    // its calls are served.
     try {
         const CComPtr<IUnknown> alive(GetUnknown());
         AppConnector* const link = connector();

@@ -15,6 +15,7 @@
 #include "media/format_runtime.h"
 #include "platform/atl/atlcom.h"
 #include "platform/juce/session.h"
+#include "platform/message_timer.h"
 #include "platform/wmp_plugin_ui.h"
 
 namespace orvane {
@@ -187,6 +188,8 @@ public:
     bool sendSelectedTracks() override;
     bool disconnectFromApp() override;
 
+    // Every 2000 ms: brings the link back when it is down. Driven by m_reconnectTimer: what JUCE's
+    // own timers would start runs for as long as JUCE does.
     void timerCallback() override;
 
 private:
@@ -224,12 +227,16 @@ private:
     HRESULT link();
     HRESULT attach(IWMPCore* core);
     void unload();
-    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits for a
-    // running command while it lets the player serve that command's calls on this thread.
+    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits 4000 ms
+    // for a running command while it lets the player serve that command's calls on this thread;
+    // then the object is that command's, and is destroyed when it has ended.
     void end() noexcept;
     void unlink();
     // Has the object's own thread give back the reference that the caller had.
     void releaseOnOwnThread() noexcept;
+    // For a command that end() leaves behind: a reference to the object. Null when the object is
+    // being destroyed already, and the command has to be waited for.
+    std::shared_ptr<void> keepForCommand() noexcept;
 
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
     CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only
@@ -238,6 +245,9 @@ private:
     std::unique_ptr<WmpWindowHook> m_windowHook;   // written under m_lock
     std::unique_ptr<WindowHook> m_listWindowHook;  // on the track list; nothing fills it yet
     std::unique_ptr<AppConnector> m_connector;     // written under m_lock
+
+    MessageTimer m_reconnectTimer{
+        [](void* self) { static_cast<COrVaneWmpPlugin*>(self)->timerCallback(); }, this};
 
     juce::CriticalSection m_lock;  // never held across a call into the player
     unsigned m_setCoreCalls = 0;   // tells a call that another one came in while it was at work

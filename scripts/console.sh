@@ -32,7 +32,7 @@ transcript=$console/transcript.txt
 : >"$transcript"
 start_player_later() {
     local tries=0
-    until grep -q '^ready' "$transcript"; do
+    until grep -q '  ready: ' "$transcript"; do
         tries=$((tries + 1))
         [ $tries -lt 100 ] || return
         sleep 0.1

@@ -1,11 +1,21 @@
 #include "common/link/app_connector.h"
 
+#include <algorithm>
 #include <exception>
 
+#include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "util/log/log.h"
 
 namespace orvane {
+namespace {
+
+constexpr const char* kNotSent = "AppConnector: %s could not be sent: %s";
+
+// A track in the document is "<trackPaths0>", "</trackPaths0>" and its path at least.
+constexpr std::size_t kLeastEntryBytes = 27;
+
+}  // namespace
 
 AppConnector::~AppConnector() { stopTimer(); }
 
@@ -22,7 +32,7 @@ void AppConnector::post(const char* name, const juce::String& player, const Fill
         fill(event);
         postEvent(event);  // an event that finds the link down is lost
     } catch (const std::exception& e) {
-        syslog(LOG_ERR, "AppConnector: %s could not be sent: %s", name, e.what());
+        syslog(LOG_ERR, kNotSent, name, e.what());
     }
 }
 
@@ -31,14 +41,20 @@ void AppConnector::post(const char* name, const juce::String& player) {
 }
 
 void AppConnector::playerHello(const juce::String& player) {
-    m_timerWanted = true;
-    startTimer(kMovePeriodMs);
+    {
+        const juce::ScopedLock lock(m_movesLock);
+        m_timerWanted = true;
+        startTimerForMoves();
+    }
     post("PlayerHello", player);
 }
 
 void AppConnector::playerGoodbye(const juce::String& player) {
-    m_timerWanted = false;
-    stopTimer();
+    {
+        const juce::ScopedLock lock(m_movesLock);
+        m_timerWanted = false;
+        stopTimer();
+    }
     post("PlayerGoodbye", player);
 }
 
@@ -50,9 +66,15 @@ void AppConnector::playerMoved(const juce::String&, int left, int top, int width
             ++m_movesTaken;
         }
         pendingMoves.push_back({left, top, width, height});
+        if (!isTimerRunning()) startTimerForMoves();
     } catch (const std::exception& e) {
         syslog(LOG_ERR, "AppConnector: a window position was lost: %s", e.what());
     }
+}
+
+// With the lock held.
+void AppConnector::startTimerForMoves() {
+    if (m_timerWanted && !pendingMoves.empty()) startTimer(kMovePeriodMs);
 }
 
 void AppConnector::timerCallback() {
@@ -60,20 +82,18 @@ void AppConnector::timerCallback() {
     std::uint64_t takenUpTo = 0;
     {
         const juce::ScopedLock lock(m_movesLock);
-        if (pendingMoves.empty()) return;
+        stopTimer();
+        if (!m_timerWanted || pendingMoves.empty()) return;
         newest = pendingMoves.back();
         takenUpTo = m_movesTaken + pendingMoves.size();
     }
-    stopTimer();
     post("PlayerMoved", "playerName",
          [&](OrvaneEvent& event) { event.setValue("PlayerRect", text(newest)); });
-    {
-        const juce::ScopedLock lock(m_movesLock);
-        for (; m_movesTaken < takenUpTo && !pendingMoves.empty(); ++m_movesTaken)
-            pendingMoves.pop_front();
-    }
+    const juce::ScopedLock lock(m_movesLock);
+    for (; m_movesTaken < takenUpTo && !pendingMoves.empty(); ++m_movesTaken)
+        pendingMoves.pop_front();
     // Goodbye may have come in the meantime, from another thread.
-    if (m_timerWanted) startTimer(kMovePeriodMs);
+    startTimerForMoves();
 }
 
 void AppConnector::playerMaximized(const juce::String& player, int left, int top, int width,
@@ -118,8 +138,44 @@ void AppConnector::playStopped(const juce::String& player) { post("PlayStopped",
 void AppConnector::playPaused(const juce::String& player) { post("PlayStopped", player); }
 
 void AppConnector::cleanTracks(const juce::String& player, const juce::StringArray& trackPaths) {
-    post("CleanTracks", player,
-         [&](OrvaneEvent& event) { event.addList("trackPaths", trackPaths); });
+    try {
+        postTracks(player, trackPaths, 0, trackPaths.size());
+    } catch (const std::exception& e) {
+        syslog(LOG_ERR, kNotSent, "CleanTracks", e.what());
+    }
+}
+
+// A list that does not fit one frame goes as several events, each a whole one, so that nothing of
+// it is lost. How often it is cut follows from its measured size; paths of very different lengths
+// may need another cut, each of at most half as many. False when the link is down.
+bool AppConnector::postTracks(const juce::String& player, const juce::StringArray& trackPaths,
+                              int first, int count) {
+    // Nothing much longer than a frame is ever built: the player's address space is small.
+    std::size_t size = static_cast<std::size_t>(count) * kLeastEntryBytes;
+    for (int i = first; i < first + count; ++i)
+        size += static_cast<std::size_t>(trackPaths.getReference(i).length());
+    if (size < frame::kPayloadLimit) {
+        OrvaneEvent event("CleanTracks");
+        event.setValue("Player", player);
+        event.addList("trackPaths", count == trackPaths.size()
+                                        ? trackPaths
+                                        : juce::StringArray(trackPaths.begin() + first, count));
+        const Pipe::Sending sending = tryPostEvent(event);
+        if (sending.oversize == 0) return sending.sent;
+        size = sending.oversize;
+    }
+    if (count == 1) {
+        syslog(LOG_ERR, kNotSent, "CleanTracks", "a path is too long for a frame");
+        return true;
+    }
+    const auto parts = std::min<std::int64_t>(count, size / frame::kPayloadLimit + 1);
+    int begin = 0;
+    for (int part = 1; part <= parts; ++part) {
+        const int end = static_cast<int>(std::int64_t{count} * part / parts);
+        if (!postTracks(player, trackPaths, first + begin, end - begin)) return false;
+        begin = end;
+    }
+    return true;
 }
 
 void AppConnector::mouseLButtonDown(const juce::String& player) {

@@ -3,10 +3,10 @@
 #include <juce_core/juce_core.h>
 #include <juce_events/juce_events.h>
 
-#include <atomic>
 #include <cstdint>
 #include <deque>
 
+#include "common/link/pipe.h"
 #include "common/messages/application_events.h"
 #include "common/messages/plugin_methods.h"
 
@@ -47,13 +47,18 @@ public:
     virtual bool connect() = 0;
     virtual void disconnect() = 0;
     virtual bool isConnected() = 0;
-    // False when the link is down, and the event is lost.
+    // False when the event is lost: the link is down, or, with a line in the log, it is too long
+    // for a frame.
     virtual bool postEvent(const OrvaneEvent& event) = 0;
+    // The same for a sender that can do with less: the log is left alone, and `oversize` says how
+    // many bytes were too many for a frame.
+    virtual Pipe::Sending tryPostEvent(const OrvaneEvent& event) = 0;
 
     static constexpr int kMovePeriodMs = 75;
 
 protected:
-    // Sends the newest of the positions reported since the last tick.
+    // Sends the newest of the positions reported since the last tick. The timer runs only while a
+    // position waits, so that an idle player gets no messages from here.
     void timerCallback() override;
 
     IOrvanePluginMethods* const pluginMethods;
@@ -66,15 +71,18 @@ private:
     template <typename Fill>
     void post(const char* name, const juce::String& player, const Fill& fill);
     void post(const char* name, const juce::String& player);
+    bool postTracks(const juce::String& player, const juce::StringArray& trackPaths, int first,
+                    int count);
+    void startTimerForMoves();
 
     // Only the newest one is ever sent, so a window that is dragged about while nothing is sent
     // keeps no more than these.
     static constexpr std::size_t kMaxPendingMoves = 64;
 
-    juce::CriticalSection m_movesLock;
+    juce::CriticalSection m_movesLock;  // guards what follows and the timer's start and stop
     std::deque<Rect> pendingMoves;
     std::uint64_t m_movesTaken = 0;  // how many have left the front of the list, ever
-    std::atomic<bool> m_timerWanted{false};
+    bool m_timerWanted = false;      // between hello and goodbye
 };
 
 }  // namespace orvane

@@ -1,13 +1,12 @@
 #include "common/link/command_listener.h"
 
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "util/log/log.h"
 
 namespace orvane {
 
 void CommandListener::messageReceived(std::span<const std::uint8_t> payload) {
-    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const auto message = OrvaneMessage::parsePayload(payload);
     const auto* command = dynamic_cast<const OrvaneCommand*>(message.get());
     if (command == nullptr) {
         syslog(LOG_ERR, "CommandListener: command parsing error occured");

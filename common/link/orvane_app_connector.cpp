@@ -93,8 +93,16 @@ void OrvaneAppConnector::disconnect() {
 bool OrvaneAppConnector::isConnected() { return isUp(m_ep) && isUp(m_cl); }
 
 bool OrvaneAppConnector::postEvent(const OrvaneEvent& event) {
+    const Pipe::Sending sending = tryPostEvent(event);
+    if (sending.oversize != 0)
+        syslog(LOG_ERR, "%s: an event of %u bytes is too long for a frame",
+               "OrvaneAppConnector::postEvent", static_cast<unsigned>(sending.oversize));
+    return sending.sent;
+}
+
+Pipe::Sending OrvaneAppConnector::tryPostEvent(const OrvaneEvent& event) {
     const auto ep = hold(m_ep);
-    return ep != nullptr && ep->send(event);
+    return ep != nullptr ? ep->trySend(event) : Pipe::Sending{false, 0};
 }
 
 }  // namespace orvane

@@ -23,6 +23,7 @@ public:
     void disconnect() override;
     bool isConnected() override;
     bool postEvent(const OrvaneEvent& event) override;
+    Pipe::Sending tryPostEvent(const OrvaneEvent& event) override;
 
 private:
     template <typename PipeType>

@@ -9,7 +9,6 @@
 
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
 #include "platform/module_thread.h"
 #include "platform/waiting.h"
 #include "util/log/log.h"
@@ -63,11 +62,10 @@ void Pipe::connectionLost() {
 Pipe::Sending Pipe::trySend(const OrvaneMessage& message) {
     const auto stream = currentStream();
     if (stream == nullptr || !stream->isUsable()) return {false, 0};
-    const juce::String document = message.toDocument();
-    if (document.isEmpty()) return {false, 0};
-    const auto payload = encodePayload(document);
-    if (!frame::isPayloadLength(payload.size())) return {false, payload.size()};
-    return {stream->write(frame::encode(payload), kWriteTimeoutMs), 0};
+    auto bytes = frame::begin();
+    message.appendPayload(bytes);
+    if (!frame::finish(bytes)) return {false, bytes.size() - frame::kHeaderSize};
+    return {stream->write(bytes, kWriteTimeoutMs), 0};
 }
 
 bool Pipe::isConnected() const {

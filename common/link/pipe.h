@@ -82,6 +82,9 @@ protected:
     // Runs on the reader thread before the first read; false ends the connection.
     virtual bool prepareReading(PipeStream& stream);
 
+    // Null while closed. Any thread; who keeps it keeps the pipe open.
+    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
+
     // Asked on the closing thread before the reader is left behind: what its callbacks use besides
     // this object. The reader lets go of it as its last act in its apartment. Null: it cannot be
     // left behind.
@@ -102,7 +105,6 @@ private:
     [[nodiscard]] bool onReader() const;
     [[nodiscard]] bool readerEnds(DWORD timeoutMs) const;
     [[nodiscard]] bool leaveReaderBehind();
-    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
 
     juce::CriticalSection m_lock;  // guards the next three
     std::shared_ptr<PipeStream> m_stream;

@@ -11,22 +11,26 @@ namespace orvane::frame {
 
 // Each message on a pipe is one frame: magic and payload length, both 32 bits little-endian, then
 // the payload. Frames follow one another with nothing between them.
-inline constexpr std::uint32_t magic = 0xF2B49E2C;
-inline constexpr std::size_t headerSize = 8;
-inline constexpr std::size_t payloadLimit = 10'485'760;  // a payload is shorter than this
+inline constexpr std::uint32_t kMagic = 0xF2B49E2C;
+inline constexpr std::size_t kHeaderSize = 8;
+inline constexpr std::size_t kPayloadLimit = 10'485'760;  // a payload is shorter than this
 
-using Header = std::array<std::uint8_t, headerSize>;
+using Header = std::array<std::uint8_t, kHeaderSize>;
 
 [[nodiscard]] constexpr bool isPayloadLength(std::size_t length) {
-    return length > 0 && length < payloadLimit;
+    return length > 0 && length < kPayloadLimit;
 }
 
 [[nodiscard]] Header encodeHeader(std::uint32_t payloadLength);
 // The payload's length; none when the magic is another or the length out of range.
 [[nodiscard]] std::optional<std::uint32_t> decodeHeader(const Header& header);
 
-// Header and payload in one block, for a single write; empty when the payload's length is out of
-// range.
+// A block that begins with room for a header, to append a payload to, and that header once the
+// payload is there: false when its length is out of range. One block is one write.
+[[nodiscard]] std::vector<std::uint8_t> begin();
+[[nodiscard]] bool finish(std::vector<std::uint8_t>& block);
+
+// Both at once; empty when the payload's length is out of range.
 [[nodiscard]] std::vector<std::uint8_t> encode(std::span<const std::uint8_t> payload);
 
 // Takes a stream apart into payloads, however it is cut into reads. Fill room(), say with
@@ -35,9 +39,9 @@ using Header = std::array<std::uint8_t, headerSize>;
 // header claims. Eight bytes that are no header are dropped; the next eight are looked at as one.
 class Reader {
 public:
-    static constexpr std::size_t maxStep = 65'536;
+    static constexpr std::size_t kMaxStep = 65'536;
 
-    // Where the next bytes go: at least one, at most maxStep.
+    // Where the next bytes go: at least one, at most kMaxStep.
     [[nodiscard]] std::span<std::uint8_t> room();
     // The first `count` bytes of room() are filled. True: payload() is whole.
     bool advance(std::size_t count);
@@ -50,7 +54,7 @@ public:
     [[nodiscard]] std::span<const std::uint8_t> payload() const { return m_payload; }
 
 private:
-    static constexpr std::size_t keptMemory = 4 * maxStep;
+    static constexpr std::size_t kKeptMemory = 4 * kMaxStep;
 
     Header m_header{};
     std::size_t m_headerFilled = 0;

@@ -1,8 +1,46 @@
 #include "common/messages/orvane_message.h"
 
+#include <charconv>
+#include <string_view>
 #include <utility>
 
+#include "common/messages/text_coding.h"
+
 namespace orvane {
+namespace {
+
+// The keys of a list, prefix0, prefix1, …, one after the other in one piece of memory.
+class ListKey {
+public:
+    explicit ListKey(const juce::String& prefix) {
+        for (const StringUnit* unit = unitsOf(prefix); *unit != 0; ++unit)
+            m_units += static_cast<char16_t>(*unit);
+        m_prefix = m_units.size();
+        write();
+    }
+    void next() {
+        ++m_number;
+        write();
+    }
+    [[nodiscard]] std::u16string_view text() const { return m_units; }
+    [[nodiscard]] const StringUnit* units() const {
+        return reinterpret_cast<const StringUnit*>(m_units.c_str());
+    }
+
+private:
+    void write() {
+        char digits[16];
+        const char* const end = std::to_chars(digits, digits + sizeof(digits), m_number).ptr;
+        m_units.resize(m_prefix);
+        m_units.append(static_cast<const char*>(digits), end);
+    }
+
+    std::u16string m_units;
+    std::size_t m_prefix = 0;
+    int m_number = 0;
+};
+
+}  // namespace
 
 OrvaneMessage::OrvaneMessage(const juce::String& rootName, const juce::String& messageName)
     : tagName(rootName), name(messageName) {}
@@ -10,27 +48,28 @@ OrvaneMessage::OrvaneMessage(const juce::String& rootName, const juce::String& m
 OrvaneMessage::~OrvaneMessage() = default;
 
 void OrvaneMessage::setValue(const juce::String& key, const juce::String& value) {
-    const std::size_t position = m_index.insert(key, parameters.size());
-    if (position < parameters.size())
-        parameters[position].value = value;
-    else
-        parameters.push_back({key, value});
+    parameters.set(key, value);
 }
 
 juce::String OrvaneMessage::getValue(const juce::String& key) const {
-    const auto position = m_index.find(key);
-    return position ? parameters[*position].value : juce::String();
+    const juce::String* const value = parameters.find(key);
+    return value != nullptr ? *value : juce::String();
 }
 
 void OrvaneMessage::addList(const juce::String& prefix, const juce::StringArray& list) {
-    for (int i = 0; i < list.size(); ++i) setValue(prefix + juce::String(i), list[i]);
+    ListKey key(prefix);
+    for (const juce::String& value : list) {
+        setValue(stringOfUnits(key.text()), value);
+        key.next();
+    }
 }
 
 bool OrvaneMessage::getList(const juce::String& prefix, juce::StringArray& list) const {
-    for (int i = 0;; ++i) {
-        const juce::String value = getValue(prefix + juce::String(i));
-        if (value.isEmpty()) break;
-        list.add(value);
+    ParameterList::Cursor cursor;
+    for (ListKey key(prefix);; key.next()) {
+        const juce::String* const value = parameters.find(key.units(), cursor);
+        if (value == nullptr || value->isEmpty()) break;
+        list.add(*value);
     }
     return !list.isEmpty();
 }
@@ -47,25 +86,22 @@ bool OrvaneMessage::getMap(const juce::String& prefix, juce::StringPairArray& ma
     // directly; both belong to the object that the caller gave us to change.
     auto& keys = const_cast<juce::StringArray&>(map.getAllKeys());
     auto& values = const_cast<juce::StringArray&>(map.getAllValues());
-    KeyIndex index;
-    for (int i = 0; i < keys.size(); ++i) index.insert(keys[i], static_cast<std::size_t>(i));
-    // The two lists stay of one length also when memory ends: nothing below makes them grow.
-    const int most = map.size() + static_cast<int>(parameters.size());
-    keys.ensureStorageAllocated(most);
-    values.ensureStorageAllocated(most);
-
+    std::vector<Parameter> set;
+    for (int i = 0; i < keys.size(); ++i) set.push_back({keys[i], values[i]});
     const juce::String marker = prefix + ".";
-    for (const auto& [key, value] : parameters) {
-        const juce::String entryKey = key.fromFirstOccurrenceOf(marker, false, false);
-        if (entryKey.isEmpty()) continue;
-        const std::size_t end = static_cast<std::size_t>(keys.size());
-        const std::size_t position = index.insert(entryKey, end);
-        if (position < end) {
-            values.set(static_cast<int>(position), value);
-        } else {
-            keys.add(entryKey);
-            values.add(value);
-        }
+    for (const auto& [key, value] : getParameters()) {
+        juce::String entryKey = key.fromFirstOccurrenceOf(marker, false, false);
+        if (entryKey.isNotEmpty()) set.push_back({std::move(entryKey), value});
+    }
+    const ParameterList entries(std::move(set));
+    // The two lists stay of one length also when memory ends: nothing below makes them grow.
+    keys.ensureStorageAllocated(static_cast<int>(entries.all().size()));
+    values.ensureStorageAllocated(static_cast<int>(entries.all().size()));
+    keys.clearQuick();
+    values.clearQuick();
+    for (const auto& [key, value] : entries.all()) {
+        keys.add(key);
+        values.add(value);
     }
     return map.size() > 0;
 }

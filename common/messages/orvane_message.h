@@ -2,10 +2,13 @@
 
 #include <juce_core/juce_core.h>
 
+#include <cstdint>
 #include <memory>
+#include <span>
+#include <string>
 #include <vector>
 
-#include "common/messages/key_index.h"
+#include "common/messages/parameter_list.h"
 
 namespace orvane {
 
@@ -13,8 +16,8 @@ class IOrvanePluginMethods;
 class OrvaneResponse;
 
 // One message of the link: a name and an ordered list of parameters whose keys ignore case.
-// A value type without a lock. Every operation costs time linear in what it reads or writes, also
-// for a message with a whole library's paths in it.
+// A value type without a lock. Lists and what came over the pipe cost time linear
+// in their size or n log n, also with a whole library's paths in them.
 class OrvaneMessage {
 public:
     OrvaneMessage(const juce::String& tagName, const juce::String& name);
@@ -44,24 +47,28 @@ public:
     void addMap(const juce::String& prefix, const juce::StringPairArray& map);
     bool getMap(const juce::String& prefix, juce::StringPairArray& map) const;
 
-    // The document's text, to the byte what the application expects.
+    // The document in UTF-8 and a zero byte, to the byte what the application expects; written
+    // once, straight behind what `out` holds.
+    void appendPayload(std::vector<std::uint8_t>& out) const;
+    [[nodiscard]] std::vector<std::uint8_t> toPayload() const;
+    // The same as a text.
     [[nodiscard]] juce::String toDocument() const;
 
-    // An OrvaneEvent, OrvaneCommand or OrvaneResponse, or null: the text is not XML (logged), or
-    // its root is none of ours. Whatever the text, time and memory are linear in its length.
+    // An OrvaneEvent, OrvaneCommand or OrvaneResponse, or null: the payload is not XML (logged), or
+    // its root is none of ours. Reads up to the first zero byte; malformed UTF-8 becomes U+FFFD.
+    // Whatever the payload, memory is linear in its length, and time but for n log n of its keys.
+    static std::unique_ptr<OrvaneMessage> parsePayload(std::span<const std::uint8_t> payload);
+    // The same from a text, in which halves of surrogate pairs may stand alone.
     static std::unique_ptr<OrvaneMessage> parse(const juce::String& text);
 
-    struct Parameter {
-        juce::String key;
-        juce::String value;
-    };
-    [[nodiscard]] const std::vector<Parameter>& getParameters() const { return parameters; }
+    [[nodiscard]] const std::vector<Parameter>& getParameters() const { return parameters.all(); }
 
 private:
+    static std::unique_ptr<OrvaneMessage> parseInPlace(std::string& looseUtf8);
+
     juce::String tagName;
     juce::String name;
-    std::vector<Parameter> parameters;
-    KeyIndex m_index;
+    ParameterList parameters;
 };
 
 // Plug-in to application, on the event pipe.

@@ -2,6 +2,7 @@
 
 #include <juce_core/juce_core.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -10,16 +11,30 @@
 
 namespace orvane {
 
-// A payload of the link is a text in UTF-8 and one zero byte.
+// One unit of a juce::String as it is stored, and a string's units up to its zero.
+using StringUnit = juce::String::CharPointerType::CharType;
 
-// A unit that is half of no pair becomes U+FFFD.
-[[nodiscard]] std::vector<std::uint8_t> encodePayload(const juce::String& text);
+[[nodiscard]] inline const StringUnit* unitsOf(const juce::String& text) {
+    return text.getCharPointer().getAddress();
+}
 
-// Reads up to the first zero byte or the end. Each malformed sequence becomes U+FFFD.
-[[nodiscard]] juce::String decodePayload(std::span<const std::uint8_t> payload);
+[[nodiscard]] inline std::size_t lengthOf(const StringUnit* units) {
+    std::size_t count = 0;
+    while (units[count] != 0) ++count;
+    return count;
+}
 
-// UTF-8 in which halves of a pair may stand alone as three bytes: any 16-bit text survives the way
-// there and back, and two halves that meet are a pair again.
+// A payload of the link is a text in UTF-8 and one zero byte. Inside of this program a text may
+// also be loose UTF-8: halves of a surrogate pair stand alone as three bytes, so any 16-bit text
+// survives the way there and back, and two halves that meet are a pair again.
+
+// The payload's text up to its first zero byte or its end, valid UTF-8: each malformed sequence
+// becomes U+FFFD.
+[[nodiscard]] std::string validUtf8(std::span<const std::uint8_t> payload);
+
+// Appends to bytes: a unit that is half of no pair becomes U+FFFD.
+void appendUtf8(const juce::String& text, std::vector<std::uint8_t>& out);
+
 void appendLooseUtf8(const juce::String& text, std::string& out);
 [[nodiscard]] juce::String fromLooseUtf8(std::string_view bytes);
 

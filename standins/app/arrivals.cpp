@@ -4,14 +4,22 @@
 
 namespace orvane::standin::app {
 
-void Arrivals::add(Arrival arrival) {
+void Arrivals::add(MessagePtr message) {
     {
         const std::lock_guard lock(m_mutex);
-        m_kept.push_back(std::move(arrival));
+        m_kept.push_back(std::move(message));
         if (m_kept.size() > kKeptAtMost) {
             m_kept.pop_front();
             ++m_forgotten;
         }
+    }
+    changed();
+}
+
+void Arrivals::changed() {
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_changes;
     }
     m_came.notify_all();
 }
@@ -21,39 +29,29 @@ std::size_t Arrivals::count() const {
     return m_forgotten + m_kept.size();
 }
 
-std::optional<Arrival> Arrivals::waitFor(std::size_t& place, std::chrono::milliseconds limit,
-                                         const Test& test) {
+MessagePtr Arrivals::next(std::size_t& place,
+                          const std::function<bool(const OrvaneMessage&)>& test) const {
+    const std::lock_guard lock(m_mutex);
+    for (std::size_t at = std::max(place, m_forgotten); at < m_forgotten + m_kept.size(); ++at) {
+        const MessagePtr& message = m_kept[at - m_forgotten];
+        if (!test(*message)) continue;
+        place = at + 1;
+        return message;
+    }
+    return nullptr;
+}
+
+bool Arrivals::waitUntil(std::chrono::milliseconds limit, const std::function<bool()>& isSo) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     std::unique_lock lock(m_mutex);
-    std::size_t next = place;
-    for (;;) {
-        next = std::max(next, m_forgotten);
-        for (; next < m_forgotten + m_kept.size(); ++next) {
-            const Arrival& arrival = m_kept[next - m_forgotten];
-            if (!test(arrival)) continue;
-            place = next + 1;
-            return arrival;
-        }
-        if (m_stopped) return {};
-        if (m_came.wait_until(lock, deadline) == std::cv_status::timeout &&
-            next == m_forgotten + m_kept.size())
-            return {};
+    for (bool inTime = true;;) {
+        const std::size_t seen = m_changes;
+        lock.unlock();
+        const bool so = isSo();
+        if (so || !inTime) return so;
+        lock.lock();
+        inTime = m_came.wait_until(lock, deadline, [&] { return m_changes != seen; });
     }
-}
-
-void Arrivals::forEach(std::size_t place, const std::function<void(const Arrival&)>& each) const {
-    const std::lock_guard lock(m_mutex);
-    for (std::size_t next = std::max(place, m_forgotten); next < m_forgotten + m_kept.size();
-         ++next)
-        each(m_kept[next - m_forgotten]);
-}
-
-void Arrivals::stop() {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_stopped = true;
-    }
-    m_came.notify_all();
 }
 
 }  // namespace orvane::standin::app

@@ -1,142 +1,152 @@
 #include "standins/app/clean_library.h"
 
 #include <algorithm>
-#include <array>
-#include <fstream>
-#include <iterator>
-
-#include "standins/app/text.h"
+#include <optional>
 
 namespace orvane::standin::app {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr struct {
+    const char* name;
+    const char* command;
+    const char* playlist;
+} kVerdicts[] = {{"cleaned", "addToCleanedFolder", "OrVane:Cleaned"},
+                 {"dirty", "addToDirtyFolder", "OrVane:Dirty"},
+                 {"not found", "addToNotFoundFolder", "OrVane:NotFound"}};
 
-bool isTrue(const std::optional<Message>& response) {
-    return response && sameIgnoringCase(valueOf(response->parameters, "return_value"), "true");
+const auto& about(Verdict verdict) { return kVerdicts[static_cast<std::size_t>(verdict)]; }
+
+bool isTrue(const MessagePtr& response) {
+    return response && response->getValue("return_value").equalsIgnoreCase("true");
 }
 
-Parameters tagsIn(const Message& response) {
-    constexpr std::string_view prefix = "metadataOut.";
-    Parameters tags;
-    for (const auto& [key, value] : response.parameters)
-        if (startsWithIgnoringCase(key, prefix))
-            tags.emplace_back(key.substr(prefix.size()), value);
-    return tags;
-}
-
-// The name without folder and ending; the player's paths are Windows ones on any system.
-std::string trackName(const std::string& trackPath) {
-    std::string name = trackPath.substr(trackPath.find_last_of("\\/") + 1);
-    return name.substr(0, name.find_last_of('.'));
+// The player's paths are Windows ones on any system.
+String nameOf(const String& trackPath) {
+    return trackPath.fromLastOccurrenceOf("\\", false, false);
 }
 
 // What kind of picture a file holds, from its first bytes: its name says nothing reliable.
-std::string imageType(std::string_view bytes) {
+String imageType(const juce::MemoryBlock& content) {
+    const std::string_view bytes(static_cast<const char*>(content.getData()), content.getSize());
     if (bytes.starts_with("\xFF\xD8\xFF")) return "jpeg";
     if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return "png";
     return "unknown";
 }
 
+String cell(const String& value) {
+    const String text = onOneLine(value, 400);
+    return text.isEmpty() ? "-" : text;
+}
+
+String reportTable(const CleanResult& result) {
+    static const StringArray fields = StringArray::fromTokens(
+        "TrackTitle TrackArtist AlbumArtist AlbumTitle Year DiskNumber DisksInSet Genre "
+        "TrackNumber",
+        false);
+    StringArray lines;
+    String line = "index\tpath\tverdict\tplaylist";
+    for (const char* when : {"before.", "after."}) {
+        for (const String& field : fields) line << "\t" << when << field;
+        line << "\t" << when << "artType\t" << when << "artBytes";
+    }
+    lines.add(line + "\tartFrom\tproblems");
+    for (const TrackReport& track : result.tracks) {
+        line = String(track.index) + "\t" + cell(track.path) + "\t" + about(track.verdict).name +
+               "\t" + cell(track.playlist);
+        const auto tags = [&](const StringPairArray& from, const Art& art) {
+            for (const String& field : fields) line << "\t" << cell(from[field]);
+            line << "\t" << cell(art.type) << "\t" << String(art.bytes);
+        };
+        tags(track.before, track.artBefore);
+        tags(track.after, track.artAfter);
+        lines.add(line + "\t" + cell(track.artFrom) + "\t" +
+                  cell(track.problems.joinIntoString("; ")));
+    }
+    return lines.joinIntoString("\n") + "\n";
+}
+
 class Job {
 public:
     Job(const CleanOptions& options, const Ask& ask, const Tell& tell)
-        : m_options(options), m_ask(ask), m_tell(tell) {
-        // The player opens these files too, and has another current folder.
-        for (fs::path* path : {&m_options.cover, &m_options.report})
-            if (!path->empty()) {
-                std::error_code failed;
-                const fs::path whole = fs::absolute(*path, failed).lexically_normal();
-                if (!failed) *path = whole;
-            }
-    }
+        : m_options(options), m_ask(ask), m_tell(tell) {}
 
-    CleanResult run();
+    // What went wrong with the job as a whole, or "".
+    String run(std::vector<TrackReport>& tracks);
 
 private:
-    bool prepare();
+    String prepare();
     void clean(TrackReport& track);
     void write(TrackReport& track, const Decision& decision);
     void verify(TrackReport& track, const Decision& decision);
     void file(TrackReport& track);
-    void checkArt(TrackReport& track, const fs::path& wanted);
-    std::optional<std::string> extractArt(TrackReport& track, const Parameters& address,
-                                          const char* command, const char* when, Art& art);
-    fs::path imageFor(const std::string& trackPath) const;
-    void tellAbout(const TrackReport& track, unsigned count) const;
+    MessagePtr askAbout(const TrackReport& track, const String& what, const StringPairArray& more);
+    std::optional<juce::MemoryBlock> extractArt(TrackReport& track, const char* when, Art& art);
+    [[nodiscard]] juce::File imageFor(const String& trackPath) const;
+    void tellAbout(const TrackReport& track, int count) const;
 
-    CleanOptions m_options;
+    const CleanOptions& m_options;
     const Ask& m_ask;
     const Tell& m_tell;
-    CleanResult m_result;
-    fs::path m_artFolder;
+    juce::File m_artFolder;
 };
 
-bool Job::prepare() {
-    std::error_code failed;
-    if (!m_options.cover.empty() && !fs::exists(m_options.cover, failed)) {
-        m_result.error = "there is no image or folder " + textOf(m_options.cover);
-        return false;
+String Job::prepare() {
+    if (m_options.cover != juce::File() && !m_options.cover.exists())
+        return "there is no image or folder " + m_options.cover.getFullPathName();
+    if (m_options.report != juce::File()) {
+        m_artFolder = m_options.report.getFullPathName() + ".art";
+        if (m_artFolder.createDirectory().failed())
+            return "cannot make the folder " + m_artFolder.getFullPathName() + " beside the report";
     }
-    if (!m_options.report.empty()) {
-        m_artFolder = m_options.report;
-        m_artFolder += ".art";
-        fs::create_directories(m_artFolder, failed);
-        if (failed) {
-            m_result.error = "cannot make the folder " + textOf(m_artFolder) + " beside the report";
-            return false;
-        }
-    }
-    if (!isTrue(m_ask("createSpecialPlaylistFolders", {}))) {
-        m_result.error = "the plug-in did not prepare the special playlists";
-        return false;
-    }
-    return true;
+    if (!isTrue(m_ask(OrvaneCommand("createSpecialPlaylistFolders"))))
+        return "the plug-in did not prepare the special playlists";
+    return {};
 }
 
-CleanResult Job::run() {
-    if (!prepare()) return std::move(m_result);
-    const auto counted = m_ask("getTrackCount", {});
-    const auto count = counted ? parseNumber(valueOf(counted->parameters, "trackCount"))
-                               : std::optional<unsigned>();
-    if (!count || *count == 0) {
-        m_result.error = "the player's library has no track (getTrackCount)";
-        return std::move(m_result);
-    }
-    m_tell("cleaning " + std::to_string(*count) + " tracks");
-    for (unsigned index = 0; index < *count; ++index) {
+String Job::run(std::vector<TrackReport>& tracks) {
+    if (String problem = prepare(); problem.isNotEmpty()) return problem;
+    const MessagePtr counted = m_ask(OrvaneCommand("getTrackCount"));
+    const int count = counted ? counted->getValue("trackCount").getIntValue() : 0;
+    if (count < 1) return "the player's library has no track (getTrackCount)";
+    m_tell("cleaning " + String(count) + " tracks");
+    for (int index = 0; index < count; ++index) {
         TrackReport track;
         track.index = index;
-        const auto response = m_ask("getMediaInfoFromIndex",
-                                    {{"trackIndex", std::to_string(index)}, {"albumArtPath", ""}});
-        if (!response) {
-            m_result.error = "no answer about track " + std::to_string(index) +
-                             "; the tracks after it are untouched";
-            break;
-        }
-        track.before = tagsIn(*response);
-        track.path = valueOf(track.before, "Filename");
-        if (!isTrue(response) || track.path.empty())
-            track.problems.emplace_back("the plug-in could not read it");
+        OrvaneCommand command("getMediaInfoFromIndex");
+        command.setValue("trackIndex", String(index));
+        command.setValue("albumArtPath", {});
+        const MessagePtr response = m_ask(command);
+        if (!response)
+            return "no answer about track " + String(index) + "; those after it are untouched";
+        response->getMap("metadataOut", track.before);
+        track.path = track.before["Filename"];
+        if (!isTrue(response) || track.path.isEmpty())
+            track.problems.add("the plug-in could not read it");
         else
             clean(track);
-        tellAbout(track, *count);
-        m_result.tracks.push_back(std::move(track));
+        tellAbout(track, count);
+        tracks.push_back(std::move(track));
     }
-    if (!m_options.report.empty()) {
-        std::ofstream report(m_options.report, std::ios::binary | std::ios::trunc);
-        report << reportTable(m_result);
-        report.flush();
-        if (!report && m_result.error.empty())
-            m_result.error = "cannot write the report " + textOf(m_options.report);
+    return {};
+}
+
+// By path: the library may have been sorted anew since the track was read. Two entries with one
+// path can only be told apart by their place.
+MessagePtr Job::askAbout(const TrackReport& track, const String& what,
+                         const StringPairArray& more) {
+    for (const bool byPath : {true, false}) {
+        OrvaneCommand command(what + (byPath ? "Path" : "Index"));
+        command.setValue(byPath ? "trackPath" : "trackIndex",
+                         byPath ? track.path : String(track.index));
+        for (const String& key : more.getAllKeys()) command.setValue(key, more[key]);
+        if (MessagePtr response = m_ask(command); isTrue(response)) return response;
     }
-    return std::move(m_result);
+    return nullptr;
 }
 
 void Job::clean(TrackReport& track) {
-    if (valueOf(track.before, "AlbumArt") != "0" && !m_artFolder.empty())
-        extractArt(track, {{"trackIndex", std::to_string(track.index)}}, "getMediaInfoFromIndex",
-                   "before", track.artBefore);
+    if (track.before["AlbumArt"] != "0" && m_artFolder != juce::File())
+        extractArt(track, "before", track.artBefore);
     const Decision decision = decide(track.before);
     track.verdict = decision.verdict;
     if (decision.verdict == Verdict::notFound) {
@@ -144,169 +154,99 @@ void Job::clean(TrackReport& track) {
         track.artAfter = track.artBefore;
     } else {
         write(track, decision);
+        verify(track, decision);
     }
     file(track);
 }
 
 void Job::write(TrackReport& track, const Decision& decision) {
-    const fs::path image = imageFor(track.path);
-    track.artFrom = image.empty() ? std::string() : textOf(image);
-    Parameters tail = {{"albumArtPath", track.artFrom}, {"emptyOk", "no"}};
-    for (const auto& [field, value] : decision.fields)
-        tail.emplace_back("metadata." + field, value);
-
-    // By path: the library may have been sorted anew since the track was read. Two entries with
-    // one path can only be told apart by their place.
-    Parameters byPath = {{"trackPath", track.path}};
-    byPath.insert(byPath.end(), tail.begin(), tail.end());
-    if (!isTrue(m_ask("setMediaInfoToPath", byPath))) {
-        Parameters byIndex = {{"trackIndex", std::to_string(track.index)}};
-        byIndex.insert(byIndex.end(), tail.begin(), tail.end());
-        if (!isTrue(m_ask("setMediaInfoToIndex", byIndex)))
-            track.problems.emplace_back("the plug-in did not write it");
-    }
-    verify(track, decision);
-    checkArt(track, image);
+    const juce::File image = imageFor(track.path);
+    track.artFrom = image.getFullPathName();
+    StringPairArray values;
+    values.set("albumArtPath", track.artFrom);
+    values.set("emptyOk", "no");
+    for (const String& field : decision.fields.getAllKeys())
+        values.set("metadata." + field, decision.fields[field]);
+    if (!askAbout(track, "setMediaInfoTo", values))
+        track.problems.add("the plug-in did not write it");
 }
 
 void Job::verify(TrackReport& track, const Decision& decision) {
-    auto response =
-        m_ask("getMediaInfoFromPath", {{"trackPath", track.path}, {"albumArtPath", ""}});
-    if (!isTrue(response))
-        response = m_ask("getMediaInfoFromIndex",
-                         {{"trackIndex", std::to_string(track.index)}, {"albumArtPath", ""}});
-    if (!isTrue(response)) {
-        track.problems.emplace_back("the plug-in could not read it back");
+    StringPairArray noArt;
+    noArt.set("albumArtPath", {});
+    const MessagePtr response = askAbout(track, "getMediaInfoFrom", noArt);
+    if (!response) {
+        track.problems.add("the plug-in could not read it back");
         return;
     }
-    track.after = tagsIn(*response);
-    for (const auto& [field, wanted] : decision.fields) {
-        const std::string& is = valueOf(track.after, field);
-        if (is != wanted)
-            track.problems.push_back(field + " reads back as " + asWord(is, 60) + ", not " +
-                                     asWord(wanted, 60));
-    }
+    response->getMap("metadataOut", track.after);
+    for (const String& field : decision.fields.getAllKeys())
+        if (const String is = track.after[field]; is != decision.fields[field])
+            track.problems.add(field + " reads back as " + asWord(is, 60) + ", not " +
+                               asWord(decision.fields[field], 60));
+
+    track.artAfter = track.artBefore;
+    if (track.artFrom.isEmpty() || m_artFolder == juce::File()) return;
+    juce::MemoryBlock written;
+    const auto back = extractArt(track, "after", track.artAfter);
+    if (!juce::File(track.artFrom).loadFileAsData(written) || !back || *back != written)
+        track.problems.add("the cover art is not the bytes of " + track.artFrom);
 }
 
-void Job::checkArt(TrackReport& track, const fs::path& wanted) {
-    if (wanted.empty()) {
-        track.artAfter = track.artBefore;
-        return;
-    }
-    if (m_artFolder.empty()) return;
-    const auto written = contentOf(wanted);
-    const auto back = extractArt(track, {{"trackPath", track.path}}, "getMediaInfoFromPath",
-                                 "after", track.artAfter);
-    if (!back || !written || *back != *written)
-        track.problems.push_back("the cover art is not the bytes of " + textOf(wanted.filename()));
-}
-
-std::optional<std::string> Job::extractArt(TrackReport& track, const Parameters& address,
-                                           const char* command, const char* when, Art& art) {
-    const fs::path target = m_artFolder / (std::to_string(track.index) + "-" + when);
-    std::error_code ignored;
-    fs::remove(target, ignored);  // an old run's picture must not pass for this one's
-    Parameters parameters = address;
-    parameters.emplace_back("albumArtPath", textOf(target));
-    if (!isTrue(m_ask(command, parameters))) {
-        track.problems.push_back(std::string("its cover art could not be fetched ") + when +
-                                 " the writing");
+std::optional<juce::MemoryBlock> Job::extractArt(TrackReport& track, const char* when, Art& art) {
+    const juce::File target = m_artFolder.getChildFile(String(track.index) + "-" + when);
+    target.deleteFile();  // an old run's picture must not pass for this one's
+    StringPairArray values;
+    values.set("albumArtPath", target.getFullPathName());
+    juce::MemoryBlock content;
+    if (!askAbout(track, "getMediaInfoFrom", values) || !target.loadFileAsData(content)) {
+        track.problems.add(String("its cover art could not be fetched ") + when + " the writing");
         return {};
     }
-    auto content = contentOf(target);
-    if (content) art = {imageType(*content), content->size()};
+    art = {imageType(content), content.getSize()};
     return content;
 }
 
-fs::path Job::imageFor(const std::string& trackPath) const {
-    std::error_code failed;
-    if (!fs::is_directory(m_options.cover, failed)) return m_options.cover;
-    for (const std::string& name : {trackName(trackPath), std::string("cover")})
-        for (const char* ending : {".jpg", ".jpeg", ".png"}) {
-            const fs::path candidate = m_options.cover / pathFrom(name + ending);
-            if (fs::is_regular_file(candidate, failed)) return candidate;
-        }
+juce::File Job::imageFor(const String& trackPath) const {
+    if (!m_options.cover.isDirectory()) return m_options.cover;
+    for (const String& name :
+         {nameOf(trackPath).upToLastOccurrenceOf(".", false, false), String("cover")})
+        for (const char* ending : {".jpg", ".jpeg", ".png"})
+            if (auto file = m_options.cover.getChildFile(name + ending); file.existsAsFile())
+                return file;
     return {};
 }
 
 void Job::file(TrackReport& track) {
-    struct Folder {
-        const char* command;
-        const char* playlist;
-    };
-    const Folder folder =
-        track.verdict == Verdict::cleaned ? Folder{"addToCleanedFolder", "OrVane:Cleaned"}
-        : track.verdict == Verdict::dirty ? Folder{"addToDirtyFolder", "OrVane:Dirty"}
-                                          : Folder{"addToNotFoundFolder", "OrVane:NotFound"};
-    track.playlist = folder.playlist + m_options.playlistName;
-    if (!isTrue(m_ask(folder.command,
-                      {{"playlistName", m_options.playlistName}, {"trackPaths0", track.path}})))
-        track.problems.push_back("it could not be added to " + track.playlist);
+    track.playlist = about(track.verdict).playlist + m_options.playlistName;
+    OrvaneCommand command(about(track.verdict).command);
+    command.setValue("playlistName", m_options.playlistName);
+    command.addList("trackPaths", {track.path});
+    if (!isTrue(m_ask(command))) track.problems.add("it could not be added to " + track.playlist);
 }
 
-void Job::tellAbout(const TrackReport& track, unsigned count) const {
-    std::string line = fitted(std::to_string(track.index + 1) + "/" + std::to_string(count), 9);
-    line += track.problems.empty() ? fitted(describe(track.verdict), 10) : "PROBLEM   ";
-    line += track.path.empty() ? std::string("(no path)")
-                               : onOneLine(track.path.substr(track.path.find_last_of("\\/") + 1));
-    for (const std::string& problem : track.problems) line += "; " + problem;
-    m_tell(line);
-}
-
-std::string cell(const std::string& value) {
-    const std::string text = onOneLine(value, 400);
-    return text.empty() ? "-" : text;
+void Job::tellAbout(const TrackReport& track, int count) const {
+    const bool good = track.problems.isEmpty();
+    m_tell(fitted(String(track.index + 1) + "/" + String(count), 9) +
+           fitted(good ? about(track.verdict).name : "PROBLEM", 10) +
+           onOneLine(nameOf(track.path)) + (good ? "" : "; ") +
+           track.problems.joinIntoString("; "));
 }
 
 }  // namespace
 
-std::size_t CleanResult::troubled() const {
-    return static_cast<std::size_t>(
-        std::count_if(tracks.begin(), tracks.end(),
-                      [](const TrackReport& track) { return !track.problems.empty(); }));
+int CleanResult::troubled() const {
+    return static_cast<int>(std::ranges::count_if(
+        tracks, [](const TrackReport& track) { return !track.problems.isEmpty(); }));
 }
 
 CleanResult cleanLibrary(const CleanOptions& options, const Ask& ask, const Tell& tell) {
-    return Job(options, ask, tell).run();
-}
-
-std::string reportTable(const CleanResult& result) {
-    static constexpr std::array<const char*, 9> fields = {
-        "TrackTitle", "TrackArtist", "AlbumArtist", "AlbumTitle", "Year",
-        "DiskNumber", "DisksInSet",  "Genre",       "TrackNumber"};
-    std::string text = "index\tpath\tverdict\tplaylist";
-    for (const char* when : {"before", "after"}) {
-        for (const char* field : fields) text += std::string("\t") + when + "." + field;
-        text += std::string("\t") + when + ".artType\t" + when + ".artBytes";
-    }
-    text += "\tartFrom\tproblems\n";
-    for (const TrackReport& track : result.tracks) {
-        text += std::to_string(track.index) + "\t" + cell(track.path) + "\t" +
-                describe(track.verdict) + "\t" + cell(track.playlist);
-        const auto tags = [&](const Parameters& from, const Art& art) {
-            for (const char* field : fields) text += "\t" + cell(valueOf(from, field));
-            text += "\t" + cell(art.type) + "\t" + std::to_string(art.bytes);
-        };
-        tags(track.before, track.artBefore);
-        tags(track.after, track.artAfter);
-        text += "\t" + cell(track.artFrom) + "\t" + cell(join(track.problems, "; ")) + "\n";
-    }
-    return text;
-}
-
-std::optional<std::string> contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return {};
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
-fs::path pathFrom(const std::string& utf8) {
-    return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string textOf(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
+    CleanResult result;
+    result.error = Job(options, ask, tell).run(result.tracks);
+    if (options.report != juce::File() && !result.tracks.empty() &&
+        !options.report.replaceWithText(reportTable(result), false, false, "\n"))
+        result.error = "cannot write the report " + options.report.getFullPathName();
+    return result;
 }
 
 }  // namespace orvane::standin::app

@@ -1,149 +1,106 @@
 #pragma once
 
-// Runs the lines that a script or a person gives: the protocol's commands, the application's own,
-// and the checks. Knows nothing of consoles, pipes or files of its own.
+// Runs the lines that a script or a person gives: commands for the plug-in, the application's own
+// words, and the checks. Knows nothing of consoles and pipes of its own.
 
+#include <atomic>
 #include <chrono>
-#include <functional>
+#include <cstdint>
 #include <map>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <span>
 #include <vector>
 
 #include "standins/app/arrivals.h"
-#include "standins/app/command_text.h"
+#include "standins/app/protocol.h"
 
 namespace orvane::standin::app {
 
-// The two pipes, as far as the lines need them.
-class Link {
+// What the lines need of the program around them.
+class Host {
 public:
-    virtual ~Link() = default;
+    virtual ~Host() = default;
     virtual bool isConnected(PipeId pipe) = 0;
-    // Writes bytes as they are; "" or what went wrong.
-    virtual std::string send(PipeId pipe, std::string_view bytes) = 0;
+    // Onto the command pipe, a message or bytes as they are; false when they were not all taken.
+    virtual bool send(const OrvaneMessage& message) = 0;
+    virtual bool sendBytes(std::span<const std::uint8_t> bytes) = 0;
     virtual void drop(PipeId pipe) = 0;
     virtual void hold(PipeId pipe, bool held) = 0;
+    // One or more lines; from any thread.
+    virtual void print(const String& text, bool withTime = true) = 0;
 };
 
-// What a line has to say, by kind, so that --quiet can leave some of it out.
-class Output {
-public:
-    enum class Kind {
-        traffic,  // commands, events, responses: with the time
-        alert,    // something is wrong on the wire: with the time
-        answer,   // what a person asked for
-        check,    // expectations and their outcome
-        error,    // a line that could not be run
-    };
-    virtual ~Output() = default;
-    virtual void print(Kind kind, const std::string& text) = 0;
+enum class Outcome {
+    done,
+    failed,  // an expectation that was not met, a command without an answer
+    wrong,   // the line could not be understood; it did nothing
+    quit,
 };
-
-// What to do when there is nobody to send to.
-inline constexpr const char* kConnectHint =
-    "nobody is connected to the command pipe; start the player with the plug-in "
-    "('wait connected within 10000' waits for it)";
 
 class Interpreter {
 public:
-    enum class Outcome {
-        done,
-        failed,  // an expectation that was not met, a command without an answer
-        wrong,   // the line could not be understood; it did nothing
-        quit,
-    };
+    Interpreter(Host& host, Arrivals& arrivals) : m_host(host), m_arrivals(arrivals) {}
 
-    Interpreter(Link& link, Arrivals& arrivals, Output& output);
+    Outcome run(const String& line);
 
-    Outcome run(std::string_view line);
+    // The lines of a script in turn, until the first failure; none when one of them begins with no
+    // word that there is. True when every check was met and nothing wrong has come over the pipes.
+    bool runScript(const String& text, const String& name);
 
-    // All lines of a script in turn; stops at the first failure unless the script says otherwise.
-    // Names and quotes of all lines are checked before the first one runs. True when every
-    // expectation was met.
-    bool runScript(std::string_view text, const std::string& name);
+    // From any thread: something has come that is not as it should be.
+    void problemCame() { ++m_problems; }
+    [[nodiscard]] bool isGood() const { return m_missed == 0 && m_problems == 0; }
 
-    [[nodiscard]] unsigned checksMissed() const { return m_missed; }
+    // For the words.
+
+    Host& host() { return m_host; }
+    std::map<String, String>& variables() { return m_variables; }
+    [[nodiscard]] const MessagePtr& lastResponse() const { return m_lastResponse; }
+
+    Outcome wrong(const String& why);
+    Outcome failed(const String& why);
+    Outcome met(const String& what);
+
+    // Sends a command and waits for its response, which is lastResponse() then; null when there is
+    // none, and noAnswer() tells why. `byteMs` is the pause after each byte, -1 for all at once.
+    MessagePtr ask(const OrvaneCommand& command, int byteMs = -1);
+    Outcome askOnce(const OrvaneCommand& command, int byteMs = -1);
+    // The same command so many times in one write, and all its responses.
+    Outcome askAtOnce(const OrvaneCommand& command, int times);
+    [[nodiscard]] const String& noAnswer() const { return m_noAnswer; }
+    Outcome sendBytes(std::span<const std::uint8_t> bytes, const String& what);
+
+    Outcome expect(const StringArray& words);
+    void beginStep(const String& title);
 
 private:
-    using Words = std::vector<std::string>;
-    using Handler = Outcome (Interpreter::*)(const Words& words, std::string_view rest);
-
-    static const std::map<std::string, Handler, std::less<>>& handlers();
-
-    Outcome sendCommand(const CommandForm& command, const Words& words);
-    Outcome help(const Words& words, std::string_view rest);
-    Outcome list(const Words& words, std::string_view rest);
-    Outcome status(const Words& words, std::string_view rest);
-    Outcome states(const Words& words, std::string_view rest);
-    Outcome clean(const Words& words, std::string_view rest);
-    Outcome sendUnchecked(const Words& words, std::string_view rest);
-    Outcome raw(const Words& words, std::string_view rest);
-    Outcome xml(const Words& words, std::string_view rest);
-    Outcome badMagic(const Words& words, std::string_view rest);
-    Outcome badLength(const Words& words, std::string_view rest);
-    Outcome cut(const Words& words, std::string_view rest);
-    Outcome slow(const Words& words, std::string_view rest);
-    Outcome burst(const Words& words, std::string_view rest);
-    Outcome drop(const Words& words, std::string_view rest);
-    Outcome hold(const Words& words, std::string_view rest);
-    Outcome resume(const Words& words, std::string_view rest);
-    Outcome expect(const Words& words, std::string_view rest);
-    Outcome wait(const Words& words, std::string_view rest);
-    Outcome sleep(const Words& words, std::string_view rest);
-    Outcome setVariable(const Words& words, std::string_view rest);
-    Outcome keep(const Words& words, std::string_view rest);
-    Outcome patience(const Words& words, std::string_view rest);
-    Outcome step(const Words& words, std::string_view rest);
-    Outcome say(const Words& words, std::string_view rest);
-    Outcome onFailure(const Words& words, std::string_view rest);
-    Outcome quit(const Words& words, std::string_view rest);
-
-    Outcome wrong(const std::string& why);
-    Outcome met(const std::string& what);
-    Outcome failed(const std::string& why);
-    void note(const std::string& text);
-
-    // None: m_whyNoAnswer tells why.
-    std::optional<Message> ask(const std::string& name, const Parameters& parameters);
-    Outcome sendBytes(std::string_view bytes, const std::string& what);
-    // The frame of the command that the words spell; a "getTrackCount" when there are none.
-    Parsed<std::string> payloadOf(const Words& words, std::size_t from);
-    Parsed<std::vector<PipeId>> pipesNamed(const Words& words);
-
-    // One expectation, run: done when it was met, failed with what was missing, or wrong.
+    // What is missing or wrong with an expectation; an outcome of done when it was met.
     struct Finding {
         Outcome outcome = Outcome::done;
-        std::string text;
+        String text;
     };
-    Finding check(Words words);
-    Finding checkArrival(const Words& words, bool wanted, Message::Kind kind,
-                         std::chrono::milliseconds within);
-    Finding checkProblem(const std::string& text, std::chrono::milliseconds within);
-    Finding checkReturn(const Words& words) const;
-    Finding checkValues(const Words& words) const;
+    Finding check(StringArray words);
+    Finding checkEvent(const StringArray& words, bool wanted, std::chrono::milliseconds within);
+    [[nodiscard]] Finding checkValues(const StringArray& words) const;
     Finding checkLink(bool connected, std::chrono::milliseconds within);
-    static Finding misunderstood(const std::string& why);
-    static Finding missing(const std::string& what);
+
+    bool awaitResponses(const OrvaneCommand& command, std::size_t place, int times);
     void endStep();
 
-    Link& m_link;
+    Host& m_host;
     Arrivals& m_arrivals;
-    Output& m_output;
-    std::map<std::string, std::string, std::less<>> m_variables;
-    std::optional<Message> m_lastResponse;
-    std::string m_whyNoAnswer;
+    std::map<String, String> m_variables;
+    MessagePtr m_lastResponse;
+    String m_noAnswer;
     std::size_t m_eventPlace = 0;  // expectations look at events from here on
-    std::size_t m_responsePlace = 0;
-    std::size_t m_problemPlace = 0;
-    std::chrono::milliseconds m_patience{30'000};
-    bool m_stopAtFailure = true;
-    std::string m_step;
+    String m_step;
     bool m_stepGood = true;
-    std::string m_where;  // "script.txt:12: " while a script runs
+    String m_where;  // "script.txt:12: " while a script runs
     unsigned m_met = 0;
     unsigned m_missed = 0;
+    std::atomic<unsigned> m_problems{0};
 };
+
+// KEY=VALUE words as they are; none when one is not of that form.
+std::optional<StringPairArray> pairsOf(const StringArray& words);
 
 }  // namespace orvane::standin::app

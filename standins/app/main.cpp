@@ -1,40 +1,74 @@
 #include <windows.h>
 
 #include "standins/app/application.h"
-#include "standins/support/wide_text.h"
 #include "util/log/log.h"
-
-namespace app = orvane::standin::app;
+#include "util/shared_log/shared_log.h"
 
 namespace {
 
-std::string environmentValue(const char* name) {
-    const std::wstring wide = orvane::standin::toWide(name);
-    const DWORD size = GetEnvironmentVariableW(wide.c_str(), nullptr, 0);
-    if (size == 0) return {};
-    std::wstring value(size, L'\0');
-    value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), size));
-    return orvane::standin::toUtf8(value);
+using namespace orvane::standin::app;
+
+constexpr const char* kHelp =
+    R"(OrVaneApp stands in for the desktop application at the other end of the plug-in's pipes.
+It shows every event and response, with what is wrong about them, and sends commands that are
+typed at its prompt or read from a script. 'help' at the prompt lists all of them.
+
+  OrVaneApp [OPTION]...
+
+  --script=FILE        run the lines of a file instead of a prompt
+  --transcript=FILE    write all that is printed into a file, too
+  --launched-by=NAME   given by the plug-in when it starts this program
+  --help               this text
+
+ORVANE_APP_SCRIPT and ORVANE_APP_TRANSCRIPT in the environment stand for --script and --transcript
+when the plug-in starts the program.
+
+It holds the mutex OrVaneApp_Process and makes the pipes IpcOrvaneEventPipe and
+IpcOrvaneCommandPipe. Start the player before or after it: the plug-in connects within two seconds.
+A script to begin with:
+
+  expect event PlayerHello within 20000
+  getMediaInfoFromIndex 0
+  expect return true
+  keep track metadataOut.Filename
+  setMediaInfoToPath "${track}" TrackTitle="My Song" Year=1999
+  expect return true
+
+It ends with 0 when all was good or another one is running, 1 when a check was not met or something
+came that is not as it should be, 2 when the command line is wrong, 3 without pipes.)";
+
+juce::File fileAt(const String& path) {
+    return path.isEmpty() ? juce::File()
+                          : juce::File::getCurrentWorkingDirectory().getChildFile(path);
 }
 
 }  // namespace
 
 extern "C" int wmain(int argc, wchar_t** argv) {
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) arguments.push_back(orvane::standin::toUtf8(argv[i]));
-    app::Options options = app::readOptions(arguments, environmentValue);
-    if (!options.error.empty() || options.showHelp) {
-        app::Terminal terminal;
-        if (!options.error.empty()) {
-            terminal.print("error: " + options.error);
-            return 2;
+    Options options;
+    options.script = fileAt(juce::SystemStats::getEnvironmentVariable("ORVANE_APP_SCRIPT", {}));
+    options.transcript =
+        fileAt(juce::SystemStats::getEnvironmentVariable("ORVANE_APP_TRANSCRIPT", {}));
+    for (const String& argument : StringArray(argv + 1, argc - 1)) {
+        const String name = argument.upToFirstOccurrenceOf("=", false, false);
+        const String value = argument.fromFirstOccurrenceOf("=", false, false);
+        if (name == "--script" && value.isNotEmpty()) {
+            options.script = fileAt(value);
+        } else if (name == "--transcript" && value.isNotEmpty()) {
+            options.transcript = fileAt(value);
+        } else if (name == "--launched-by" && value.isNotEmpty()) {
+            options.launchedBy = value;
+        } else {
+            const bool asked = argument == "--help" || argument == "-h" || argument == "/?";
+            Terminal().print(asked ? String(kHelp)
+                                   : "error: there is no option '" + onOneLine(argument, 80) +
+                                         "', or it needs a value; OrVaneApp --help tells");
+            return asked ? 0 : 2;
         }
-        terminal.print(app::programHelp());
-        return 0;
     }
     orvane::openlog("OrVaneApp", orvane::LOG_PID, 0);
     orvane::setlogmask(63);
-    const int result = app::Application(std::move(options)).run();
+    const int result = Application(std::move(options)).run();
     orvane::closelog();
     return result;
 }

@@ -1,137 +1,145 @@
 #include "standins/app/protocol.h"
 
-#include <pugixml.hpp>
-
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <span>
-
-#include "common/messages/orvane_message.h"
-#include "common/messages/text_coding.h"
-#include "standins/app/text.h"
+#include <string_view>
 
 namespace orvane::standin::app {
 namespace {
 
-juce::String wide(const std::string& utf8) {
-    return juce::String::fromUTF8(utf8.data(), static_cast<int>(utf8.size()));
-}
+// Reads a payload as a reader would that knows nothing of XML but the form that the plug-in
+// promises, byte for byte: neither the system's own writer nor its parser has a part in it.
+class FormReader {
+public:
+    explicit FormReader(std::string_view payload) : m_payload(payload) {}
 
-std::string narrow(const juce::String& text) { return text.toStdString(); }
+    bool isWhole() {
+        if (!take("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<")) return false;
+        const std::string_view root = takeName();
+        if (!take(" event=\"") || !takeEscaped(true) || !take("\"")) return false;
+        if (take("/>\r\n")) return isAtEnd();
+        if (!take(">\r\n")) return false;
+        while (take("  <")) {
+            const std::string_view key = takeName();
+            if (!take(">") || !takeEscaped(false) || !take("</") || !take(key) || !take(">\r\n"))
+                return false;
+        }
+        return take("</") && take(root) && take(">\r\n") && isAtEnd();
+    }
 
-// The bytes around an offset, for a person who has to find the place.
-std::string excerpt(std::string_view text, std::size_t offset) {
-    constexpr std::size_t before = 12, all = 32;
-    const std::size_t from = offset > before ? offset - before : 0;
-    return " near '" + onOneLine(text.substr(std::min(from, text.size()), all)) + "'";
-}
+    [[nodiscard]] String problem() const {
+        String around;
+        for (const char c : m_payload.substr(m_at - std::min<std::size_t>(m_at, 12), 32))
+            around << String::charToString(static_cast<unsigned char>(c));
+        return "the document leaves its form at byte " + String(static_cast<juce::int64>(m_at)) +
+               ", near '" + onOneLine(around) + "'";
+    }
 
-struct EventForm {
-    const char* name;
-    std::vector<const char*> parameters;  // after Player
+private:
+    bool take(std::string_view text) {
+        if (!m_payload.substr(m_at).starts_with(text)) return false;
+        m_at += text.size();
+        return true;
+    }
+    std::string_view takeName() {
+        const std::size_t end = std::min(m_payload.find_first_of(" >/", m_at), m_payload.size());
+        const std::string_view name = m_payload.substr(m_at, end - m_at);
+        m_at = end;
+        return name;
+    }
+    // Stops at what ends a text or an attribute; false where something is not escaped as it should.
+    bool takeEscaped(bool attribute) {
+        static constexpr std::string_view plain =
+            "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 "
+            ".,;:-()_+=?!'#@[]/\\*%~{}"
+            "\r\n";
+        for (;;) {
+            const std::size_t next = m_payload.find_first_not_of(
+                attribute ? plain.substr(0, plain.size() - 2) : plain, m_at);
+            m_at = std::min(next, m_payload.size());
+            if (take(attribute ? "\"" : "<")) {
+                --m_at;
+                return true;
+            }
+            if (take("&amp;") || take("&quot;") || take("&gt;") || take("&lt;")) continue;
+            if (!take("&#")) return false;
+            const std::size_t end = m_payload.find_first_not_of("0123456789", m_at);
+            if (end == m_at) return false;
+            m_at = std::min(end, m_payload.size());
+            if (!take(";")) return false;
+        }
+    }
+    bool isAtEnd() { return take({"\0", 1}) && m_at == m_payload.size(); }
+
+    std::string_view m_payload;
+    std::size_t m_at = 0;
 };
 
-const std::vector<EventForm>& eventForms() {
-    static const std::vector<EventForm> forms = {
-        {"PlayerHello", {}},
-        {"PlayerGoodbye", {}},
-        {"PlayerMoved", {"PlayerRect"}},
-        {"PlayerMaximized", {"PlayerRect"}},
-        {"PlayerMinimized", {}},
-        {"PlayerHidden", {}},
-        {"PlayerShown", {}},
-        {"PlayerInSpecialMode", {"inSpecialMode"}},
-        {"PlayerActivated", {}},
-        {"PlayStarted",
-         {"TrackTitle", "TrackArtist", "AlbumTitle", "Genre_2", "Filename", "Year", "TrackNumber"}},
-        {"PlayStopped", {}},
-        {"CleanTracks", {}},
-        {"MouseLButtonDown", {}},
-    };
-    return forms;
-}
+// Each event and its parameters in their order, Player before them.
+constexpr struct {
+    const char* name;
+    const char* parameters;
+} kEvents[] = {
+    {"PlayerHello", ""},
+    {"PlayerGoodbye", ""},
+    {"PlayerMoved", " PlayerRect"},
+    {"PlayerMaximized", " PlayerRect"},
+    {"PlayerMinimized", ""},
+    {"PlayerHidden", ""},
+    {"PlayerShown", ""},
+    {"PlayerInSpecialMode", " inSpecialMode"},
+    {"PlayerActivated", ""},
+    {"PlayStarted", " TrackTitle TrackArtist AlbumTitle Genre_2 Filename Year TrackNumber"},
+    {"PlayStopped", ""},
+    {"CleanTracks", ""},
+    {"MouseLButtonDown", ""},
+};
 
-void judgeEvent(const Message& event, std::vector<std::string>& problems) {
-    const auto form = std::find_if(eventForms().begin(), eventForms().end(),
-                                   [&](const EventForm& f) { return event.name == f.name; });
-    if (form == eventForms().end()) {
-        problems.push_back("there is no event '" + onOneLine(event.name, 60) + "'");
-        return;
+String eventProblem(const OrvaneMessage& event) {
+    for (const auto& known : kEvents) {
+        if (event.getName() != known.name) continue;
+        StringArray wanted = StringArray::fromTokens(String("Player") + known.parameters, false);
+        StringArray keys;
+        for (const auto& parameter : event.getParameters()) keys.add(parameter.key);
+        if (event.getName() == "CleanTracks")
+            for (int i = 0; i < keys.size() - 1; ++i) wanted.add("trackPaths" + String(i));
+        if (keys == wanted) return {};
+        return event.getName() + " has the parameters " + onOneLine(keys.joinIntoString(", ")) +
+               "; it should have " + onOneLine(wanted.joinIntoString(", "));
     }
-    const auto need = [&](const char* key) {
-        if (!find(event.parameters, key))
-            problems.push_back(event.name + " came without its parameter " + key);
-    };
-    need("Player");
-    for (const char* key : form->parameters) need(key);
-}
-
-// Why a text gave no message.
-std::string diagnosis(std::string_view text) {
-    if (trimmed(text).empty()) return "the document is empty";
-    pugi::xml_document document;
-    const pugi::xml_parse_result result =
-        document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-    if (!result) {
-        const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0));
-        return std::string("not XML: ") + result.description() + " at byte " +
-               std::to_string(offset) + excerpt(text, offset);
-    }
-    const pugi::xml_node root = document.document_element();
-    if (!root) return "the document has no root element";
-    return "the root element is '" + onOneLine(root.name(), 60) +
-           "'; it must be OrVaneIPC, command or response";
+    return "there is no event '" + onOneLine(event.getName(), 60) + "'";
 }
 
 }  // namespace
 
-std::string commandPayload(const std::string& name, const Parameters& parameters) {
-    OrvaneCommand command(wide(name));
-    for (const auto& [key, value] : parameters) command.setValue(wide(key), wide(value));
-    const auto bytes = encodePayload(command.toDocument());
-    return std::string(bytes.begin(), bytes.end());
+const char* describe(PipeId pipe) { return pipe == PipeId::event ? "event pipe" : "command pipe"; }
+
+const char* systemName(PipeId pipe) {
+    return pipe == PipeId::event ? "IpcOrvaneEventPipe" : "IpcOrvaneCommandPipe";
 }
 
-Reading readPayload(PipeId pipe, std::string_view payload) {
+Reading readPayload(PipeId pipe, std::span<const std::uint8_t> payload) {
     Reading reading;
-    std::vector<std::string>& problems = reading.problems;
-    const auto zero = payload.find('\0');
-    const std::string_view text = payload.substr(0, zero);
-    if (zero == std::string_view::npos)
-        problems.emplace_back("the payload does not end in a zero byte");
-    else if (zero + 1 < payload.size())
-        problems.push_back("a zero byte at byte " + std::to_string(zero) + " ends the document; " +
-                           std::to_string(payload.size() - zero - 1) + " bytes after it are lost");
-    if (const auto bad = firstInvalidUtf8(text); bad != std::string_view::npos)
-        problems.push_back("not UTF-8 at byte " + std::to_string(bad) + ": " +
-                           hexBytes(text.substr(bad, 4)));
-
-    std::vector<std::uint8_t> bytes(text.begin(), text.end());
-    const std::unique_ptr<OrvaneMessage> parsed = OrvaneMessage::parse(decodePayload(bytes));
-    if (!parsed) {
-        problems.push_back(diagnosis(text));
+    FormReader form({reinterpret_cast<const char*>(payload.data()), payload.size()});
+    if (!form.isWhole()) reading.problems.add(form.problem());
+    reading.message = OrvaneMessage::parsePayload(payload);
+    if (reading.message == nullptr) {
+        reading.problems.add("the document is no message");
         return reading;
     }
-    Message message;
-    message.kind = dynamic_cast<const OrvaneEvent*>(parsed.get())     ? Message::Kind::event
-                   : dynamic_cast<const OrvaneCommand*>(parsed.get()) ? Message::Kind::command
-                                                                      : Message::Kind::response;
-    message.name = narrow(parsed->getName());
-    for (const auto& parameter : parsed->getParameters())
-        message.parameters.emplace_back(narrow(parameter.key), narrow(parameter.value));
-
-    const Message::Kind wanted =
-        pipe == PipeId::event ? Message::Kind::event : Message::Kind::response;
-    if (message.name.empty()) problems.emplace_back("the root element has no 'event' attribute");
-    if (message.kind != wanted)
-        problems.push_back(std::string("this pipe carries ") +
-                           (pipe == PipeId::event ? "events" : "responses") + ", not a " +
-                           narrow(parsed->getTagName()));
-    else if (message.kind == Message::Kind::event)
-        judgeEvent(message, problems);
-    reading.message = std::move(message);
+    const char* const wanted = pipe == PipeId::event ? "OrVaneIPC" : "response";
+    if (reading.message->getTagName() != wanted)
+        reading.problems.add(String("this pipe carries '") + wanted + "' documents, not '" +
+                             reading.message->getTagName() + "'");
+    else if (pipe == PipeId::event)
+        if (const String problem = eventProblem(*reading.message); problem.isNotEmpty())
+            reading.problems.add(problem);
     return reading;
+}
+
+std::optional<String> valueIn(const OrvaneMessage& message, const String& key) {
+    for (const auto& parameter : message.getParameters())
+        if (parameter.key.equalsIgnoreCase(key)) return parameter.value;
+    return {};
 }
 
 }  // namespace orvane::standin::app

@@ -1,23 +1,31 @@
 #pragma once
 
-// From messages to the bytes of a frame's payload and back, with a person's reason for every
-// payload that is not what it should be.
+// What the application knows of the protocol: the pipes, the events, and the exact form in which
+// the plug-in writes a document.
 
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <cstdint>
+#include <span>
 
-#include "standins/app/message.h"
+#include "standins/app/arrivals.h"
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 
-std::string commandPayload(const std::string& name, const Parameters& parameters);
+enum class PipeId { event, command };
+
+// The name that a person reads ("event pipe"), and the one that the pipe bears on the system.
+const char* describe(PipeId pipe);
+const char* systemName(PipeId pipe);
 
 struct Reading {
-    std::optional<Message> message;
-    std::vector<std::string> problems;  // may come with a message: read, but not as it should be
+    MessagePtr message;    // null: it is none
+    StringArray problems;  // may come with a message: read, but not as it should be
 };
-Reading readPayload(PipeId pipe, std::string_view payload);
+Reading readPayload(PipeId pipe, std::span<const std::uint8_t> payload);
+
+// A parameter's value; none when the message does not have it.
+std::optional<String> valueIn(const OrvaneMessage& message, const String& key);
+
+inline bool isEvent(const OrvaneMessage& message) { return message.getTagName() == "OrVaneIPC"; }
 
 }  // namespace orvane::standin::app

@@ -1,21 +1,15 @@
 #pragma once
 
-// How the application shows what goes over the pipes: a line for an event, a command, a problem;
-// a response with its map as aligned lines below it.
+// How the application shows what goes over the pipes: a line for an event or a command; a response
+// with its map as aligned lines below it.
 
-#include <string>
-
-#include "standins/app/arrivals.h"
+#include "standins/app/protocol.h"
 
 namespace orvane::standin::app {
 
-// What an arrival looks like; the caller puts the time before the first line.
-std::string shown(const Arrival& arrival);
-
-// A command as it is sent.
-std::string shownCommand(const std::string& name, const Parameters& parameters);
-
-// "22:14:03.512", local time.
-std::string timeNow();
+// The caller puts the time before the first line.
+String shown(const OrvaneMessage& message);
+// "problem   event pipe          what is wrong", and such.
+String shownLine(const char* kind, const String& name, const String& rest);
 
 }  // namespace orvane::standin::app

@@ -1,8 +1,8 @@
 #include "standins/app/terminal.h"
 
-#include "standins/app/command_catalogue.h"
-#include "standins/app/text.h"
-#include "standins/support/wide_text.h"
+#include <utility>
+
+#include "standins/app/words.h"
 
 namespace orvane::standin::app {
 namespace {
@@ -29,27 +29,27 @@ bool Terminal::hasInput() const {
            (m_in && m_in != INVALID_HANDLE_VALUE && GetFileType(m_in) != FILE_TYPE_UNKNOWN);
 }
 
-void Terminal::print(const std::string& text) {
+void Terminal::print(const String& text) {
     const std::lock_guard lock(m_mutex);
     hidePrompt();
-    write(text + '\n');
+    write(text + "\n");
     showPrompt();
 }
 
-void Terminal::write(std::string_view utf8) {
+void Terminal::write(const String& text) {
     DWORD written = 0;
     if (m_outIsConsole) {
-        std::wstring wide = toWide(utf8);
-        for (std::size_t at = wide.find(L'\n'); at != std::wstring::npos;
-             at = wide.find(L'\n', at + 2))
-            wide.insert(at, 1, L'\r');
-        WriteConsoleW(m_out, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
+        const String lines = text.replace("\n", "\r\n");
+        WriteConsoleW(m_out, lines.toWideCharPointer(),
+                      static_cast<DWORD>(wcslen(lines.toWideCharPointer())), &written, nullptr);
         return;
     }
-    while (!utf8.empty() &&
-           WriteFile(m_out, utf8.data(), static_cast<DWORD>(utf8.size()), &written, nullptr) &&
-           written > 0)
-        utf8.remove_prefix(written);
+    for (std::string_view rest = text.toRawUTF8();
+         !rest.empty() &&
+         WriteFile(m_out, rest.data(), static_cast<DWORD>(rest.size()), &written, nullptr) !=
+             FALSE &&
+         written > 0;)
+        rest.remove_prefix(written);
 }
 
 void Terminal::showPrompt() {
@@ -76,15 +76,13 @@ void Terminal::hidePrompt() {
     m_shownLength = 0;
 }
 
-std::optional<std::string> Terminal::readLine() {
-    return m_console ? readTypedLine() : readPlainLine();
-}
+std::optional<String> Terminal::readLine() { return m_console ? readTypedLine() : readPlainLine(); }
 
-std::optional<std::string> Terminal::readPlainLine() {
+std::optional<String> Terminal::readPlainLine() {
     for (;;) {
         const auto end = m_unread.find('\n');
         if (end != std::string::npos) {
-            std::string line = m_unread.substr(0, end);
+            const String line = String::fromUTF8(m_unread.data(), static_cast<int>(end));
             m_unread.erase(0, end + 1);
             return line;
         }
@@ -92,13 +90,13 @@ std::optional<std::string> Terminal::readPlainLine() {
         DWORD count = 0;
         if (!ReadFile(m_in, buffer, sizeof buffer, &count, nullptr) || count == 0) {
             if (m_unread.empty()) return {};
-            return std::exchange(m_unread, {});
+            return String::fromUTF8(std::exchange(m_unread, {}).c_str());
         }
         m_unread.append(buffer, count);
     }
 }
 
-std::optional<std::string> Terminal::readTypedLine() {
+std::optional<String> Terminal::readTypedLine() {
     {
         const std::lock_guard lock(m_mutex);
         m_typed.clear();
@@ -123,7 +121,7 @@ std::optional<std::string> Terminal::readTypedLine() {
             write("\n");
             if (!m_typed.empty() && (m_history.empty() || m_history.back() != m_typed))
                 m_history.push_back(m_typed);
-            return toUtf8(m_typed);
+            return String(m_typed.c_str());
         }
         if (c == 4 || c == 26) {  // Ctrl+D and Ctrl+Z end the input, as everywhere
             m_prompting = false;
@@ -131,8 +129,8 @@ std::optional<std::string> Terminal::readTypedLine() {
         }
         if (c == L'\t')
             complete();
-        else if (c == L'\b' || c == 0x7F)
-            erase();
+        else if ((c == L'\b' || c == 0x7F) && !m_typed.empty())
+            m_typed.pop_back();
         else if (c == 21 || c == 27)  // Ctrl+U, Escape
             m_typed.clear();
         else if (key.wVirtualKeyCode == VK_UP && m_recalled > 0)
@@ -145,22 +143,17 @@ std::optional<std::string> Terminal::readTypedLine() {
     }
 }
 
-void Terminal::erase() {
-    if (m_typed.empty()) return;
-    const bool pair = m_typed.size() > 1 && IS_LOW_SURROGATE(m_typed.back());
-    m_typed.resize(m_typed.size() - (pair ? 2 : 1));
-}
-
 void Terminal::recall(std::size_t place) {
     m_recalled = place;
     m_typed = place < m_history.size() ? m_history[place] : std::wstring();
 }
 
 void Terminal::complete() {
-    const Completion completion = app::complete(toUtf8(m_typed));
-    if (!completion.candidates.empty() && completion.line == toUtf8(m_typed))
-        write(join(completion.candidates, "  ") + '\n');
-    m_typed = toWide(completion.line);
+    const String typed(m_typed.c_str());
+    const Completion completion = app::complete(typed);
+    if (!completion.candidates.isEmpty() && completion.line == typed)
+        write(completion.candidates.joinIntoString("  ") + "\n");
+    m_typed = completion.line.toWideCharPointer();
 }
 
 }  // namespace orvane::standin::app

@@ -4,12 +4,14 @@
 // whatever the standard handles are. Printing works from any thread; a line being typed is taken
 // away and put back around it.
 
+#include <windows.h>
+
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "platform/handles.h"
+#include "standins/app/text.h"
 
 namespace orvane::standin::app {
 
@@ -25,21 +27,20 @@ public:
     // Lines can come from somewhere, be it a person or a file.
     [[nodiscard]] bool hasInput() const;
 
-    void print(const std::string& text);  // one or more lines, without the last line feed
+    void print(const String& text);  // one or more lines, without the last line feed
 
     // The next line; none at the end of the input. A person gets a prompt, TAB completes, the
     // arrow keys bring former lines back.
-    std::optional<std::string> readLine();
+    std::optional<String> readLine();
 
 private:
-    std::optional<std::string> readPlainLine();
-    std::optional<std::string> readTypedLine();
-    void write(std::string_view utf8);
+    std::optional<String> readPlainLine();
+    std::optional<String> readTypedLine();
+    void write(const String& text);
     void showPrompt();
     void hidePrompt();
     void complete();
     void recall(std::size_t place);
-    void erase();
 
     std::mutex m_mutex;  // guards everything that is printed, and the line being typed
     HANDLE m_in;         // weak: the process's own

@@ -5,7 +5,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tests/hooks/test_window.h"
+#include "tests/support/test_window.h"
 #include "tests/support/captured_log.h"
 
 namespace orvane {

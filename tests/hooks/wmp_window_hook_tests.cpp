@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/hooks/recording_events.h"
-#include "tests/hooks/test_window.h"
+#include "tests/support/test_window.h"
 #include "tests/support/captured_log.h"
 
 namespace orvane {

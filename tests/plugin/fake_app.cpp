@@ -6,26 +6,12 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/messages/text_coding.h"
-
 namespace orvane::test {
 
-bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
-    const ULONGLONG end = GetTickCount64() + timeoutMs;
-    for (;;) {
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-        if (done()) return true;
-        if (GetTickCount64() >= end) return false;
-        MsgWaitForMultipleObjectsEx(0, nullptr, 5, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-    }
-}
-
-void pumpFor(DWORD milliseconds) {
-    pumpUntil([] { return false; }, milliseconds);
+std::string lineOf(const OrvaneMessage& message) {
+    juce::String line = message.getName();
+    for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
+    return line.toStdString();
 }
 
 bool AppPipe::deliver(const OrvaneMessage& message) {
@@ -50,11 +36,7 @@ std::vector<OrvaneMessage> AppPipe::messages(std::size_t atLeast, DWORD timeoutM
 
 Names AppPipe::lines(std::size_t atLeast) const {
     Names lines;
-    for (const OrvaneMessage& message : messages(atLeast)) {
-        juce::String line = message.getName();
-        for (const auto& [key, value] : message.getParameters()) line << " " << key << "=" << value;
-        lines.push_back(line.toStdString());
-    }
+    for (const OrvaneMessage& message : messages(atLeast)) lines.push_back(lineOf(message));
     return lines;
 }
 
@@ -64,7 +46,7 @@ void AppPipe::forget() {
 }
 
 void AppPipe::messageReceived(std::span<const std::uint8_t> payload) {
-    const auto message = OrvaneMessage::parse(decodePayload(payload));
+    const auto message = OrvaneMessage::parsePayload(payload);
     const std::scoped_lock lock(m_mutex);
     m_messages.push_back(message != nullptr ? *message : OrvaneMessage("none", "unreadable"));
 }
@@ -104,22 +86,6 @@ Names FakeApp::waitForResponses(std::size_t count) const {
 void FakeApp::forget() {
     events.forget();
     commands.forget();
-}
-
-PlayerWindow::PlayerWindow() {
-    WNDCLASSW description{};
-    description.lpfnWndProc = DefWindowProcW;
-    description.hInstance = GetModuleHandleW(nullptr);
-    description.lpszClassName = L"WMPlayerApp";
-    RegisterClassW(&description);  // the second time it is there already
-    m_window = CreateWindowW(L"WMPlayerApp", L"Windows Media Player", WS_OVERLAPPEDWINDOW, 10, 10,
-                             800, 600, nullptr, nullptr, description.hInstance, nullptr);
-}
-
-PlayerWindow::~PlayerWindow() { DestroyWindow(m_window); }
-
-bool PlayerWindow::isHooked() const {
-    return GetPropW(m_window, L"window_hook_this_ptr") != nullptr;
 }
 
 LogWatch::LogWatch() : m_start(read().size()) {}

@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -13,13 +12,13 @@
 #include "common/link/pipe_broadcaster.h"
 #include "common/messages/orvane_message.h"
 #include "platform/handles.h"
+#include "tests/support/test_window.h"
+#include "tests/support/waiting.h"
 
 namespace orvane::test {
 
-// Dispatches this thread's messages until `done` answers true; false after the time-out.
-bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs = 5000);
-// Dispatches this thread's messages for so long.
-void pumpFor(DWORD milliseconds);
+// "Name key=value key=value".
+std::string lineOf(const OrvaneMessage& message);
 
 using Names = std::vector<std::string>;
 
@@ -33,7 +32,7 @@ public:
     bool deliver(const OrvaneMessage& message);
     // What arrived; pumps until there is so much.
     std::vector<OrvaneMessage> messages(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
-    // The same, each as "Name key=value key=value".
+    // The same, each as its line.
     Names lines(std::size_t atLeast = 0) const;
     void forget();
     void messageReceived(std::span<const std::uint8_t> payload) override;
@@ -64,17 +63,13 @@ struct FakeApp {
 };
 
 // The player's main window, owned by the calling thread and not shown.
-class PlayerWindow {
+class PlayerWindow : public TestWindow {
 public:
-    PlayerWindow();
-    ~PlayerWindow();
-    PlayerWindow(const PlayerWindow&) = delete;
-    PlayerWindow& operator=(const PlayerWindow&) = delete;
-    [[nodiscard]] HWND handle() const { return m_window; }
-    [[nodiscard]] bool isHooked() const;
-
-private:
-    HWND m_window;
+    PlayerWindow() : TestWindow(L"WMPlayerApp", L"Windows Media Player") {}
+    [[nodiscard]] HWND handle() const { return hwnd(); }
+    [[nodiscard]] bool isHooked() const {
+        return GetPropW(hwnd(), L"window_hook_this_ptr") != nullptr;
+    }
 };
 
 // What the shared log gets while this lives.

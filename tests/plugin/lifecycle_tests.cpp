@@ -2,36 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
 
 namespace orvane::test {
 namespace {
 
 using LifecycleTest = PluginTest;
-
-// The application's folder as the registry names it, put back afterwards.
-class InstallPath {
-public:
-    explicit InstallPath(const wchar_t* path) : m_old(MAX_PATH) {
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\OrVaneMedia\\Settings", 0, nullptr, 0,
-                        KEY_ALL_ACCESS, nullptr, m_key.put(), nullptr);
-        DWORD size = MAX_PATH;
-        const bool had = RegQueryValueExW(m_key.get(), L"Path", nullptr, nullptr, m_old.data(),
-                                          &size) == ERROR_SUCCESS;
-        m_old.resize(had ? size : 0);
-        RegSetValueExW(m_key.get(), L"Path", 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
-                       static_cast<DWORD>((wcslen(path) + 1) * sizeof(wchar_t)));
-    }
-    ~InstallPath() {
-        RegSetValueExW(m_key.get(), L"Path", 0, REG_SZ, m_old.data(),
-                       static_cast<DWORD>(m_old.size()));
-        if (m_old.empty()) RegDeleteValueW(m_key.get(), L"Path");
-    }
-
-private:
-    UniqueRegKey m_key;
-    std::vector<BYTE> m_old;
-};
 
 // Tries to create the object; the log lines that it wrote.
 std::string failedCreation(const std::function<HRESULT(void**)>& create) {

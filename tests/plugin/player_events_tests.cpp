@@ -68,12 +68,12 @@ TEST_F(PlayerEvents, TheFirstErrorIsLogged) {
         m_sink->Error();
         return log.take();
     };
-    const auto unknown = EndsWith("<6> test : COrVaneWmpPlugin: unknown error occured\n");
+    const auto unknown = EndsWith("<6> COrVaneWmpPlugin: unknown error occured\n");
     EXPECT_THAT(line(), unknown);
     m_player->change([](standin::PlayerOptions& options) {
         options.errors = {static_cast<long>(0xC00D1199), 5};
     });
-    EXPECT_THAT(line(), EndsWith("<6> test : COrVaneWmpPlugin: error 0xc00d1199 occured\n"));
+    EXPECT_THAT(line(), EndsWith("<6> COrVaneWmpPlugin: error 0xc00d1199 occured\n"));
     for (const char* call :
          {"IWMPCore::get_Error", "IWMPError::get_Item", "IWMPErrorItem::get_errorCode"}) {
         failCall(call);

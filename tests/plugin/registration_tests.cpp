@@ -90,6 +90,44 @@ TEST(Registration, ComesAndGoesWithoutTouchingItsNeighbours) {
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, other.c_str());
 }
 
+TEST(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
+    const Module module;
+    ASSERT_EQ(module.call("DllRegisterServer"), S_OK);
+    const std::wstring ourClass = L"CLSID\\" + registeredClassText();
+    ASSERT_EQ(module.call("DllUnregisterServer"), S_OK);
+
+    // A place that lasts until the system stops refuses keys that last longer.
+    UniqueRegKey moved;
+    UniqueRegKey refusing;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved", 0, nullptr, 0, KEY_ALL_ACCESS,
+                    nullptr, moved.put(), nullptr);
+    RegCopyTreeW(HKEY_LOCAL_MACHINE, kPluginsKey, moved.get());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPluginsKey);
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPluginsKey, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_ALL_ACCESS, nullptr, refusing.put(), nullptr),
+              ERROR_SUCCESS);
+
+    EXPECT_EQ(module.call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_FALSE(contentsOf(HKEY_CLASSES_ROOT, ourClass)) << "nothing was there before";
+    UniqueRegKey server;
+    RegCreateKeyExW(HKEY_CLASSES_ROOT, (ourClass + L"\\InprocServer32").c_str(), 0, nullptr, 0,
+                    KEY_ALL_ACCESS, nullptr, server.put(), nullptr);
+    RegSetValueExW(server.get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(L"C:\\old.dll"),
+                   22);
+    EXPECT_EQ(module.call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_EQ(textAt(HKEY_CLASSES_ROOT, ourClass + L"\\InprocServer32", nullptr), L"C:\\old.dll");
+
+    refusing.reset();
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPluginsKey);
+    UniqueRegKey back;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPluginsKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                    back.put(), nullptr);
+    RegCopyTreeW(moved.get(), nullptr, back.get());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
+    server.reset();
+    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
+}
+
 int noticesHeard = 0;
 
 LRESULT CALLBACK countNotices(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -1,39 +1,31 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
 #include <string>
+#include <vector>
 
 #include "util/log/log.h"
 
 namespace orvane::test {
 
-// Everything that is logged during its life, whatever its priority.
+// Keeps what is logged during its life, at every priority, in place of whoever wrote it before.
+// One at a time in a program; any thread may log. A line reads "<priority> message", with
+// "<number>" for the texts of errno ("%m") and of the thread's last error ("%M").
 class CapturedLog {
 public:
-    CapturedLog() : m_oldMask(setlogmask(0)) {
-        openlog("test", LOG_PERROR, 0);
-        setlogmask(0xFF);
-        ::testing::internal::CaptureStderr();
-    }
-    ~CapturedLog() {
-        ::testing::internal::GetCapturedStderr();
-        closelog();
-        setlogmask(m_oldMask);
-    }
+    CapturedLog();
+    ~CapturedLog();
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    // All lines since the last call.
-    std::string take() {
-        std::fflush(stderr);
-        std::string text = ::testing::internal::GetCapturedStderr();
-        ::testing::internal::CaptureStderr();
-        return text;
-    }
+    // The lines since the last call; `take` gives them as one text, each with a line feed.
+    std::vector<std::string> lines();
+    std::string take();
+
+    // Whether such a line is there; forgets nothing.
+    [[nodiscard]] bool holds(const std::string& line) const;
 
 private:
+    const LogWriter m_oldWriter;
     const unsigned m_oldMask;
 };
 

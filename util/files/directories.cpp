@@ -2,43 +2,19 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 
-#include "platform/last_error.h"
 #include "util/files/files.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 namespace {
 
 constexpr const char* kMulti = "utl_mkdir_multi_intl";
-
-// The directory so far, in a buffer as long as the path that it is part of.
-class PartialPath {
-public:
-    explicit PartialPath(std::size_t capacity) noexcept
-        : m_text(allocateText(capacity + 1)), m_capacity(capacity) {}
-
-    [[nodiscard]] explicit operator bool() const noexcept { return m_text != nullptr; }
-    [[nodiscard]] const char* text() const noexcept { return m_text.get(); }
-
-    [[nodiscard]] bool append(std::string_view part) noexcept {
-        if (part.size() > m_capacity - m_length) return false;
-        std::memcpy(m_text.get() + m_length, part.data(), part.size());
-        m_length += part.size();
-        return true;
-    }
-
-private:
-    OwnedText m_text;
-    std::size_t m_capacity;
-    std::size_t m_length = 0;
-};
 
 // One level: there already, made by us, or made by somebody else in between.
 bool ensureLevel(const char* directory, int log, bool replace, int priority) noexcept {
@@ -55,13 +31,10 @@ bool ensureLevel(const char* directory, int log, bool replace, int priority) noe
 
 bool utl_mkdir_abs(const wchar_t* name, int log) noexcept {
     if (CreateDirectoryW(name, nullptr) != 0) return true;
-    const KeepLastError failure;
-    const UtlUTF8Str printable(log != 0 ? name : nullptr, log);
-    SetLastError(failure.code());
-    log_if(log, LOG_ERR, "%s: CreateDirectoryW(%s) failed (%d) -- %M", "utl_mkdir_abs",
-           printable.str(), static_cast<int>(failure.code()));
-    if (failure.code() == ERROR_ALREADY_EXISTS) errno = EEXIST;
-    if (failure.code() == ERROR_PATH_NOT_FOUND) errno = ENOENT;
+    const FailedCall failed;
+    failed.log(log, LOG_ERR, "%s: CreateDirectoryW(%s) failed (%d) -- %M", "utl_mkdir_abs", name);
+    if (failed.code() == ERROR_ALREADY_EXISTS) errno = EEXIST;
+    if (failed.code() == ERROR_PATH_NOT_FOUND) errno = ENOENT;
     return false;
 }
 
@@ -72,47 +45,39 @@ bool utl_mkdir(const char* path, int log) noexcept {
 
 bool utl_mkdir_multi_intl(const char* path, int log, bool replace, int priority) noexcept {
     log_if(log, LOG_DEBUG, "%s: making %s", kMulti, path);
-    const OwnedText names = duplicateText(path);
-    if (!names) {
-        log_if(log, priority, "%s: not enough memory to allocate duplicate name", kMulti);
-        return false;
-    }
-    PartialPath partial(std::strlen(path));
+    const std::string_view whole(path);
+    // One level after the other, each a part of the next; no longer than the path in the end.
+    const OwnedText partial = allocateText(whole.size() + 1);
     if (!partial) {
         log_if(log, priority, "%s: not enough memory to allocate partial_dir", kMulti);
         return false;
     }
-
-    const std::size_t leading = std::strspn(path, "\\");
-    bool first = true;
+    char* partialEnd = partial.get();
+    const std::size_t leading = std::min(whole.find_first_not_of('\\'), whole.size());
     bool made = false;
-    for (char* next = names.get() + leading; *next != '\0';) {
-        char* const name = next;
-        next += std::strcspn(next, "\\");
-        const std::size_t separators = std::strspn(next, "\\");
-        char* const end = next;
-        next += separators;
-        *end = '\0';
-        log_if(log, LOG_DEBUG, "%s: one_dir(%s), partial_dir(%s)", kMulti, name, partial.text());
-
+    for (std::size_t at = leading; at < whole.size();) {
+        const std::size_t end = std::min(whole.find('\\', at), whole.size());
+        const std::string_view name = whole.substr(at, end - at);
+        const int length = static_cast<int>(name.size());
+        const bool first = at == leading;
+        at = std::min(whole.find_first_not_of('\\', end), whole.size());
+        log_if(log, LOG_DEBUG, "%s: one_dir(%.*s), partial_dir(%s)", kMulti, length, name.data(),
+               partial.get());
         if (first && leading > 2) {
             log_if(log, priority, "%s: too many (back)slashes (%d) starting %s", kMulti,
                    static_cast<int>(leading), path);
             return false;
         }
-        const std::string_view joint = first ? std::string_view(path, leading) : "\\";
-        if (!partial.append(joint) || !partial.append(name)) {
-            log_if(log, priority, "%s: partial_dir truncated, can't make directory", kMulti);
-            return false;
-        }
+        const std::string_view joint = first ? whole.substr(0, leading) : "\\";
+        partialEnd = std::copy(joint.begin(), joint.end(), partialEnd);
+        partialEnd = std::copy(name.begin(), name.end(), partialEnd);
         if (first && leading == 2) {
-            log_if(log, LOG_DEBUG, "%s: no processing for machine name %s", kMulti, name);
-        } else if (ensureLevel(partial.text(), log, replace, priority)) {
-            made = true;
-        } else {
-            return false;
+            log_if(log, LOG_DEBUG, "%s: no processing for machine name %.*s", kMulti, length,
+                   name.data());
+            continue;
         }
-        first = false;
+        if (!ensureLevel(partial.get(), log, replace, priority)) return false;
+        made = true;
     }
     return made;
 }

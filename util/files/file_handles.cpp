@@ -3,35 +3,30 @@
 #include "platform/last_error.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 
 bool utl_get_win_file_handle_abs(UniqueFile& file, const wchar_t* name, DWORD access, DWORD share,
                                  DWORD disposition, DWORD flags, int log, bool* denied) noexcept {
     constexpr const char* self = "utl_get_win_file_handle_abs";
-    // Before the call, so that nothing comes between it and its error.
-    const UtlUTF8Str printable(log != 0 ? name : nullptr, log);
     file.reset();
     SetLastError(ERROR_SUCCESS);
     file.reset(CreateFileW(name, access, share, nullptr, disposition, flags, nullptr));
-    const KeepLastError result;
     if (!file) {
-        if (result.code() == ERROR_FILE_NOT_FOUND || result.code() == ERROR_PATH_NOT_FOUND) {
+        const FailedCall failed;
+        if (failed.code() == ERROR_FILE_NOT_FOUND || failed.code() == ERROR_PATH_NOT_FOUND) {
             return true;
         }
-        int priority = LOG_ERR;
-        if (denied != nullptr) {
-            *denied = result.code() == ERROR_ACCESS_DENIED;
-            if (*denied) priority = LOG_INFO;
-        }
-        log_if(log, priority, "%s: CreateFileW(%s,0x%08X) failed (%d) -- %M", self, printable.str(),
-               static_cast<unsigned>(access), static_cast<int>(result.code()));
+        failed.log(log, failed.priority(ERROR_ACCESS_DENIED, denied),
+                   "%s: CreateFileW(%s,0x%08X) failed (%d) -- %M", self, name,
+                   static_cast<unsigned>(access));
         return false;
     }
+    const KeepLastError result;
     if (disposition == CREATE_ALWAYS && result.code() == ERROR_ALREADY_EXISTS) {
-        log_if(log, LOG_INFO, "%s: overwriting existing file %s", self, printable.str());
+        log_if(log, LOG_INFO, "%s: overwriting existing file %s", self,
+               UtlUTF8Str(log != 0 ? name : nullptr, log).str());
     }
     return true;
 }
@@ -65,9 +60,7 @@ bool utl_open_for_append(const char* path, UniqueFile& file, int log) noexcept {
 void close_handle(HANDLE& handle) noexcept {
     if (handle == nullptr) return;
     if (CloseHandle(handle) == 0) {
-        const KeepLastError failure;
-        syslog(LOG_ERR, "%s: CloseHandle failed (%d) -- %M", "close_handle",
-               static_cast<int>(failure.code()));
+        FailedCall().log(1, LOG_ERR, "%s: CloseHandle failed (%d) -- %M", "close_handle");
     }
     handle = nullptr;
 }

@@ -4,8 +4,7 @@
 #include "util/files/file_handles.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 namespace {
@@ -57,11 +56,8 @@ bool utl_stat_abs(bool& exists, UtlStat& record, const wchar_t* name, const Uniq
     }
     BY_HANDLE_FILE_INFORMATION information{};
     if (GetFileInformationByHandle(file.get(), &information) == 0) {
-        const KeepLastError failure;
-        const UtlUTF8Str printable(log != 0 ? name : nullptr, log);
-        SetLastError(failure.code());
-        log_if(log, LOG_ERR, "%s: GetFileInformationByHandle(%s) failed (%d) -- %M", self,
-               printable.str(), static_cast<int>(failure.code()));
+        FailedCall().log(log, LOG_ERR, "%s: GetFileInformationByHandle(%s) failed (%d) -- %M", self,
+                         name);
         return false;
     }
     record.isDirectory = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? 1 : 0;
@@ -75,36 +71,22 @@ bool utl_access(const char* path, int log) noexcept {
     constexpr const char* self = "utl_access";
     if (path[0] != '\0' && path[1] == ':' && path[2] == '\0') {
         if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) return true;
-        const KeepLastError failure;
-        log_if(log, LOG_INFO, "%s: GetFileAttributes(%s) failed (%d) -- %M", self, path,
-               static_cast<int>(failure.code()));
+        FailedCall().log(log, LOG_INFO, "%s: GetFileAttributes(%s) failed (%d) -- %M", self, path);
         return false;
     }
     const OwnedWide name = utl_get_unicode_filename(path, log);
     if (!name) return false;
     if (GetFileAttributesW(name.get()) != INVALID_FILE_ATTRIBUTES) return true;
-    const KeepLastError failure;
-    if (log != 0 && log_enabled(LOG_INFO)) {
-        const UtlUTF8Str printable(name.get(), log);
-        SetLastError(failure.code());
-        syslog(LOG_INFO, "%s: GetFileAttributesW(%s) failed (%ld) -- %M", self, printable.str(),
-               static_cast<long>(failure.code()));
-    }
+    FailedCall().log(log, LOG_INFO, "%s: GetFileAttributesW(%s) failed (%d) -- %M", self,
+                     name.get());
     return false;
 }
 
 bool utl_file_delete_intl(bool* denied, const wchar_t* name, int log) noexcept {
     if (DeleteFileW(name) != 0) return true;
-    const KeepLastError failure;
-    int priority = LOG_ERR;
-    if (denied != nullptr) {
-        *denied = failure.code() == ERROR_ACCESS_DENIED;
-        if (*denied) priority = LOG_INFO;
-    }
-    const UtlUTF8Str printable(log != 0 ? name : nullptr, log);
-    SetLastError(failure.code());
-    log_if(log, priority, "%s: DeleteFileW(%s) failed (%d) -- %M", "utl_file_delete_intl",
-           printable.str(), static_cast<int>(failure.code()));
+    const FailedCall failed;
+    failed.log(log, failed.priority(ERROR_ACCESS_DENIED, denied),
+               "%s: DeleteFileW(%s) failed (%d) -- %M", "utl_file_delete_intl", name);
     return false;
 }
 

@@ -5,11 +5,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "platform/last_error.h"
 #include "util/files/paths.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 
@@ -19,25 +17,22 @@ OwnedWide abspath_w(const wchar_t* path, int priority, int log) noexcept {
         log_if(log, priority, "%s: can't determine absolute path of empty string", self);
         return nullptr;
     }
-    const UtlUTF8Str printable(log != 0 ? path : nullptr, log);
     const DWORD size = GetFullPathNameW(path, 0, nullptr, nullptr);
     if (size == 0) {
-        log_if(log, priority, "%s: GetFullPathName(%s) (for size) failed (%d) -- %M", self,
-               printable.str(), static_cast<int>(GetLastError()));
+        FailedCall().log(log, priority, "%s: GetFullPathName(%s) (for size) failed (%d) -- %M",
+                         self, path);
         return nullptr;
     }
     OwnedWide absolute = allocateWide(size);
     if (!absolute) {
         log_if(log, priority, "%s: unable to allocate %d bytes for absolute version of %s", self,
-               static_cast<int>(2 * size), printable.str());
+               static_cast<int>(2 * size), UtlUTF8Str(log != 0 ? path : nullptr, log).str());
         return nullptr;
     }
     const DWORD length = GetFullPathNameW(path, size, absolute.get(), nullptr);
     // A length that does not fit: the current directory has changed since the first call.
     if (length == 0 || length >= size) {
-        const KeepLastError failure;
-        log_if(log, priority, "%s: GetFullPathName(%s) failed (%d) -- %M", self, printable.str(),
-               static_cast<int>(failure.code()));
+        FailedCall().log(log, priority, "%s: GetFullPathName(%s) failed (%d) -- %M", self, path);
         return nullptr;
     }
     return absolute;

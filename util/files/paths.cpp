@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 
 namespace orvane {
 namespace {

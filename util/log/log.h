@@ -1,8 +1,8 @@
 #pragma once
 
-// The diagnostic log that all of the maker's processes on a machine share: one text file, a line a
-// message. Any thread of any process may log; a message is in the file when the call returns.
-// Nothing here reports failure: a message that cannot be written is dropped.
+// Where every part of the house sends its diagnostics. Who writes them is set elsewhere: the log
+// file in util/shared_log where that is linked, a test's own list; nobody at first, and then they
+// are dropped. Any thread may log. Nothing here reports failure.
 
 #include <cstdarg>
 
@@ -19,30 +19,32 @@ enum LogPriority : int {
     LOG_DEBUG = 7,
 };
 
-enum LogOption : unsigned {
-    LOG_PID = 0x01,     // the process id on every line
-    LOG_CONS = 0x02,    // the log's own troubles on standard output
-    LOG_PERROR = 0x20,  // every line on standard error as well
-};
+// Bits of a priority that count; what is above them is ignored.
+constexpr unsigned kSeverityBits = 7;
 
-// Sets the options and copies `ident` (may be null); `facility` is ignored. Opens nothing yet.
-void openlog(const char* ident, unsigned option, int facility);
+// Takes one message that the mask lets through, on the thread that logs it and as the caller left
+// errno and the thread's last error; it leaves both as they are.
+using LogWriter = void (*)(int priority, const char* format, va_list args);
 
-// Bit n lets priority n through. Returns the previous mask; 0 only reads it.
-unsigned setlogmask(unsigned mask);
+// Sets who writes from now on, or with null nobody. Returns who did before.
+LogWriter setLogWriter(LogWriter writer) noexcept;
+
+// Bit n lets priority n through; all do at first. Returns the previous mask; 0 only reads it.
+unsigned setlogmask(unsigned mask) noexcept;
 
 // Whether a message of this priority would be written: ask before preparing costly arguments.
-[[nodiscard]] bool log_enabled(int priority);
+[[nodiscard]] bool log_enabled(int priority) noexcept;
 
 // printf's directives in UTF-8, and two more: "%m" is errno's text, "%M" the English text of the
 // calling thread's last Windows error. The calling thread's last error and errno are preserved.
-void syslog(int priority, const char* format, ...);
-void vsyslog(int priority, const char* format, va_list args);
+void syslog(int priority, const char* format, ...) noexcept;
+void vsyslog(int priority, const char* format, va_list args) noexcept;
 
-// Forgets ident and options and closes the log's mutex; a later message opens it again.
-void closelog();
-
-// closelog for the module's exit list: from then on every message closes the log behind itself.
-void closelog_on_exit();
+// syslog for functions with a trailing `log` switch: silent when it is 0, as it is whenever the
+// shared log itself is the caller.
+template <typename... Arguments>
+void log_if(int log, int priority, const char* format, Arguments... arguments) noexcept {
+    if (log != 0) syslog(priority, format, arguments...);
+}
 
 }  // namespace orvane

@@ -2,10 +2,8 @@
 
 #include <windows.h>
 
-#include "platform/last_error.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 
@@ -13,11 +11,9 @@ OwnedWide expand_environment_strings_w(const wchar_t* text, int log) noexcept {
     constexpr const char* self = "expand_environment_strings_w";
     const DWORD needed = ExpandEnvironmentStringsW(text, nullptr, 0);
     if (needed == 0) {
-        const KeepLastError failure;
-        const UtlUTF8Str printable(log != 0 ? text : nullptr, log);
-        SetLastError(failure.code());
-        log_if(log, LOG_ERR, "%s: ExpandEnvironmentStringsW(%s) for size failed (%d) -- %M", self,
-               printable.str(), static_cast<int>(failure.code()));
+        FailedCall().log(log, LOG_ERR,
+                         "%s: ExpandEnvironmentStringsW(%s) for size failed (%d) -- %M", self,
+                         text);
         return nullptr;
     }
     const std::size_t units = std::size_t{needed} + 2;
@@ -30,11 +26,8 @@ OwnedWide expand_environment_strings_w(const wchar_t* text, int log) noexcept {
     const DWORD written = ExpandEnvironmentStringsW(text, expanded.get(), needed + 1);
     // More than was offered: another thread has changed a variable, and the text is cut.
     if (written == 0 || written > needed + 1) {
-        const KeepLastError failure;
-        const UtlUTF8Str printable(log != 0 ? text : nullptr, log);
-        SetLastError(failure.code());
-        log_if(log, LOG_ERR, "%s: ExpandEnvironmentStringsW(%s) failed (%d) -- %M", self,
-               printable.str(), static_cast<int>(failure.code()));
+        FailedCall().log(log, LOG_ERR, "%s: ExpandEnvironmentStringsW(%s) failed (%d) -- %M", self,
+                         text);
         return nullptr;
     }
     return expanded;

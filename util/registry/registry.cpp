@@ -7,9 +7,8 @@
 
 #include "platform/last_error.h"
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/registry/registry_value.h"
-#include "util/text/text.h"
+#include "util/text/failed_call.h"
 
 namespace orvane {
 namespace {
@@ -24,11 +23,6 @@ constexpr RootName kRootNames[] = {
     {0x80000000, "HKCR"}, {0x80000001, "HKCU"}, {0x80000002, "HKLM"}, {0x80000003, "HKU"},
     {0x80000004, "HKPD"}, {0x80000005, "HKCC"}, {0x80000006, "HKDD"}, {0x80000060, "HKPN"},
 };
-
-// Of use to a caller that has asked; to others, absence is an error like any.
-int priorityOf(const bool* notFound) noexcept {
-    return notFound != nullptr && *notFound ? LOG_INFO : LOG_ERR;
-}
 
 }  // namespace
 
@@ -71,12 +65,10 @@ bool RegistryUtil::DoOpenKey(HKEY root, const char* rootText, const char* subkey
         m_key = key;
         return true;
     }
-    if (notFound != nullptr) *notFound = result == ERROR_FILE_NOT_FOUND;
-    SetLastError(static_cast<DWORD>(result));
-    const KeepLastError failure;
-    log_if(m_log, priorityOf(notFound), "%s: RegOpenKeyExW(%s\\%s) failed (%d) -- %M",
-           "RegistryUtil::DoOpenKey", rootText, subkey != nullptr ? subkey : "",
-           static_cast<int>(result));
+    const FailedCall failed(result);
+    failed.log(m_log, failed.priority(ERROR_FILE_NOT_FOUND, notFound),
+               "%s: RegOpenKeyExW(%s\\%s) failed (%d) -- %M", "RegistryUtil::DoOpenKey", rootText,
+               subkey != nullptr ? subkey : "");
     return false;
 }
 
@@ -95,11 +87,10 @@ OwnedText RegistryUtil::GetValue(const char* name, bool* notFound) noexcept {
     DWORD size = 0;
     LSTATUS result = RegQueryValueExW(m_key, wideName.get(), nullptr, &type, nullptr, &size);
     if (result != ERROR_SUCCESS) {
-        if (notFound != nullptr) *notFound = result == ERROR_FILE_NOT_FOUND;
-        SetLastError(static_cast<DWORD>(result));
-        log_if(m_log, priorityOf(notFound),
-               "%s: RegQueryValueExW(%s\\%s) for size failed (%d) -- %M", self, GetKeyString(),
-               name, static_cast<int>(result));
+        const FailedCall failed(result);
+        failed.log(m_log, failed.priority(ERROR_FILE_NOT_FOUND, notFound),
+                   "%s: RegQueryValueExW(%s\\%s) for size failed (%d) -- %M", self, GetKeyString(),
+                   name);
         return nullptr;
     }
 
@@ -114,9 +105,8 @@ OwnedText RegistryUtil::GetValue(const char* name, bool* notFound) noexcept {
     DWORD delivered = size;
     result = RegQueryValueExW(m_key, wideName.get(), nullptr, &type, data.get(), &delivered);
     if (result != ERROR_SUCCESS) {
-        SetLastError(static_cast<DWORD>(result));
-        log_if(m_log, LOG_ERR, "%s: RegQueryValueExW(%s\\%s) failed (%d) -- %M", self,
-               GetKeyString(), name, static_cast<int>(result));
+        FailedCall(result).log(m_log, LOG_ERR, "%s: RegQueryValueExW(%s\\%s) failed (%d) -- %M",
+                               self, GetKeyString(), name);
         return nullptr;
     }
     const RegistryValue value(GetKeyString(), name, data.get(), std::min(size, delivered), m_log);
@@ -126,15 +116,18 @@ OwnedText RegistryUtil::GetValue(const char* name, bool* notFound) noexcept {
 bool RegistryUtil::Close() noexcept {
     bool closed = true;
     if (HKEY key = std::exchange(m_key, nullptr); key != nullptr) {
-        const DWORD before = GetLastError();
-        log_if(m_log, LOG_DEBUG, "%s: closing %s", "RegistryUtil::Close", GetKeyString());
-        const LSTATUS result = RegCloseKey(key);
+        constexpr const char* self = "RegistryUtil::Close";
+        LSTATUS result = ERROR_SUCCESS;
+        {
+            // After a failed read, the reason for that is what the caller wants to see.
+            const KeepLastError before;
+            log_if(m_log, LOG_DEBUG, "%s: closing %s", self, GetKeyString());
+            result = RegCloseKey(key);
+        }
         closed = result == ERROR_SUCCESS;
-        // After a failed read, the reason for that is what the caller wants to see.
-        SetLastError(closed ? before : static_cast<DWORD>(result));
         if (!closed) {
-            log_if(m_log, LOG_ERR, "%s: RegCloseKey(%s) failed (%d) -- %M", "RegistryUtil::Close",
-                   GetKeyString(), static_cast<int>(result));
+            FailedCall(result).log(m_log, LOG_ERR, "%s: RegCloseKey(%s) failed (%d) -- %M", self,
+                                   GetKeyString());
         }
     }
     m_keyText.reset();

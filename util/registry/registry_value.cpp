@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/registry/environment.h"
 #include "util/text/text.h"
 

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 #include "util/text/utf8.h"
 
 namespace orvane {

@@ -1,7 +1,6 @@
 #include "util/text/utf8.h"
 
 #include "util/log/log.h"
-#include "util/log/log_if.h"
 
 namespace orvane {
 namespace {

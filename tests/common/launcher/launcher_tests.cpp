@@ -1,72 +1,123 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <fstream>
 
 #include "common/launcher/orvane_launcher.h"
 #include "platform/handles.h"
-#include "tests/common/launcher/installed_app.h"
+#include "tests/common/launcher/install_path.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/temp_folder.h"
 
 namespace orvane {
 namespace {
 
-using test::CapturedLog;
-using test::InstalledApp;
+using namespace test;
 using testing::HasSubstr;
 using testing::Not;
 
 constexpr int kWmp = 3;
+constexpr const char* kReport = "C:\\orvane-launcher-tests\\report.txt";
 
-std::wstring wide(const juce::String& text) { return text.toWideCharPointer(); }
+const std::wstring& root() {
+    static const std::wstring path = L"C:\\orvane-launcher-tests";
+    return path;
+}
 
+std::string testProgram(const char* name) {
+    std::wstring path(1024, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), 1024));
+    return readText(path.substr(0, path.rfind(L'\\') + 1) + wide(name));
+}
+
+// Folders below one of its own, and the registry value that names one of them.
 class LauncherTest : public testing::Test {
 protected:
-    InstalledApp m_app;
+    LauncherTest() {
+        removeAll();
+        makeFolder(root());
+        SetEnvironmentVariableA("ORVANE_TEST_REPORT", kReport);
+        behave("0");
+    }
+    ~LauncherTest() override {
+        SetEvent(m_leave.get());
+        removeAll();
+    }
+
+    // Makes the folder (a plain absolute path of any length) with the program in it.
+    static void install(const std::wstring& folder,
+                        const std::string& content = testProgram("launched_app.exe")) {
+        makeFolder(folder);
+        writeFile(folder + L"\\OrVaneApp.exe", content);
+    }
+    // What the program does when it is started: an exit code, or "stay" until the test ends.
+    static void behave(const char* exit) {
+        DeleteFileA(kReport);
+        SetEnvironmentVariableA("ORVANE_TEST_EXIT", exit);
+    }
+    // The command line and the working directory of the last start; empty when there was none.
+    static std::pair<std::wstring, std::wstring> report() {
+        std::ifstream file(kReport, std::ios::binary);
+        std::string line;
+        std::string directory;
+        std::getline(file, line);
+        std::getline(file, directory);
+        return {wide(line), wide(directory)};
+    }
+
+    InstallPath m_path;
     OrvaneLauncher m_launcher{kWmp};
+
+private:
+    static void removeAll() {
+        std::error_code ignored;
+        std::filesystem::remove_all(openable(root()), ignored);
+    }
+
+    const UniqueHandle m_leave{CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave")};
 };
 
 TEST_F(LauncherTest, FindsAndStartsTheProgramHoweverItsFolderIsSpelled) {
-    const std::wstring root = InstalledApp::root();
     // Too long for the shell in units, though not in characters.
     std::wstring faces;
     for (int i = 0; i < 60; ++i) faces += L"\U0001F600";
-    const std::wstring deep = root + L"\\" + faces + L"\\" + faces + std::wstring(L"日");
+    const std::wstring deep = root() + L"\\" + faces + L"\\" + faces + std::wstring(L"日");
     const std::wstring deepOddly =
         L"C:/orvane-launcher-tests\\\\" + faces + L"//" + faces + L"日\\";
-    m_app.install(root + L"\\plain");
-    m_app.install(root + L"\\Né 日本");
-    m_app.install(deep);
+    install(root() + L"\\plain");
+    install(root() + L"\\Né 日本");
+    install(deep);
 
-    for (const std::wstring& folder : {root + L"\\plain", root + L"\\plain\\", root + L"\\\\plain",
-                                       std::wstring(L"C:/orvane-launcher-tests//plain"),
-                                       root + L"\\Né 日本", deep, deep + L"\\", deepOddly}) {
+    for (const std::wstring& folder :
+         {root() + L"\\plain", root() + L"\\plain\\", root() + L"\\\\plain",
+          std::wstring(L"C:/orvane-launcher-tests//plain"), root() + L"\\Né 日本", deep,
+          deep + L"\\", deepOddly}) {
         SCOPED_TRACE(testing::PrintToString(folder));
-        m_app.registerFolder(folder);
-        m_app.behave("0");
+        m_path.set(folder);
+        behave("0");
         const std::wstring path = folder + L"\\OrVaneApp.exe";
-        EXPECT_EQ(wide(m_launcher.getPath()), path);
+        EXPECT_EQ(std::wstring(m_launcher.getPath().toWideCharPointer()), path);
         EXPECT_TRUE(m_launcher.isInstalled());
         EXPECT_TRUE(m_launcher.launch());
-        EXPECT_EQ(InstalledApp::commandLine(), L"\"" + path + L"\" --launched-by=wmp");
+        EXPECT_EQ(report().first, L"\"" + path + L"\" --launched-by=wmp");
         if (path.size() < MAX_PATH) {
-            EXPECT_THAT(InstalledApp::workingDirectory(),
-                        testing::AnyOf(root + L"\\plain", root + L"\\Né 日本"));
+            EXPECT_THAT(report().second,
+                        testing::AnyOf(root() + L"\\plain", root() + L"\\Né 日本"));
         }
     }
 }
 
 TEST_F(LauncherTest, JudgesTheStartByItsFirstThreeSeconds) {
-    const std::wstring folder = InstalledApp::root() + L"\\plain";
-    m_app.install(folder);
-    m_app.registerFolder(folder);
+    const std::wstring folder = root() + L"\\plain";
+    install(folder);
+    m_path.set(folder);
     CapturedLog log;
 
-    m_app.behave("2");
+    behave("2");
     EXPECT_FALSE(m_launcher.launch());
     EXPECT_THAT(log.take(), HasSubstr("AppLauncher::launch: app code: 2\n"));
 
-    m_app.behave("stay");
+    behave("stay");
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(m_launcher.launch());
     const auto waited = std::chrono::steady_clock::now() - start;
@@ -76,9 +127,8 @@ TEST_F(LauncherTest, JudgesTheStartByItsFirstThreeSeconds) {
 }
 
 TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
-    const std::wstring root = InstalledApp::root();
-    test::makeFolder(root + L"\\empty");
-    test::makeFolder(root + L"\\folder\\OrVaneApp.exe");
+    test::makeFolder(root() + L"\\empty");
+    test::makeFolder(root() + L"\\folder\\OrVaneApp.exe");
     CapturedLog log;
     const auto expectNone = [&] {
         EXPECT_TRUE(m_launcher.getPath().isEmpty());
@@ -95,24 +145,24 @@ TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
 
     expectNone();  // no value
     for (const wchar_t* folder : {L"\\empty", L"\\folder"}) {
-        m_app.registerFolder(root + folder);
-        const std::string path = juce::String((root + folder).c_str()).toStdString();
+        m_path.set(root() + folder);
+        const std::string path = juce::String((root() + folder).c_str()).toStdString();
         EXPECT_THAT(expectNone(), HasSubstr("OrvaneLauncher::getPath: can't find OrVane "
                                             "executable at " +
                                             path + "\\OrVaneApp.exe\n"));
     }
     for (const std::wstring& folder :
-         {L"\"" + root + L"\\plain\"", std::wstring(L"http://localhost/app"), std::wstring(L" "),
+         {L"\"" + root() + L"\\plain\"", std::wstring(L"http://localhost/app"), std::wstring(L" "),
           std::wstring(L"no such folder"), std::wstring(L"\\\\?\\"), std::wstring(L"\\\\.\\pipe"),
           std::wstring(100000, L'x'), std::wstring(L"%s%n%M")}) {
         SCOPED_TRACE(testing::PrintToString(folder.substr(0, 40)));
-        m_app.registerFolder(folder);
+        m_path.set(folder);
         expectNone();
     }
     const DWORD number = 7;
-    m_app.registerData(REG_DWORD, &number, sizeof(number));
+    m_path.set(REG_DWORD, &number, sizeof(number));
     expectNone();
-    m_app.registerData(REG_SZ, "odd", 3);
+    m_path.set(REG_SZ, "odd", 3);
     expectNone();
 }
 
@@ -120,9 +170,9 @@ TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
 TEST_F(LauncherTest, ReportsAProgramThatCannotBeStarted) {
     CapturedLog log;
     const std::wstring deep =
-        InstalledApp::root() + L"\\" + std::wstring(130, L'c') + L"\\" + std::wstring(130, L'd');
-    m_app.installContent(deep, "no program");
-    m_app.registerFolder(deep);
+        root() + L"\\" + std::wstring(130, L'c') + L"\\" + std::wstring(130, L'd');
+    install(deep, "no program");
+    m_path.set(deep);
     EXPECT_FALSE(m_launcher.launch());
     EXPECT_THAT(log.take(), HasSubstr("AppLauncher::launch: failed launching (code=0x000000c1)\n"));
 }
@@ -138,14 +188,14 @@ TEST_F(LauncherTest, TellsWhetherTheApplicationRuns) {
 }
 
 TEST_F(LauncherTest, StartsNothingForAPlayerThatItDoesNotKnow) {
-    m_app.install(InstalledApp::root());
-    m_app.registerFolder(InstalledApp::root());
+    install(root());
+    m_path.set(root());
     CapturedLog log;
     EXPECT_FALSE(OrvaneLauncher(7).launch());
     EXPECT_THAT(log.take(), HasSubstr("HostLauncher::launch: unknown player id: 7\n"));
-    EXPECT_TRUE(InstalledApp::commandLine().empty());
+    EXPECT_TRUE(report().first.empty());
     EXPECT_TRUE(OrvaneLauncher(5).launch());
-    EXPECT_THAT(InstalledApp::commandLine(), testing::EndsWith(L" --launched-by=itunes"));
+    EXPECT_THAT(report().first, testing::EndsWith(L" --launched-by=itunes"));
 }
 
 }  // namespace

@@ -1,24 +1,173 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <memory>
-#include <thread>
+#include <new>
 
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
-#include "tests/common/messages/mock_plugin_methods.h"
+#include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
+#include "tests/support/captured_log.h"
+#include "tests/support/process_counts.h"
+
+namespace {
+
+std::atomic<int> s_allocated{0};  // blocks of the program's own heap
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    void* const block = std::malloc(size);
+    if (block == nullptr) throw std::bad_alloc();
+    ++s_allocated;
+    return block;
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+    if (block != nullptr) --s_allocated;
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
 namespace orvane {
 namespace {
 
 using namespace test;
-using ::testing::NiceMock;
-using ::testing::Return;
 using Strings = std::vector<std::string>;
+
+// Keeps what would be sent, and has no pipe below it.
+class RecordingConnector final : public AppConnector {
+public:
+    RecordingConnector() : AppConnector(nullptr) {}
+    using AppConnector::timerCallback;
+    using Timer::getTimerInterval;
+
+    bool connect() override { return true; }
+    void disconnect() override {}
+    bool isConnected() override { return true; }
+    bool postEvent(const OrvaneEvent& event) override { return tryPostEvent(event).sent; }
+    Pipe::Sending tryPostEvent(const OrvaneEvent& event) override {
+        const std::size_t size = event.toPayload().size();
+        if (size >= frame::kPayloadLimit) return {false, size};
+        events.push_back(event);
+        if (onEvent) onEvent();
+        return {true, 0};
+    }
+    Strings lines() {
+        Strings lines;
+        for (const OrvaneEvent& event : std::exchange(events, {})) lines.push_back(lineOf(event));
+        return lines;
+    }
+
+    std::vector<OrvaneEvent> events;
+    std::function<void()> onEvent;
+};
+
+TEST(AppConnectorTest, EachHappeningIsOneEvent) {
+    const juce::ScopedJuceInitialiser_GUI juce;
+    RecordingConnector connector;
+    connector.playerHello("wmp");
+    connector.playerMaximized("wmp", -4, -8, 1936, 1056);
+    connector.playerMinimized("wmp");
+    connector.playerHidden("wmp");
+    connector.playerShown("wmp");
+    connector.playerInSpecialMode("wmp", true);
+    connector.playerInSpecialMode("wmp", false);
+    connector.playerActivated("wmp");
+    connector.playStarted("wmp", "t", "a", "al", "g", "f", "y", "n");
+    connector.playStopped("wmp");
+    connector.playPaused("wmp");
+    connector.cleanTracks("wmp", {"C:\\a.mp3", "D:\\b & c.wma"});
+    connector.cleanTracks("wmp", {});
+    connector.mouseLButtonDown("wmp");
+    connector.playerGoodbye("wmp");
+    EXPECT_EQ(
+        connector.lines(),
+        (Strings{"PlayerHello Player=wmp", "PlayerMaximized Player=wmp PlayerRect=-4,-8,1936,1056",
+                 "PlayerMinimized Player=wmp", "PlayerHidden Player=wmp", "PlayerShown Player=wmp",
+                 "PlayerInSpecialMode Player=wmp inSpecialMode=true",
+                 "PlayerInSpecialMode Player=wmp inSpecialMode=false", "PlayerActivated Player=wmp",
+                 "PlayStarted Player=wmp TrackTitle=t TrackArtist=a AlbumTitle=al Genre_2=g "
+                 "Filename=f Year=y TrackNumber=n",
+                 "PlayStopped Player=wmp", "PlayStopped Player=wmp",
+                 "CleanTracks Player=wmp trackPaths0=C:\\a.mp3 trackPaths1=D:\\b & c.wma",
+                 "CleanTracks Player=wmp", "MouseLButtonDown Player=wmp",
+                 "PlayerGoodbye Player=wmp"}));
+}
+
+// Ticks by hand; the timer is only asked whether it runs.
+TEST(AppConnectorTest, TheNewestMoveIsSentAndTheTimerRunsWhileOneWaits) {
+    const juce::ScopedJuceInitialiser_GUI juce;
+    RecordingConnector connector;
+    const auto tick = [&] {
+        EXPECT_EQ(connector.getTimerInterval(), 75);
+        connector.timerCallback();
+    };
+    // Dragged about before hello: waits, takes no more and more memory, and is sent once.
+    const int before = s_allocated;
+    for (int i = 0; i < 10'000; ++i) connector.playerMoved("wmp", i, 0, 1, 1);
+    EXPECT_LT(s_allocated, before + 20);
+    EXPECT_EQ(connector.getTimerInterval(), 0);
+    connector.playerHello("wmp");
+    tick();
+    EXPECT_EQ(connector.getTimerInterval(), 0);
+    EXPECT_EQ(connector.lines(), (Strings{"PlayerHello Player=wmp",
+                                          "PlayerMoved Player=playerName PlayerRect=9999,0,1,1"}));
+
+    connector.playerMoved("wmp", 1, -2, 3, 4);
+    connector.playerMoved("wmp", 2, -2, 3, 4);
+    connector.onEvent = [&] {
+        connector.onEvent = nullptr;
+        connector.playerMoved("wmp", 3, -2, 3, 4);  // waits for the next tick
+    };
+    tick();
+    EXPECT_EQ(connector.lines(), Strings{"PlayerMoved Player=playerName PlayerRect=2,-2,3,4"});
+    // Goodbye comes in the middle of a tick, with another position waiting.
+    connector.onEvent = [&] {
+        connector.onEvent = nullptr;
+        connector.playerMoved("wmp", 4, 4, 4, 4);
+        connector.playerGoodbye("wmp");
+    };
+    tick();
+    connector.timerCallback();  // a late one
+    EXPECT_EQ(connector.getTimerInterval(), 0);
+    EXPECT_EQ(connector.lines(), (Strings{"PlayerMoved Player=playerName PlayerRect=3,-2,3,4",
+                                          "PlayerGoodbye Player=wmp"}));
+    connector.playerMoved("wmp", 5, 5, 5, 5);
+    EXPECT_EQ(connector.getTimerInterval(), 0);
+}
+
+TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
+    const juce::ScopedJuceInitialiser_GUI juce;
+    RecordingConnector connector;
+    CapturedLog log;
+    juce::StringArray paths;
+    // Short ones first; then ones that grow to five times their length as they are written.
+    for (int i = 0; i < 150'000; ++i)
+        paths.add("C:\\" + juce::String(i) + juce::String::repeatedString("&", i / 4000));
+    connector.cleanTracks("wmp", paths);
+    EXPECT_GE(connector.events.size(), 2U);
+    EXPECT_LE(connector.events.size(), 8U);
+    juce::StringArray all;
+    for (const OrvaneEvent& event : connector.events) {
+        juce::StringArray part;
+        EXPECT_TRUE(event.getList("trackPaths", part));
+        EXPECT_EQ(event.getValue("Player"), "wmp");
+        all.addArray(part);
+    }
+    EXPECT_TRUE(all == paths);
+
+    connector.events.clear();
+    log.lines();
+    connector.cleanTracks("wmp", {"a", juce::String::repeatedString("x", 11'000'000), "b"});
+    EXPECT_EQ(connector.lines(), (Strings{"CleanTracks Player=wmp trackPaths0=a",
+                                          "CleanTracks Player=wmp trackPaths0=b"}));
+    EXPECT_EQ(log.lines(), Strings{"<3> AppConnector: CleanTracks could not be sent: a path is "
+                                   "too long for a frame"});
+}
 
 class ConnectorTest : public ::testing::Test {
 protected:
@@ -26,87 +175,36 @@ protected:
         app.openPipes();
         ASSERT_TRUE(connector->connect());
         ASSERT_TRUE(connector->isConnected());
-        takeLogLines();
+        m_log.lines();
     }
     bool eventsAre(const Strings& expected) {
         return app.events.lines(expected.size()) == expected;
     }
 
+    CapturedLog m_log;
     const juce::ScopedJuceInitialiser_GUI m_juce;
-    NiceMock<MockPluginMethods> methods;
+    RecordingMethods methods;
     FakeApp app;
     std::unique_ptr<OrvaneAppConnector> connector = std::make_unique<OrvaneAppConnector>(&methods);
 };
 
-TEST_F(ConnectorTest, EachHappeningIsOneEvent) {
-    link();
-    connector->playerHello("wmp");
-    connector->playerMaximized("wmp", -4, -8, 1936, 1056);
-    connector->playerMinimized("wmp");
-    connector->playerHidden("wmp");
-    connector->playerShown("wmp");
-    connector->playerInSpecialMode("wmp", true);
-    connector->playerInSpecialMode("wmp", false);
-    connector->playerActivated("wmp");
-    connector->playStarted("wmp", "t", "a", "al", "g", "f", "y", "n");
-    connector->playStopped("wmp");
-    connector->playPaused("wmp");
-    connector->cleanTracks("wmp", {"C:\\a.mp3", "D:\\b & c.wma"});
-    connector->cleanTracks("wmp", {});
-    connector->mouseLButtonDown("wmp");
-    connector->playerGoodbye("wmp");
-    const std::string started =
-        "PlayStarted Player=wmp TrackTitle=t TrackArtist=a AlbumTitle=al Genre_2=g Filename=f "
-        "Year=y TrackNumber=n";
-    EXPECT_TRUE(eventsAre(
-        {"PlayerHello Player=wmp", "PlayerMaximized Player=wmp PlayerRect=-4,-8,1936,1056",
-         "PlayerMinimized Player=wmp", "PlayerHidden Player=wmp", "PlayerShown Player=wmp",
-         "PlayerInSpecialMode Player=wmp inSpecialMode=true",
-         "PlayerInSpecialMode Player=wmp inSpecialMode=false", "PlayerActivated Player=wmp",
-         started, "PlayStopped Player=wmp", "PlayStopped Player=wmp",
-         "CleanTracks Player=wmp trackPaths0=C:\\a.mp3 trackPaths1=D:\\b & c.wma",
-         "CleanTracks Player=wmp", "MouseLButtonDown Player=wmp", "PlayerGoodbye Player=wmp"}));
-}
-
-TEST_F(ConnectorTest, MovesAreGatheredAndTheNewestIsSent) {
-    link();
-    // Dragged about before hello: waits, takes no more and more memory, and is sent once.
-    for (int i = 0; i < 10'000; ++i) connector->playerMoved("wmp", i, 0, 1, 1);
-    pumpFor(160);
-    EXPECT_TRUE(app.events.lines().empty());
-    connector->playerHello("wmp");
-    EXPECT_TRUE(eventsAre(
-        {"PlayerHello Player=wmp", "PlayerMoved Player=playerName PlayerRect=9999,0,1,1"}));
-
-    for (int i = 1; i <= 5; ++i) connector->playerMoved("wmp", i, -2, 3, 4);
-    EXPECT_TRUE(pumpUntil([&] { return app.events.lines().size() == 3; }));
-    pumpFor(160);
-    ASSERT_EQ(app.events.lines().size(), 3u);
-    EXPECT_EQ(app.events.lines()[2], "PlayerMoved Player=playerName PlayerRect=5,-2,3,4");
-
-    connector->playerGoodbye("wmp");
-    connector->playerMoved("wmp", 8, 8, 8, 8);
-    pumpFor(160);
-    EXPECT_EQ(app.events.lines(4).back(), "PlayerGoodbye Player=wmp");
-}
-
 TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     app.closePipes();
-    takeLogLines();
+    m_log.lines();
     connector->disconnect();
-    EXPECT_EQ(takeLogLines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
+    EXPECT_EQ(m_log.lines(), Strings{"<7> OrvaneAppConnector::disconnect: HERE"});
 
     const Strings bothFailed{"<3> OrvaneAppConnector::connect: m_ep->initConnection failed",
                              "<3> OrvaneAppConnector::connect: m_cl->initConnection failed"};
     EXPECT_FALSE(connector->connect());
-    EXPECT_EQ(takeLogLines(), bothFailed);
+    EXPECT_EQ(m_log.lines(), bothFailed);
     connector->playStopped("wmp");  // lost, quietly
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_TRUE(m_log.lines().empty());
 
     app.events.initConnection();
     EXPECT_FALSE(connector->connect());
-    EXPECT_TRUE(logHolds(bothFailed[1]));
-    EXPECT_FALSE(logHolds(bothFailed[0]));
+    EXPECT_TRUE(m_log.holds(bothFailed[1]));
+    EXPECT_FALSE(m_log.holds(bothFailed[0]));
     EXPECT_FALSE(connector->isConnected());
 
     app.commands.initConnection();
@@ -115,28 +213,47 @@ TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     EXPECT_TRUE(connector->connect());
     EXPECT_TRUE(app.events.isConnected() && app.commands.isConnected()) << "as they were";
 
+    m_log.lines();
+    connector->playStarted("wmp", juce::String::repeatedString("x", 10'500'000), "", "", "", "", "",
+                           "");
+    const Strings lines = m_log.lines();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].find("<3> OrvaneAppConnector::postEvent: an event of 10500"), 0U);
+    EXPECT_TRUE(connector->isConnected()) << "and nothing of it was written";
+
     connector->disconnect();
     EXPECT_FALSE(connector->isConnected());
     EXPECT_FALSE(connector->postEvent(OrvaneEvent("e")));
 }
 
-TEST_F(ConnectorTest, TheLinkComesBackWithTheApplication) {
-    link();
-    for (int round = 0; round < 3; ++round) {
+// Every two seconds, for days: nothing may stay of a link that was lost.
+TEST_F(ConnectorTest, LinkedAndLostAgainAndAgain) {
+    int threads = 0;
+    int handles = 0;
+    int allocated = 0;
+    for (int round = 0; round < 200; ++round) {
+        link();
+        connector->playerShown("wmp");
+        ASSERT_TRUE(eventsAre({"PlayerShown Player=wmp"}));
+        app.sendCommand("pause");
+        ASSERT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
         app.closePipes();
         app.forget();
-        EXPECT_TRUE(eventually([&] { return !connector->isConnected(); }));
-        EXPECT_FALSE(connector->connect());
-        app.openPipes();
-        EXPECT_TRUE(connector->connect());
-        connector->playerShown("wmp");
-        EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp"}));
+        ASSERT_TRUE(eventually([&] { return !connector->isConnected(); }));
+        ASSERT_FALSE(connector->connect());
+        m_log.lines();
+        if (round != 10) continue;
+        threads = threadsOfThisProcess();
+        handles = handlesOfThisProcess();
+        allocated = s_allocated;
     }
+    EXPECT_TRUE(eventually([&] { return threadsOfThisProcess() <= threads; }));
+    EXPECT_LE(handlesOfThisProcess(), handles + 5);
+    EXPECT_LE(s_allocated, allocated + 20);
+    EXPECT_GT(handles, 0);
 }
 
 TEST_F(ConnectorTest, CommandsAreAnsweredInOrderWhateverStandsBetween) {
-    EXPECT_CALL(methods, getTrackCount()).WillOnce(Return(3));
-    EXPECT_CALL(methods, pause()).WillOnce(Return(true));
     link();
     app.commands.deliver(OrvaneCommand("getTrackCount"));
     app.commands.deliver(OrvaneEvent("pause"));
@@ -147,7 +264,7 @@ TEST_F(ConnectorTest, CommandsAreAnsweredInOrderWhateverStandsBetween) {
               (Strings{"getTrackCount trackCount=3 return_value=true",
                        "unheard of return_value=false", "pause return_value=true"}));
     EXPECT_TRUE(connector->isConnected());
-    const Strings lines = takeLogLines();
+    const Strings lines = m_log.lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(),
                          "<3> CommandListener: command parsing error occured"),
               2);
@@ -156,6 +273,7 @@ TEST_F(ConnectorTest, CommandsAreAnsweredInOrderWhateverStandsBetween) {
     EXPECT_TRUE(app.events.deliver(OrvaneCommand("close")));
     connector->playerShown("wmp");
     EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp"}));
+    EXPECT_EQ(methods.lastCall, "pause()");
 }
 
 // The player lets go of everything while a command is running that needs the player's thread, and
@@ -170,16 +288,15 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
         EXPECT_FALSE(going->connect());
         going->isConnected();
     };
-    std::atomic<bool> begun{false};
-    EXPECT_CALL(methods, stop()).WillOnce([&] {
-        begun = true;
-        Sleep(150);
-        EXPECT_EQ(SendMessageW(playerWindow.get(), CountingWindow::message, 0, 0), 42);
+    Signal begun;
+    methods.onCall = [&](const std::string&) {
+        begun.give();
+        Sleep(100);
+        EXPECT_EQ(playerWindow.send(), 42);
         going->playStopped("wmp");
-        return true;
-    });
+    };
     app.sendCommand("stop");
-    ASSERT_TRUE(eventually([&] { return begun.load(); }));
+    ASSERT_TRUE(begun.await());
     connector.reset();
     EXPECT_EQ(playerWindow.count, 1);
     EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp", "PlayStopped Player=wmp"}));
@@ -188,79 +305,62 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
 // A command hangs in a call of the player's when the player lets go. It is left behind with what it
 // uses, and the next link is there before it ends.
 TEST_F(ConnectorTest, LeavesACommandBehindThatDoesNotEnd) {
-    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    EXPECT_CALL(methods, stop()).WillOnce([&] {
-        SetEvent(begun.get());
-        return WaitForSingleObject(go.get(), 20'000) == WAIT_OBJECT_0;
-    });
+    Signal begun;
+    Signal go;
+    methods.onCall = [&](const std::string& call) {
+        if (call != "stop()") return;
+        begun.give();
+        go.await(20'000);
+    };
     std::weak_ptr<void> kept;
     connector = std::make_unique<OrvaneAppConnector>(&methods, [&] {
-        const std::shared_ptr<void> owner = std::make_shared<int>();
         EXPECT_TRUE(kept.expired());
+        const std::shared_ptr<void> owner = std::make_shared<int>();
         kept = owner;
         return owner;
     });
     link();
     app.sendCommand("stop");
-    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
-    takeLogLines();
+    ASSERT_TRUE(begun.await());
     const auto waited = millisecondsFor([&] { connector.reset(); });
-    EXPECT_GE(waited, Pipe::kClosePatienceMs - 100);
-    EXPECT_LT(waited, Pipe::kClosePatienceMs + 2000);
+    EXPECT_GE(waited, 3900);
+    EXPECT_LT(waited, 6000);
     EXPECT_TRUE(
-        logHolds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
-                 "thread stays until it ends"));
+        m_log.holds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
+                    "thread stays until it ends"));
     EXPECT_FALSE(kept.expired());
 
     app.waitForDisconnectAndReopen();
     connector = std::make_unique<OrvaneAppConnector>(&methods);
     EXPECT_TRUE(connector->connect());
-    EXPECT_CALL(methods, pause()).WillOnce(Return(true));
     app.sendCommand("pause");
     EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
     EXPECT_FALSE(kept.expired());
-    SetEvent(go.get());
+    go.give();
     EXPECT_TRUE(eventually([&] { return kept.expired(); }));
 }
 
 // The application dies in the middle of a command: the player's thread does not wait for its end.
 TEST_F(ConnectorTest, ComesBackAfterTheCommandThatTheApplicationLeftBehind) {
-    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    EXPECT_CALL(methods, stop()).WillOnce([&] {
-        SetEvent(begun.get());
-        return WaitForSingleObject(go.get(), 10'000) == WAIT_OBJECT_0;
-    });
+    Signal begun;
+    Signal go;
+    methods.onCall = [&](const std::string& call) {
+        if (call != "stop()") return;
+        begun.give();
+        go.await();
+    };
     link();
     app.sendCommand("stop");
-    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
+    ASSERT_TRUE(begun.await());
     app.closePipes();
-    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 1000);
+    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 2000);
     app.openPipes();
-    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 1000);
-    SetEvent(go.get());
+    EXPECT_TRUE(app.events.isConnected() && app.commands.isConnected()) << "its pipes are free";
+    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(connector->connect()); }), 2000);
+    go.give();
     EXPECT_TRUE(eventually([&] { return connector->connect(); }));
-    EXPECT_CALL(methods, pause()).WillOnce(Return(true));
     app.sendCommand("pause");
     EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
-}
-
-// The timer tries every two seconds on the player's thread, for as long as the application is away.
-TEST_F(ConnectorTest, AnAttemptWithNobodyThereIsCheap) {
-    std::vector<double> milliseconds;
-    app.closePipes();
-    for (int i = 0; i < 100; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        connector->connect();
-        milliseconds.push_back(
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                .count());
-    }
-    takeLogLines();
-    std::sort(milliseconds.begin(), milliseconds.end());
-    // The machine may be busy with other things; what the attempt itself takes is the low end.
-    EXPECT_LT(milliseconds[10], 1.0);
 }
 
 }  // namespace

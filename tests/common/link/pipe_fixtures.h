@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <sddl.h>
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -12,6 +14,7 @@
 #include "common/link/pipe_listener.h"
 #include "common/messages/frame.h"
 #include "platform/handles.h"
+#include "tests/support/waiting.h"
 
 namespace orvane::test {
 
@@ -25,16 +28,6 @@ inline juce::String uniquePipeName() {
            juce::String(++count);
 }
 
-// Waits, without serving anything, for something that another thread brings about.
-inline bool eventually(const std::function<bool()>& holds, DWORD timeoutMs = 5000) {
-    const ULONGLONG end = GetTickCount64() + timeoutMs;
-    while (!holds()) {
-        if (GetTickCount64() > end) return false;
-        Sleep(5);
-    }
-    return true;
-}
-
 inline long long millisecondsFor(const std::function<void()>& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
@@ -43,24 +36,47 @@ inline long long millisecondsFor(const std::function<void()>& work) {
         .count();
 }
 
+// Something that one thread brings about and others wait for.
+class Signal {
+public:
+    void give() { SetEvent(m_event.get()); }
+    bool await(DWORD timeoutMs = 10'000) {
+        return WaitForSingleObject(m_event.get(), timeoutMs) == WAIT_OBJECT_0;
+    }
+
+private:
+    UniqueHandle m_event{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+};
+
 // The application's end as bare as can be, to send what no application should.
 class RawServer {
 public:
     explicit RawServer(const juce::String& name) : m_name(name) { reopen(); }
 
-    // A pipe that a client had takes none again before it is made anew.
-    void reopen() {
+    // A pipe that a client had takes none again before it is made anew, which nobody can while that
+    // client has it open. `security` describes its owner and more (SDDL).
+    bool reopen(const char* security = nullptr) {
+        UniqueLocalMemory descriptor;
+        if (security != nullptr)
+            ConvertStringSecurityDescriptorToSecurityDescriptorA(security, SDDL_REVISION_1,
+                                                                 descriptor.put(), nullptr);
+        SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor.get(), FALSE};
         m_pipe.reset();
-        m_pipe.reset(CreateNamedPipeW(
-            ("\\\\.\\pipe\\" + m_name).toWideCharPointer(), PIPE_ACCESS_DUPLEX,
-            PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT, 1, 64, 64, 0, nullptr));
+        m_pipe.reset(CreateNamedPipeW(("\\\\.\\pipe\\" + m_name).toWideCharPointer(),
+                                      PIPE_ACCESS_DUPLEX | FILE_FLAG_FIRST_PIPE_INSTANCE,
+                                      PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT, 1, 64, 64, 0,
+                                      &attributes));
+        return static_cast<bool>(m_pipe);
     }
-
-    [[nodiscard]] HANDLE get() const { return m_pipe.get(); }
 
     // Takes the client that has opened the pipe, or waits for one.
     bool accept() {
         return ConnectNamedPipe(m_pipe.get(), nullptr) || GetLastError() == ERROR_PIPE_CONNECTED;
+    }
+
+    // Whether the client that was accepted is there yet.
+    [[nodiscard]] bool hasClient() const {
+        return PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, nullptr, nullptr) != FALSE;
     }
 
     bool write(const Bytes& bytes) {
@@ -85,7 +101,7 @@ public:
     }
 
     Bytes readPayload() {
-        const Bytes bytes = read(frame::headerSize);
+        const Bytes bytes = read(frame::kHeaderSize);
         frame::Header header{};
         if (bytes.size() < header.size()) return {};
         std::copy(bytes.begin(), bytes.end(), header.begin());
@@ -93,6 +109,11 @@ public:
     }
 
     void close() { m_pipe.reset(); }
+    // When everything written has been read.
+    void closeAfterReading() {
+        FlushFileBuffers(m_pipe.get());
+        close();
+    }
 
 private:
     juce::String m_name;
@@ -111,6 +132,7 @@ public:
     }
     void connectionLost() override {
         PipeListener::connectionLost();
+        if (onLost) onLost();
         lostOn = GetCurrentThreadId();
         ++lost;
     }
@@ -128,6 +150,7 @@ public:
     }
 
     std::function<void()> onMessage;
+    std::function<void()> onLost;
     std::atomic<int> made{0};
     std::atomic<int> lost{0};
     std::atomic<DWORD> lostOn{0};
@@ -140,7 +163,7 @@ private:
 // A window on the thread that makes it, which counts the messages that others send to it.
 class CountingWindow {
 public:
-    static constexpr UINT message = WM_APP + 1;
+    static constexpr UINT kMessage = WM_APP + 1;
 
     CountingWindow()
         : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
@@ -152,7 +175,8 @@ public:
     CountingWindow& operator=(const CountingWindow&) = delete;
     ~CountingWindow() { DestroyWindow(m_window); }
 
-    [[nodiscard]] HWND get() const { return m_window; }
+    [[nodiscard]] LRESULT send() const { return SendMessageW(m_window, kMessage, 0, 0); }
+    void post() const { PostMessageW(m_window, kMessage, 0, 0); }
 
     std::atomic<int> count{0};
     std::function<void()> onMessage;
@@ -160,7 +184,7 @@ public:
 private:
     static LRESULT CALLBACK proc(HWND window, UINT id, WPARAM wParam, LPARAM lParam) {
         auto* self = reinterpret_cast<CountingWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        if (id != message || self == nullptr) return DefWindowProcW(window, id, wParam, lParam);
+        if (id != kMessage || self == nullptr) return DefWindowProcW(window, id, wParam, lParam);
         ++self->count;
         if (self->onMessage) self->onMessage();
         return 42;

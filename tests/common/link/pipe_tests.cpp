@@ -2,14 +2,14 @@
 #include <objbase.h>
 
 #include <algorithm>
-#include <optional>
 #include <thread>
 
+#include "common/link/pipe_server.h"
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
 #include "platform/waiting.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvane {
 namespace {
@@ -17,69 +17,61 @@ namespace {
 using namespace test;
 using Strings = std::vector<std::string>;
 
-OrvaneEvent bigEvent(int size = 1'000'000) {
-    OrvaneEvent event("Big");
-    event.setValue("v", juce::String::repeatedString("x", size));
-    return event;
-}
+class Apartment {
+public:
+    explicit Apartment(bool wanted)
+        : m_entered(wanted && SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+    ~Apartment() {
+        if (m_entered) CoUninitialize();
+    }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+
+private:
+    bool m_entered;
+};
 
 class PipeTest : public ::testing::Test {
 protected:
     void connect() {
         ASSERT_TRUE(listener.initConnection());
         ASSERT_TRUE(server.accept());
-        takeLogLines();
+        m_log.lines();
     }
 
+    CapturedLog m_log;
     const juce::String name = uniquePipeName();
+    const std::string quoted = "\"" + name.toStdString() + "\"";
     RawServer server{name};
     TestListener listener{name};
 };
 
-TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnce) {
+TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnceAndTheLogTells) {
+    m_log.lines();
     const juce::String absentName = uniquePipeName();
     TestListener absent(absentName);
-    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(absent.initConnection()); }), 200);
-    EXPECT_TRUE(takeLogLines().empty());
+    EXPECT_FALSE(absent.initConnection());
+    EXPECT_TRUE(m_log.lines().empty());
     EXPECT_FALSE(absent.initConnection(50));
-    EXPECT_EQ(takeLogLines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
-                                      absentName.toStdString()});
-    EXPECT_FALSE(absent.isConnected());
-    EXPECT_FALSE(absent.send(OrvaneEvent("e")));
+    EXPECT_EQ(m_log.lines(), Strings{"<7> PipeListener::initConnection: not connected to pipe " +
+                                     absentName.toStdString()});
+    EXPECT_FALSE(absent.isConnected() || absent.send(OrvaneEvent("e")));
     EXPECT_EQ(absent.made + absent.lost, 0);
 
-    connect();
-    TestListener second(name);
-    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(second.initConnection()); }), 200);
-    EXPECT_TRUE(listener.isConnected());
-}
-
-TEST_F(PipeTest, TellsTheLogOfItsComingAndGoing) {
-    const std::string quoted = "\"" + name.toStdString() + "\"";
-    takeLogLines();
     ASSERT_TRUE(listener.initConnection());
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection made",
-                                       "<7> PipeListener::initConnection: connected to pipe " +
-                                           name.toStdString()}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection made",
+                                      "<7> PipeListener::initConnection: connected to pipe " +
+                                          name.toStdString()}));
+    TestListener second(name);
+    EXPECT_FALSE(second.initConnection());
+    EXPECT_TRUE(listener.isConnected());
+
     listener.terminate();
     const std::string terminated = "<7> PipeListener: connection " + quoted + " terminated";
-    EXPECT_EQ(takeLogLines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
+    EXPECT_EQ(m_log.lines(), (Strings{"<7> Pipe " + quoted + ": connection lost", terminated}));
     EXPECT_EQ(listener.lostOn, GetCurrentThreadId());
     listener.terminate();
-    EXPECT_EQ(takeLogLines(), Strings{terminated});
-}
-
-TEST_F(PipeTest, SendsOneFrameAMessage) {
-    connect();
-    OrvaneEvent event("PlayerMaximized");
-    event.setValue("Player", "wmp");
-    event.setValue("PlayerRect", "10,20,800,600");
-    std::thread sender([&] { EXPECT_TRUE(listener.send(event)); });
-    EXPECT_EQ(server.read(8), (Bytes{0x2C, 0x9E, 0xB4, 0xF2, 0x9E, 0, 0, 0}));
-    EXPECT_EQ(server.read(158), encodePayload(event.toDocument()));
-    sender.join();
-    EXPECT_FALSE(listener.send(bigEvent(10'485'760))) << "longer than a frame may be";
-    EXPECT_TRUE(listener.isConnected()) << "and nothing of it was written";
+    EXPECT_EQ(m_log.lines(), Strings{terminated});
 }
 
 TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
@@ -96,7 +88,7 @@ TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
         });
     std::vector<int> next(4, 0);
     for (int i = 0; i < 100; ++i) {
-        const auto message = OrvaneMessage::parse(decodePayload(server.readPayload()));
+        const auto message = OrvaneMessage::parsePayload(server.readPayload());
         ASSERT_NE(message, nullptr);
         const int t = message->getName().getLastCharacter() - '0';
         EXPECT_EQ(message->getValue("v").length(), 500 * t + next[static_cast<std::size_t>(t)]++);
@@ -111,154 +103,130 @@ TEST_F(PipeTest, ReadsWhateverComesAndStaysUp) {
         server.write({});
     }
     server.write(bytesOf("garbage!"));
-    const auto tooLong = frame::encodeHeader(frame::payloadLimit);
-    server.write({tooLong.begin(), tooLong.end()});
-    const auto empty = frame::encodeHeader(0);
-    server.write({empty.begin(), empty.end()});
+    for (const std::size_t length : {frame::kPayloadLimit, std::size_t{0}}) {
+        const auto header = frame::encodeHeader(static_cast<std::uint32_t>(length));
+        server.write({header.begin(), header.end()});
+    }
     listener.onMessage = [] { throw std::bad_alloc(); };
-    server.writeFrame("two");
+    Bytes together = frame::encode(bytesOf("two"));
     const std::string large(300'000, 'l');
-    server.writeFrame(large);
-    ASSERT_TRUE(eventually([&] { return listener.payloads().size() == 3; }));
-    EXPECT_EQ(listener.payloads(), (Strings{"one", "two", large}));
+    for (const std::string& payload : {std::string("three"), large, std::string("four")}) {
+        const Bytes next = frame::encode(bytesOf(payload));
+        together.insert(together.end(), next.begin(), next.end());
+    }
+    server.write(together);
+    ASSERT_TRUE(eventually([&] { return listener.payloads().size() == 5; }));
+    EXPECT_EQ(listener.payloads(), (Strings{"one", "two", "three", large, "four"}));
     EXPECT_TRUE(listener.isConnected());
     EXPECT_EQ(listener.lost, 0);
 }
 
-TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrame) {
+TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrameAndComesAgain) {
     connect();
+    bool free = false;
+    listener.onLost = [&] { free = server.reopen(); };
     Bytes frame = frame::encode(Bytes(5'000'000, 'x'));
-    frame.resize(8 + 1000);
+    frame.resize(8 + 10'000);
     server.write(frame);
-    FlushFileBuffers(server.get());
-    server.close();
+    server.closeAfterReading();
     ASSERT_TRUE(eventually([&] { return listener.lost == 1; }));
-    EXPECT_EQ(listener.payloads(), Strings{std::string(1000, 'x')});
+    EXPECT_TRUE(free) << "nothing of ours keeps the pipe's name";
+    EXPECT_EQ(listener.payloads(), Strings{std::string(10'000, 'x')});
     EXPECT_FALSE(listener.isConnected());
     EXPECT_NE(listener.lostOn, GetCurrentThreadId());
     listener.terminate();
     EXPECT_EQ(listener.lost, 1);
 
-    RawServer again(name);
-    ASSERT_TRUE(listener.initConnection());
-    again.writeFrame("hello");
+    connect();
+    server.writeFrame("hello");
     EXPECT_TRUE(eventually([&] { return listener.payloads().size() == 2; }));
     EXPECT_EQ(listener.made, 2);
 }
 
 TEST_F(PipeTest, TheApplicationGoesWhileItsMessageIsHandled) {
     connect();
-    const UniqueHandle begun(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const UniqueHandle go(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    Signal begun;
+    Signal go;
     listener.onMessage = [&] {
-        SetEvent(begun.get());
-        WaitForSingleObject(go.get(), 5000);
+        begun.give();
+        go.await();
     };
-    server.writeFrame("long");
-    ASSERT_EQ(WaitForSingleObject(begun.get(), 5000), WAIT_OBJECT_0);
+    server.write([] {
+        Bytes two = frame::encode(bytesOf("long"));
+        const Bytes next = frame::encode(bytesOf("next"));
+        two.insert(two.end(), next.begin(), next.end());
+        return two;
+    }());
+    ASSERT_TRUE(begun.await());
     EXPECT_TRUE(listener.isConnected());
     server.close();
     EXPECT_FALSE(listener.isConnected()) << "nobody reads, but the other end has gone";
-    SetEvent(go.get());
-    EXPECT_TRUE(eventually([&] { return listener.lost == 1; }));
-}
-
-TEST_F(PipeTest, AnApplicationThatDoesNotReadCostsOneWait) {
-    connect();
-    const OrvaneEvent event = bigEvent();
-    std::atomic<long long> otherMs{0};
-    std::thread other([&] {
-        Sleep(300);
-        otherMs = millisecondsFor([&] { EXPECT_FALSE(listener.send(event)); });
-    });
-    const auto firstMs = millisecondsFor([&] { EXPECT_FALSE(listener.send(event)); });
-    EXPECT_GE(firstMs, 1900);
-    EXPECT_LT(firstMs, 3000);
-    other.join();
-    EXPECT_LT(otherMs, 2900) << "waiting for another writer counts";
-
-    // Part of a frame may be on its way: this connection is of no more use.
-    EXPECT_FALSE(listener.isConnected());
-    EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(listener.send(event)); }), 500);
-    EXPECT_TRUE(eventually([&] { return listener.lost == 1; }));
+    EXPECT_FALSE(listener.letGo());
+    EXPECT_TRUE(server.reopen()) << "while the message is still being handled";
+    go.give();
     listener.terminate();
     EXPECT_EQ(listener.lost, 1);
+    EXPECT_EQ(listener.payloads(), Strings{"long"}) << "what came before the end of the link";
+}
+
+// Part of a frame may be on its way, so the stream is of no more use: the next writer fails at
+// once.
+TEST(PipeStreamTest, AReaderThatStopsCostsOneWait) {
+    const juce::String name = uniquePipeName();
+    const auto server = PipeStream::create(name);
+    const char* refusal = nullptr;
+    const auto client = PipeStream::openExisting(name, &refusal);
+    ASSERT_TRUE(server != nullptr && client != nullptr);
+    const Bytes bytes(100'000, 'x');
+    std::thread first(
+        [&] { EXPECT_GE(millisecondsFor([&] { EXPECT_FALSE(client->write(bytes, 400)); }), 390); });
+    ASSERT_TRUE(eventually([&] { return !client->write({}, 0); }));  // the turn is taken
+    EXPECT_TRUE(client->isUsable());
+    EXPECT_FALSE(client->write(bytes, 20)) << "waiting for another writer counts";
+    EXPECT_TRUE(client->isUsable()) << "nothing of it was written";
+    first.join();
+    EXPECT_FALSE(client->isUsable());
+    EXPECT_FALSE(client->write(bytes, INFINITE));
 }
 
 TEST_F(PipeTest, ClosingEndsAWriteAtOnce) {
     connect();
-    std::atomic<long long> sendMs{-1};
-    const OrvaneEvent event = bigEvent();
-    std::thread sender(
-        [&] { sendMs = millisecondsFor([&] { EXPECT_FALSE(listener.send(event)); }); });
-    Sleep(300);
-    EXPECT_LT(millisecondsFor([&] { listener.terminate(); }), 1000);
+    OrvaneEvent big("Big");
+    big.setValue("v", juce::String::repeatedString("x", 1'000'000));
+    std::thread sender([&] {
+        EXPECT_LT(millisecondsFor([&] { EXPECT_FALSE(listener.send(big)); }),
+                  Pipe::kWriteTimeoutMs - 500);
+    });
+    EXPECT_EQ(server.read(8).size(), 8U);  // it is being written
+    listener.terminate();
     sender.join();
-    EXPECT_LT(sendMs, 1500);
     EXPECT_EQ(listener.lost, 1);
-}
-
-// The level at which the pipe's maker may act as its client; none where that cannot be told.
-std::optional<SECURITY_IMPERSONATION_LEVEL> levelGivenTo(RawServer& server) {
-    if (!ImpersonateNamedPipeClient(server.get())) return std::nullopt;
-    UniqueHandle token;
-    const BOOL opened = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.put());
-    RevertToSelf();
-    SECURITY_IMPERSONATION_LEVEL level{};
-    DWORD size = 0;
-    if (!opened ||
-        !GetTokenInformation(token.get(), TokenImpersonationLevel, &level, sizeof level, &size))
-        return std::nullopt;
-    return level;
-}
-
-// Another program may have taken the pipe's name. It gets a token that says who we are and with
-// which it can do nothing.
-TEST_F(PipeTest, TheOtherEndCanOnlyIdentifyUs) {
-    {
-        const UniqueFile client(CreateFileW(
-            ("\\\\.\\pipe\\" + name).toWideCharPointer(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-            OPEN_EXISTING, SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
-        DWORD written = 0;
-        ASSERT_TRUE(WriteFile(client.get(), "x", 1, &written, nullptr));
-        EXPECT_EQ(server.read(1), bytesOf("x"));
-        if (levelGivenTo(server) != SecurityIdentification)
-            GTEST_SKIP() << "this Windows gives every pipe's maker the full level (Wine does)";
-    }
-    server.reopen();
-    connect();
-    std::thread sender([&] { listener.send(OrvaneEvent("e")); });
-    EXPECT_FALSE(server.readPayload().empty());
-    sender.join();
-    EXPECT_EQ(levelGivenTo(server), SecurityIdentification);
 }
 
 // The player may serve a command's call on the very thread that closes the pipe. What was posted to
 // that thread is for the player's own loop.
 TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
-    for (const bool apartment : {false, true}) {
-        SCOPED_TRACE(apartment);
-        if (apartment) CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    for (const bool inApartment : {false, true}) {
+        SCOPED_TRACE(inApartment);
+        const Apartment apartment(inApartment);
         CountingWindow window;
-        std::atomic<bool> begun{false};
+        Signal begun;
         std::atomic<bool> ended{false};
         listener.onMessage = [&] {
-            begun = true;
-            PostMessageW(window.get(), CountingWindow::message, 0, 0);
-            Sleep(100);
-            EXPECT_EQ(SendMessageW(window.get(), CountingWindow::message, 0, 0), 42);
+            window.post();
+            begun.give();
+            EXPECT_TRUE(eventually([&] { return !listener.isConnected(); }));
+            EXPECT_EQ(window.send(), 42);
             ended = true;
         };
         window.onMessage = [&] { EXPECT_FALSE(listener.send(OrvaneEvent("e"))); };
-        ASSERT_TRUE(listener.initConnection());
-        server.accept();
+        connect();
         server.writeFrame("go");
-        ASSERT_TRUE(eventually([&] { return begun.load(); }));
+        ASSERT_TRUE(begun.await());
         listener.terminate();
         EXPECT_TRUE(ended);
         EXPECT_EQ(window.count, 1);
         server.reopen();
-        if (apartment) CoUninitialize();
     }
     EXPECT_EQ(listener.lost, 2);
 }
@@ -272,38 +240,85 @@ TEST_F(PipeTest, TheReaderIsAnApartmentThatServesItsMessages) {
         APTTYPE type{};
         APTTYPEQUALIFIER qualifier{};
         CoGetApartmentType(&type, &qualifier);
-        if (window == nullptr)
-            window = std::make_unique<CountingWindow>();
-        else
-            window = nullptr;
+        window = window == nullptr ? std::make_unique<CountingWindow>() : nullptr;
         apartment = type;
     };
     connect();
     server.writeFrame("make");
     ASSERT_TRUE(eventually([&] { return apartment >= 0; }));
     EXPECT_TRUE(apartment == APTTYPE_STA || apartment == APTTYPE_MAINSTA);
-    DWORD_PTR answer = 0;
-    EXPECT_TRUE(SendMessageTimeoutW(window->get(), CountingWindow::message, 0, 0, SMTO_NORMAL, 3000,
-                                    &answer));
-    PostMessageW(window->get(), CountingWindow::message, 0, 0);
-    EXPECT_TRUE(eventually([&] { return window->count == 2; }));
+    window->post();
+    EXPECT_TRUE(eventually([&] { return window->count == 1; }));
     server.writeFrame("unmake");
     EXPECT_TRUE(eventually([&] { return listener.payloads().size() == 2; }));
 }
 
-TEST(Waiting, EndsWithTheTimeOrTheHandle) {
-    const UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    for (const bool apartment : {false, true}) {
-        if (apartment) CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        ResetEvent(event.get());
-        PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
-        const auto ms = millisecondsFor(
-            [&] { EXPECT_EQ(waitServingCalls(event.get(), 150), WaitOutcome::timedOut); });
-        EXPECT_GE(ms, 130);
-        EXPECT_LT(ms, 2000);
-        SetEvent(event.get());
-        EXPECT_EQ(waitServingCalls(event.get(), INFINITE), WaitOutcome::signalled);
-        if (apartment) CoUninitialize();
+TEST(PipeServer, OnlyThisUserTheAdministratorsAndTheSystemAreLetIn) {
+    constexpr const char* user = "S-1-5-21-1-2-3-1001";
+    const auto sid = [](const char* text) {
+        UniqueLocalMemory converted;
+        EXPECT_TRUE(ConvertStringSidToSidA(text, converted.put()));
+        return converted;
+    };
+    for (const auto& [owner, trusted] :
+         std::vector<std::pair<const char*, bool>>{{user, true},
+                                                   {"S-1-5-32-544", true},
+                                                   {"S-1-5-18", true},
+                                                   {"S-1-5-21-1-2-3-1002", false},
+                                                   {"S-1-5-21-1-2-3-544", false},
+                                                   {"S-1-5-32-545", false},
+                                                   {"S-1-5-19", false},
+                                                   {"S-1-1-0", false}})
+        EXPECT_EQ(isTrustedOwner(sid(owner).get(), sid(user).get()), trusted) << owner;
+    EXPECT_FALSE(isTrustedOwner(sid(user).get(), nullptr));
+}
+
+TEST_F(PipeTest, AStrangersPipeIsNotLinkedTo) {
+    for (const auto& [security, linked] :
+         std::vector<std::pair<const char*, bool>>{{"O:S-1-5-21-1-2-3-1234D:(A;;GA;;;WD)", false},
+                                                   {"O:WDD:(A;;GA;;;WD)", false},
+                                                   {"O:BAD:(A;;GA;;;WD)", true},
+                                                   {nullptr, true}}) {  // the system's default
+        ASSERT_TRUE(server.reopen(security));
+        m_log.lines();
+        EXPECT_EQ(listener.initConnection(), linked);
+        EXPECT_EQ(m_log.holds("<3> PipeListener: pipe " + quoted +
+                              " is not linked to: it belongs to another user"),
+                  !linked);
+        EXPECT_EQ(listener.isConnected(), linked);
+        listener.terminate();
+    }
+    EXPECT_EQ(listener.made, 2);
+}
+
+TEST(Waiting, EndsWithTheTimeOrTheHandleAndLeavesAQuitToTheThreadsLoop) {
+    for (const bool inApartment : {false, true}) {
+        SCOPED_TRACE(inApartment);
+        const Apartment apartment(inApartment);
+        const UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        const HANDLE handle = event.get();
+        for (const bool dispatching : {false, true}) {
+            const auto wait = [&](DWORD timeoutMs) {
+                if (dispatching) return waitDispatchingMessages({&handle, 1}, timeoutMs);
+                const WaitOutcome outcome = waitServingCalls(handle, timeoutMs);
+                return outcome == WaitOutcome::signalled  ? WAIT_OBJECT_0
+                       : outcome == WaitOutcome::timedOut ? DWORD{WAIT_TIMEOUT}
+                                                          : WAIT_FAILED;
+            };
+            ResetEvent(handle);
+            PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+            PostQuitMessage(7);
+            EXPECT_GE(millisecondsFor([&] { EXPECT_EQ(wait(60), WAIT_TIMEOUT); }), 50);
+            SetEvent(handle);
+            EXPECT_EQ(wait(INFINITE), WAIT_OBJECT_0);
+            MSG message{};
+            for (const UINT left :
+                 dispatching ? std::vector<UINT>{WM_QUIT} : std::vector<UINT>{WM_APP, WM_QUIT}) {
+                EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+                EXPECT_EQ(message.message, left);
+            }
+            EXPECT_EQ(message.wParam, 7U);
+        }
     }
     EXPECT_EQ(waitServingCalls(nullptr, 10), WaitOutcome::failed);
 }

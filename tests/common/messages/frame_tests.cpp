@@ -6,6 +6,8 @@
 #include <numeric>
 #include <vector>
 
+#include "tests/support/counted_memory.h"
+
 namespace orvane::frame {
 namespace {
 
@@ -39,7 +41,7 @@ TEST(Frame, HasItsMagicAndLengthLittleEndian) {
     EXPECT_EQ(decodeHeader(encodeHeader(0)), std::nullopt);
     EXPECT_EQ(decodeHeader({0x2D, 0x9E, 0xB4, 0xF2, 1, 0, 0, 0}), std::nullopt);
     EXPECT_TRUE(encode({}).empty());
-    EXPECT_TRUE(encode(Bytes(payloadLimit)).empty());
+    EXPECT_TRUE(encode(Bytes(kPayloadLimit)).empty());
 }
 
 TEST(Frame, IsReadHoweverTheStreamIsCut) {
@@ -59,7 +61,7 @@ TEST(Frame, IsReadHoweverTheStreamIsCut) {
 TEST(Frame, WhatIsNoHeaderIsDroppedEightBytesAtATime) {
     const Bytes good = encode(pattern(5));
     Bytes stream(16, 0x41);
-    const Header tooLong = encodeHeader(payloadLimit);
+    const Header tooLong = encodeHeader(kPayloadLimit);
     const Header empty = encodeHeader(0);
     stream.insert(stream.end(), tooLong.begin(), tooLong.end());
     stream.insert(stream.end(), empty.begin(), empty.end());
@@ -76,11 +78,11 @@ TEST(Frame, WhatIsNoHeaderIsDroppedEightBytesAtATime) {
 TEST(Frame, CutShortYieldsWhatArrived) {
     Reader reader;
     Bytes stream = encode(pattern(100'000));
-    stream.resize(headerSize + 70'000);
+    stream.resize(kHeaderSize + 70'000);
     EXPECT_TRUE(read(reader, stream, 4096).empty());
     ASSERT_TRUE(reader.cut());
     EXPECT_EQ(Bytes(reader.payload().begin(), reader.payload().end()),
-              Bytes(stream.begin() + headerSize, stream.end()));
+              Bytes(stream.begin() + kHeaderSize, stream.end()));
 
     // Cut in the header: nothing to deliver, and the next byte starts a new one.
     read(reader, pattern(5), 5);
@@ -88,18 +90,27 @@ TEST(Frame, CutShortYieldsWhatArrived) {
     EXPECT_EQ(read(reader, encode(pattern(9)), 2), std::vector<Bytes>{pattern(9)});
 
     // Cut right after the header.
-    stream.resize(headerSize);
+    stream.resize(kHeaderSize);
     read(reader, stream, 8);
     EXPECT_TRUE(reader.cut());
     EXPECT_TRUE(reader.payload().empty());
 }
 
 TEST(Frame, MemoryFollowsWhatArrivesNotWhatIsClaimed) {
+    const std::size_t before = test::memoryInUse();
+    test::resetPeak();
     Reader reader;
-    const Header header = encodeHeader(payloadLimit - 1);
-    read(reader, header, 8);
-    EXPECT_LE(reader.room().size(), Reader::maxStep);
-    EXPECT_LE(reader.payload().size(), Reader::maxStep);
+    read(reader, encodeHeader(kPayloadLimit - 1), 8);
+    EXPECT_LE(reader.room().size(), Reader::kMaxStep);
+    read(reader, Bytes(100), 100);
+    EXPECT_LE(test::peakMemory() - before, 2 * Reader::kMaxStep);
+
+    // And one large message does not keep its memory for as long as the link lasts.
+    Reader another;
+    read(another, encode(Bytes(4'000'000)), 1'000'000);
+    read(another, encode(Bytes(10)), 18);
+    test::resetPeak();
+    EXPECT_LE(test::peakMemory() - before, 1'000'000U);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ constexpr long kStopped = wmppsStopped;
 constexpr long kPlaying = wmppsPlaying;
 
 constexpr char kPlayTimeout[] =
-    "<3> test : COrVaneWmpPlugin: timeout occured while waiting for the playback to begin\n";
+    "<3> COrVaneWmpPlugin: timeout occured while waiting for the playback to begin\n";
 
 class Playback : public test::OperationsTest {
 protected:
@@ -32,7 +32,7 @@ TEST_F(Playback, WaitsASecondForAStateAndSaysWhichItWas) {
     test::CapturedLog log;
     m_player->change([](auto& options) { options.neverReached = {kStopped}; });
     EXPECT_FALSE(command(&COrVaneWmpPlugin::stop));
-    EXPECT_THAT(log.take(), HasSubstr("<3> test : COrVaneWmpPlugin: timeout occured while "
+    EXPECT_THAT(log.take(), HasSubstr("<3> COrVaneWmpPlugin: timeout occured while "
                                       "waiting for the player to stop\n"));
     m_player->change([](auto& options) { options.neverReached = {kPlaying}; });
     const DWORD before = GetTickCount();

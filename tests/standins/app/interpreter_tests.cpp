@@ -1,142 +1,156 @@
+// A script must fail whenever something is not as it should be: what the demo shows rests on it.
+
 #include "standins/app/interpreter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string_view>
 #include <thread>
-
-#include "standins/app/frame_scanner.h"
-#include "standins/app/protocol.h"
 
 namespace orvane::standin::app {
 namespace {
 
 using namespace std::string_literals;
 using testing::HasSubstr;
-using testing::Not;
-using Outcome = Interpreter::Outcome;
 
 // A plug-in that answers at once, and a record of what was sent and printed.
-class ScriptLines : public testing::Test, protected Link, protected Output {
+class ScriptLines : public testing::Test, protected Host {
 protected:
     bool isConnected(PipeId) override { return m_connected; }
-    std::string send(PipeId, std::string_view bytes) override {
-        m_sent += bytes;
-        FrameScanner scanner;
-        for (const FrameScanner::Found& found : scanner.feed(bytes))
-            if (const auto command = readPayload(PipeId::command, found.text).message; m_answers)
-                arrive(PipeId::command,
-                       {Message::Kind::response,
-                        command->name,
-                        {{"return_value", "true"}, {"metadataOut.Filename", "C:\\a b.wma"}}});
-        return {};
+    bool send(const OrvaneMessage& message) override {
+        m_sent += message.toDocument().toStdString();
+        OrvaneResponse response(message.getName());
+        response.setReturnValue(true);
+        response.setValue("metadataOut.Filename", "C:\\a b.wma");
+        m_arrivals.add(std::make_shared<OrvaneMessage>(response));
+        return true;
     }
+    bool sendBytes(std::span<const std::uint8_t>) override { return m_connected; }
     void drop(PipeId) override { m_connected = false; }
     void hold(PipeId, bool) override {}
-    void print(Kind, const std::string& text) override { m_printed += text + "\n"; }
+    void print(const String& text, bool) override { m_printed += text.toStdString() + "\n"; }
 
-    void arrive(PipeId pipe, Message message) {
-        m_arrivals.add({Arrival::What::message, pipe, std::move(message), {}});
-    }
-    void event(const std::string& name, Parameters parameters = {}) {
-        arrive(PipeId::event, {Message::Kind::event, name, std::move(parameters)});
-    }
-    std::string sentBy(const char* line) {
-        m_sent.clear();
-        EXPECT_EQ(m_interpreter.run(line), Outcome::done) << line;
-        return m_sent;
+    void event(const char* name, const char* rectangle = "") {
+        OrvaneEvent event(name);
+        event.setValue("PlayerRect", rectangle);
+        m_arrivals.add(std::make_shared<OrvaneEvent>(event));
     }
 
     bool m_connected = true;
-    bool m_answers = true;
     std::string m_sent;
     std::string m_printed;
     Arrivals m_arrivals;
-    Interpreter m_interpreter{*this, m_arrivals, *this};
+    Interpreter m_interpreter{*this, m_arrivals};
 };
 
-TEST_F(ScriptLines, SendsChecksAndGoesOnAfterAFailureWhenToldTo) {
-    EXPECT_FALSE(
-        m_interpreter.runScript("# a comment\r\n"
-                                "on-failure continue\r\n"
-                                "step first\n"
-                                "getMediaInfoFromIndex 2\r\n"
+TEST_F(ScriptLines, AScriptIsGoodWhenAllIsAsExpected) {
+    EXPECT_TRUE(
+        m_interpreter.runScript("# a comment\r\nstep first\r\n"
+                                "setMediaInfoToPath Year=1 \"C:\\a=b.wma\" emptyOk=YES\n"
                                 "expect return true\n"
                                 "expect value metadataOut.Filename=*.wma\n"
-                                "keep track metadataOut.Filename\n"
-                                "step second\n"
-                                "start \"${track}\"\n"
-                                "expect return false\n",
-                                "test"));
+                                "keep track metadataOut.Filename\nstep second\n"
+                                "start \"${track}\"\nexpect no event X within 0\n",
+                                "test"))
+        << m_printed;
+    EXPECT_THAT(m_sent, HasSubstr("  <trackPath>C:\\a=b.wma</trackPath>\r\n"
+                                  "  <albumArtPath></albumArtPath>\r\n"
+                                  "  <emptyOk>YES</emptyOk>\r\n"
+                                  "  <metadata.Year>1</metadata.Year>\r\n"));
     EXPECT_THAT(m_sent, HasSubstr("<trackPath>C:\\a b.wma</trackPath>"));
     EXPECT_THAT(m_printed, HasSubstr("step good: first"));
-    EXPECT_THAT(m_printed, HasSubstr("step FAILED: second"));
-    EXPECT_THAT(m_printed, HasSubstr("result: FAILED, 1 of 3"));
+    EXPECT_THAT(m_printed, HasSubstr("step good: second"));
 }
 
-TEST_F(ScriptLines, MissesWhatDoesNotComeAndStops) {
-    event("PlayStopped");
-    EXPECT_FALSE(
-        m_interpreter.runScript("step first\nexpect event PlayStarted within 10\npause\n", "test"));
-    EXPECT_THAT(m_printed, HasSubstr("test:2: MISSED"));
-    EXPECT_THAT(m_printed, HasSubstr("came PlayStopped"));
-    EXPECT_THAT(m_printed, HasSubstr("step FAILED: first"));
-    // And with a line that nobody understands nothing is run at all.
-    EXPECT_FALSE(m_interpreter.runScript("pause\nno-such-command\n", "test"));
-    EXPECT_THAT(m_printed, HasSubstr("test:2: there is no command 'no-such-command'"));
-    EXPECT_EQ(m_sent, "");
+TEST_F(ScriptLines, WhateverIsMissedOrNotUnderstoodFailsIt) {
+    for (const char* line : {"expect event PlayerShown within 0",
+                             "expect event PlayerMoved PlayerRect=2,* within 0",
+                             "expect event PlayerMoved Player=* within 0",
+                             "expect no event PlayerMoved within 0",
+                             "expect return false",
+                             "expect value x=*",
+                             "expect value return_value=*x",
+                             "expect disconnected within 0",
+                             "expect",
+                             "expect event",
+                             "expect no return true",
+                             "expect event X within long",
+                             "keep x nothing",
+                             "start ${nobody}",
+                             "start \"C:\\x",
+                             "start",
+                             "getMediaInfoFromIndex abc",
+                             "setMediaInfoToIndex 1 emptyOk=1",
+                             "pause now",
+                             "start path=a",
+                             "sleep long",
+                             "burst 0",
+                             "drop both",
+                             "xml nothing.xml",
+                             "clean-library --art=x",
+                             "isR",
+                             "no-such-word"}) {
+        Interpreter interpreter(*this, m_arrivals);
+        event("PlayerMoved", "1,1,8,6");
+        EXPECT_FALSE(interpreter.runScript("step one\npause\n"s + line + "\nclose\n", "test"))
+            << line;
+        EXPECT_THAT(m_printed, HasSubstr("error: test:3: ")) << line;
+        EXPECT_THAT(m_printed, HasSubstr("result: FAILED")) << line;
+        EXPECT_EQ(m_sent.find("close"), std::string::npos) << "it went on after " << line;
+        m_printed.clear();
+    }
+    m_connected = false;
+    for (const char* line : {"pause", "slow 0", "burst 2", "badmagic", "expect connected within 0"})
+        EXPECT_FALSE(Interpreter(*this, m_arrivals).runScript(line, "test")) << line;
+    m_interpreter.problemCame();
+    EXPECT_FALSE(m_interpreter.runScript("say nothing is missed", "test"));
 }
 
-TEST_F(ScriptLines, TakesEachEventOnceAndInOrder) {
-    event("PlayerMoved", {{"PlayerRect", "1,1,8,6"}});
-    event("PlayerMoved", {{"PlayerRect", "2,2,8,6"}});
-    event("PlayerShown");
-    EXPECT_EQ(m_interpreter.run("expect event PlayerMoved PlayerRect=2,* within 0"), Outcome::done);
-    EXPECT_EQ(m_interpreter.run("expect event PlayerMoved within 0"), Outcome::failed);
-    EXPECT_EQ(m_interpreter.run("expect no event PlayerMoved within 0"), Outcome::done);
-    EXPECT_EQ(m_interpreter.run("wait event PlayerHidden within 0"), Outcome::done);
-    EXPECT_EQ(m_interpreter.run("expect event PlayerShown within 0"), Outcome::done);
+TEST_F(ScriptLines, TakesEachEventOnceInOrderAndWaitsForIt) {
+    event("PlayerMoved", "1,1,8,6");
+    event("PlayerMoved", "2,2,8,6");
     std::thread later([this] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         event("PlayerHello");
     });
-    EXPECT_EQ(m_interpreter.run("expect event PlayerHello within 5000"), Outcome::done);
+    EXPECT_TRUE(
+        m_interpreter.runScript("expect event PlayerMoved PlayerRect=2,* within 0\n"
+                                "expect no event PlayerMoved within 0\n"
+                                "expect event PlayerHello within 5000\n",
+                                "test"))
+        << m_printed;
     later.join();
 }
 
-TEST_F(ScriptLines, TellsWhenNobodyIsThereOrAnswersOrALineIsWrong) {
-    for (const char* line :
-         {"paus now", "isPlayign", "start", "expect event", "expect return maybe", "raw 2C9",
-          "raw zz", "sleep long", "start ${nobody}", "cut", "burst 0", "expect event X a within",
-          "drop both", "clean-library --art=x"}) {
-        m_printed.clear();
-        EXPECT_EQ(m_interpreter.run(line), Outcome::wrong) << line;
-        EXPECT_NE(m_printed, "") << line;
-    }
-    EXPECT_EQ(m_sent, "");
-    m_answers = false;
-    m_interpreter.run("patience 10");
-    EXPECT_EQ(m_interpreter.run("pause"), Outcome::failed);
-    EXPECT_THAT(m_printed, HasSubstr("no response to pause within 10 ms"));
-    m_connected = false;
-    EXPECT_EQ(m_interpreter.run("pause"), Outcome::failed);
-    EXPECT_THAT(m_printed, HasSubstr("nobody is connected"));
-    EXPECT_EQ(m_interpreter.run("expect disconnected within 0"), Outcome::done);
-    EXPECT_EQ(m_interpreter.run("expect connected within 0"), Outcome::failed);
-}
-
-TEST_F(ScriptLines, SendsFramesThatAreWrongOnPurpose) {
-    m_answers = false;
-    EXPECT_EQ(sentBy("raw 2C 9e B4F2"), "\x2C\x9E\xB4\xF2");
-    EXPECT_EQ(sentBy("xml <a \"quoted\"/>"), frameAround("<a \"quoted\"/>\0"s));
-    EXPECT_THAT(sentBy("badmagic pause"), testing::AllOf(testing::StartsWith("\xEF\xBE\xAD\xDE"),
-                                                         HasSubstr("event=\"pause\"")));
-    EXPECT_EQ(m_sent.size() % 8, 0u) << "the reader does not find the next frame";
-    EXPECT_EQ(sentBy("badlength 10485760 pause").substr(4, 4), "\x00\x00\xA0\x00"s);
-    EXPECT_EQ(sentBy("burst 3 isPlaying").size(),
-              3 * frameAround(commandPayload("isPlaying", {})).size());
-    EXPECT_EQ(sentBy("cut 5 pause").size(), 5u);
-    EXPECT_FALSE(m_connected);
+TEST(DocumentForm, IsThatOfTheProtocolByteForByte) {
+    // What follows the event's name, after its parameter Player.
+    const auto problems = [](const char* event, const std::string& end,
+                             const char* player = "\">\r\n  <Player>wmp</Player>\r\n") {
+        std::string text("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<OrVaneIPC event=\"");
+        text.append(event).append(player).append(end).append(1, '\0');
+        return readPayload(PipeId::event,
+                           {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()})
+            .problems.joinIntoString("|")
+            .toStdString();
+    };
+    const std::string end = "</OrVaneIPC>\r\n";
+    EXPECT_EQ(problems("PlayStopped", end), "");
+    EXPECT_EQ(problems("CleanTracks", "  <trackPaths0>\\&amp;&#233;\n</trackPaths0>\r\n" + end),
+              "");
+    for (const char* text : {"\"a\"", "a$", "\xC3\xA9", "&eacute;", "&#;", "&", "a>"})
+        EXPECT_NE(problems("CleanTracks",
+                           std::string("  <trackPaths0>") + text + "</trackPaths0>\r\n" + end),
+                  "")
+            << text;
+    EXPECT_NE(problems("CleanTracks", "  <trackPaths1>a</trackPaths1>\r\n" + end), "");
+    EXPECT_NE(problems("PlayStopped", end + " "), "");
+    EXPECT_NE(problems("PlayStopped", "</OrVaneIPC>"), "");
+    EXPECT_NE(problems("PlayStopped", end, "\">\n  <Player>wmp</Player>\r\n"), "");
+    EXPECT_NE(problems("PlayStopped", end, "\">\r\n  <Player/>\r\n"), "");
+    EXPECT_NE(problems("PlayStopped", "", "\"/>\r\n"), "");
+    EXPECT_NE(problems("PlayerMoved", end), "");
+    EXPECT_NE(problems("PlayerSang", end), "");
 }
 
 }  // namespace

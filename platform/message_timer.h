@@ -1,0 +1,36 @@
+#pragma once
+
+#include <windows.h>
+
+namespace orvane {
+
+// Calls back at intervals through the message loop of the thread that starts it, as JUCE's timers
+// do, but without a thread of its own that wakes many times a second to find nothing due. Started,
+// stopped and destroyed on one thread, also from inside the callback. SetTimer.
+class MessageTimer {
+public:
+    // `callback` gets `context` and must not throw.
+    using Callback = void (*)(void* context);
+
+    MessageTimer(Callback callback, void* context) noexcept
+        : m_callback(callback), m_context(context) {}
+    ~MessageTimer() { stop(); }
+    MessageTimer(const MessageTimer&) = delete;
+    MessageTimer& operator=(const MessageTimer&) = delete;
+
+    // The first call comes after one period; a running timer starts anew. False when the system
+    // refuses.
+    bool start(UINT periodMs) noexcept;
+    void stop() noexcept;
+
+private:
+    static void CALLBACK onTimer(HWND window, UINT message, UINT_PTR id, DWORD time);
+
+    const Callback m_callback;
+    void* const m_context;
+    UINT_PTR m_id = 0;  // 0: not running
+    DWORD m_thread = 0;
+    MessageTimer* m_next = nullptr;
+};
+
+}  // namespace orvane
