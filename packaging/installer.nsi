@@ -396,11 +396,18 @@ FunctionEnd
 Section Uninstall
   ; Somebody may have registered a module in another folder since: that one is not ours.
   ReadRegStr $OldModule HKCR "${CLASS_KEY}\InprocServer32" ""
-  GetFullPathName /SHORT $0 "$OldModule"
-  GetFullPathName /SHORT $1 "$INSTDIR\${MODULE}"
+  StrCpy $2 0
   ${If} $OldModule == "$INSTDIR\${MODULE}"
-  ${OrIf} $0 == $1
-  ${AndIf} $0 != ""
+    StrCpy $2 1
+  ${ElseIf} $OldModule != "" ; it may be written in short names
+    GetFullPathName /SHORT $0 "$OldModule"
+    GetFullPathName /SHORT $1 "$INSTDIR\${MODULE}"
+    ${If} $0 != ""
+    ${AndIf} $0 == $1
+      StrCpy $2 1
+    ${EndIf}
+  ${EndIf}
+  ${If} $2 = 1
     ExecWait '"$SYSDIR\regsvr32.exe" /u /s "$INSTDIR\${MODULE}"' $0
     ; The module may be gone or broken; its registration goes all the same.
     DeleteRegKey HKCR "${CLASS_KEY}"

@@ -11,12 +11,15 @@ rem The plug-in is a 32-bit one, whatever Windows is.
 set "regsvr=%SystemRoot%\SysWOW64\regsvr32.exe"
 if not exist "%regsvr%" set "regsvr=%SystemRoot%\System32\regsvr32.exe"
 
+start "" /wait "%regsvr%" %flags% "%module%"
+if not errorlevel 1 goto done
 rem Only who has an administrator's rights may read this key.
 reg query HKU\S-1-5-19 >nul 2>nul
 if errorlevel 1 echo This needs an administrator's rights: right-click it and choose "Run as administrator".& goto failed
+echo Windows could not %verb% the plug-in.
+goto failed
 
-"%regsvr%" %flags% "%module%"
-if errorlevel 1 echo Windows could not %verb% the plug-in.& goto failed
+:done
 if "%verb%"=="register" echo Done. Start Windows Media Player: Tools, Plug-ins lists OrVane.
 if "%verb%"=="unregister" echo Done. The player no longer lists OrVane; this folder can be deleted.
 if not "%~2"=="/quiet" if not "%~1"=="/quiet" pause

@@ -21,7 +21,7 @@ openssl pkcs12 -in "$ORVANE_SIGN_PFX" -nokeys -passin "file:$work/password" -out
 options=(-pkcs12 "$ORVANE_SIGN_PFX" -readpass "$work/password" -h sha256 -n "OrVane Windows Media Player Plugin")
 if [ -n "${ORVANE_SIGN_TIMESTAMP_URL:-}" ]; then
     options+=(-ts "$ORVANE_SIGN_TIMESTAMP_URL")
-elif [ -n "${SOURCE_DATE_EPOCH:-}" ]; then
+elif [ -n "${SOURCE_DATE_EPOCH:-}" ] && osslsigncode sign --help 2>&1 | grep -q '^-time '; then
     options+=(-time "$SOURCE_DATE_EPOCH")
 fi
 for file in "$@"; do
