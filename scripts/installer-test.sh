@@ -30,8 +30,8 @@ home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder
 home_windows='C:\OrVane é dir'
 default_home=$WINEPREFIX/drive_c/Program\ Files\ \(x86\)/OrVane
 class='{9893A0E1-EE98-448F-81EE-D2D15666215E}'
-class_key="HKCR\\CLSID\\$class\\InprocServer32"
-entry_key='HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
+class_key="HKCR\\Wow6432Node\\CLSID\\$class\\InprocServer32"
+entry_key='HKLM\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
 settings_key='HKLM\Software\OrVaneMedia\Settings'
 
 finish() {
@@ -42,12 +42,14 @@ trap finish EXIT
 trap 'exit 130' INT TERM
 
 in_wine() { timeout 60 wine "$@" </dev/null >/dev/null 2>&1; }
-# registry KEY [VALUE]: its text, empty when there is none.
+# registry KEY [VALUE]: its text, or of its default value; empty when there is none. reg query would
+# print in a code page of Wine's choice.
 registry() {
-    local which=(/ve)
-    [ $# = 1 ] || which=(/v "$2")
-    timeout 60 wine reg query "$1" "${which[@]}" /reg:32 </dev/null 2>/dev/null | tr -d '\r' |
-        sed -n 's/^.*REG_\(SZ\|DWORD\) *//p'
+    local name=@
+    [ $# = 1 ] || name="\"$2\""
+    rm -f "$work/key.reg"
+    in_wine reg export "$1" "$(windows_path "$work/key.reg")" /y || return 0
+    iconv -f UTF-16 -t UTF-8 "$work/key.reg" | tr -d '\r' | sed -n "s/^$name=\"\(.*\)\"\$/\1/p" | sed 's/\\\(.\)/\1/g'
 }
 # setup VERSION [OPTION...]: its exit code, as far as one byte shows it: 3010 comes as 194.
 setup() {

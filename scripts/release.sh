@@ -25,12 +25,13 @@ build_module() {
 }
 
 check_module() {
-    local module=$1 size
+    local module=$1 size header
     size=$(stat -c %s "$module")
     [ "$size" -le $largest_module ] ||
         fail "the module has grown to $size bytes, and $largest_module is its limit" "look at what was linked in"
+    header=$(i686-w64-mingw32-objdump -p "$module")
     for characteristic in DYNAMIC_BASE NX_COMPAT; do
-        i686-w64-mingw32-objdump -p "$module" | grep -q "$characteristic" ||
+        [[ $header == *$characteristic* ]] ||
             fail "the module is linked without $characteristic" "look at the link options in CMakeLists.txt"
     done
     step "the module takes $size bytes, with ASLR and NX"
@@ -71,6 +72,7 @@ install_packages nsis zip
 commit=$(git rev-parse HEAD)
 SOURCE_DATE_EPOCH=$(git show -s --format=%ct "$commit")
 export SOURCE_DATE_EPOCH
+export CCACHE_DISABLE=1 # it may rewrite paths, which the debug information then has
 [ -z "$(git status --porcelain)" ] ||
     say "there are uncommitted changes here: they are not part of this release"
 
@@ -82,7 +84,6 @@ if [ $check = 1 ]; then
     unset ORVANE_SIGN_PFX # a signature carries its time
     first=$(mktemp -d) second=$(mktemp -d -p "$build" --suffix=-another-folder)
     trap 'rm -rf "$first" "$second"' EXIT
-    export CCACHE_DISABLE=1
     make_release "$first/tree" "$first/dist" first
     (
         export TZ=Pacific/Kiritimati LC_ALL=C
