@@ -5,6 +5,8 @@
 # gtest     Debian's googletest sources
 
 set(ORVANE_DEPS ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where ./dev setup unpacks dependencies")
+# Wherever they are, the module's debug information names them alike.
+add_compile_options(-ffile-prefix-map=${ORVANE_DEPS}=./build/deps)
 set(JUCE_MODULES /usr/share/juce/modules CACHE PATH "JUCE's module sources")
 set(GTEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest's sources")
 
