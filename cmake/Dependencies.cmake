@@ -21,6 +21,9 @@ endforeach()
 add_library(pugixml STATIC ${ORVANE_DEPS}/pugixml/src/pugixml.cpp)
 target_include_directories(pugixml SYSTEM PUBLIC ${ORVANE_DEPS}/pugixml/src)
 target_compile_definitions(pugixml PUBLIC PUGIXML_COMPACT PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
+# It throws nothing and calls nothing that does. Without unwind tables, which keep a function from
+# --gc-sections, what nobody calls of it is left out of the module.
+target_compile_options(pugixml PRIVATE -fno-exceptions -fno-unwind-tables -fno-asynchronous-unwind-tables)
 
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
