@@ -81,9 +81,7 @@ public:
     bool connect() override { return true; }
     void disconnect() override {}
     bool isConnected() override { return true; }
-    bool postEvent(const OrvaneEvent& event) override {
-        return tryPostEvent(event).sent;
-    }
+    bool postEvent(const OrvaneEvent& event) override { return tryPostEvent(event).sent; }
     Pipe::Sending tryPostEvent(const OrvaneEvent& event) override {
         sent[event.getName().toStdString()] = event.toDocument().toStdString();
         return {true, 0};
