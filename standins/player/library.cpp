@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "standins/asf/file_io.h"
+#include "standins/asf/file.h"
 #include "standins/support/wide_text.h"
 
 namespace orvane::standin {

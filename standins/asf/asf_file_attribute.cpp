@@ -1,6 +1,7 @@
+#include "standins/asf/asf_file.h"
+
 #include <charconv>
 
-#include "standins/asf/asf_file.h"
 #include "standins/asf/bytes.h"
 
 namespace orvane::asf {
