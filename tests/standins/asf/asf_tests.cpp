@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -128,7 +129,8 @@ TEST(Asf, UnchangedIsWrittenByteForByte) {
     }
     // Only the size of the file, 0 in what we made, is put right.
     Bytes expected = richHeader();
-    const auto properties = std::ranges::search(expected, kFilePropertiesGuid).begin();
+    const auto properties = std::search(expected.begin(), expected.end(),
+                                        kFilePropertiesGuid.begin(), kFilePropertiesGuid.end());
     overwriteNumber(expected, static_cast<std::size_t>(properties - expected.begin()) + 40,
                     expected.size() + 1000, 8);
     EXPECT_EQ(serialised(parsed(richHeader()), 1000), expected);
