@@ -80,9 +80,7 @@ private:
     OVERLAPPED m_overlapped{};
 };
 
-Bytes frameOf(const OrvaneMessage& message) {
-    return frame::encode(message.toPayload());
-}
+Bytes frameOf(const OrvaneMessage& message) { return frame::encode(message.toPayload()); }
 
 // Sorted microseconds.
 class Samples {

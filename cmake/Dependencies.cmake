@@ -5,6 +5,8 @@
 # gtest     Debian's googletest sources
 
 set(ORVANE_DEPS ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where ./dev setup unpacks dependencies")
+# Wherever they are, the module's debug information names them alike.
+add_compile_options(-ffile-prefix-map=${ORVANE_DEPS}=./build/deps)
 set(JUCE_MODULES /usr/share/juce/modules CACHE PATH "JUCE's module sources")
 set(GTEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest's sources")
 
@@ -19,6 +21,9 @@ endforeach()
 add_library(pugixml STATIC ${ORVANE_DEPS}/pugixml/src/pugixml.cpp)
 target_include_directories(pugixml SYSTEM PUBLIC ${ORVANE_DEPS}/pugixml/src)
 target_compile_definitions(pugixml PUBLIC PUGIXML_COMPACT PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
+# It throws nothing and calls nothing that does. Without unwind tables, which keep a function from
+# --gc-sections, what nobody calls of it is left out of the module.
+target_compile_options(pugixml PRIVATE -fno-exceptions -fno-unwind-tables -fno-asynchronous-unwind-tables)
 
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)

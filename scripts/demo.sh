@@ -12,11 +12,14 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 export LC_ALL=C.UTF-8
 
 parts=(1-link 2-one-track 3-library 4-close)
-case ${1:-} in
-    '') ;;
-    --link) parts=(1-link 2-one-track 4-close) ;;
-    *) fail "the demo has no option '$1'" "./dev demo, or ./dev demo --link for the short form without the library" ;;
-esac
+installed=0
+for argument in "$@"; do
+    case $argument in
+        --link) parts=(1-link 2-one-track 4-close) ;;
+        --installed) installed=1 ;; # whatever plug-in and application the prefix has
+        *) fail "the demo has no option '$argument'" "./dev demo, or ./dev demo --link for the short form without the library" ;;
+    esac
+done
 
 build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
 
@@ -42,7 +45,7 @@ quietly demo-covers make_covers
 track="01 scarborough FAIR.wma"
 
 start_wine_session
-register_plugin
+[ $installed = 1 ] || register_plugin
 log_file=$(shared_log)
 log_before=0
 [ ! -f "$log_file" ] || log_before=$(stat -c %s "$log_file")

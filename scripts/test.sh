@@ -41,6 +41,18 @@ if [ $# = 0 ]; then
     grep '==> all [0-9]* things were seen' "$build/logs/demo.log" || true
 fi
 
+# It has the prefix to itself.
+test_installer() {
+    say "the installer"
+    scripts/installer-test.sh >"$build/logs/installer-test.log" 2>&1 || {
+        tail -n 40 "$build/logs/installer-test.log"
+        echo "error: the installer's test has failed; all it printed is in build/logs/installer-test.log"
+        result=1
+    }
+    grep '^the installer: ' "$build/logs/installer-test.log" || true
+}
+[ $# -gt 0 ] || test_installer
+
 # The programs' own reports are the count; a program that crashed left none and failed above.
 count() { sed -n "s/^<testsuites .*$1=\"\([0-9]*\)\".*/\1/p" build/win32/*.report.xml build/native/*.report.xml 2>/dev/null | awk "{ n += \$1 } END { print n + 0 }"; }
 tests=$(count tests) failures=$(count failures)

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "hooks/window_hook.h"
-#include "tests/hooks/test_window.h"
+#include "tests/support/test_window.h"
 
 namespace orvane {
 namespace {

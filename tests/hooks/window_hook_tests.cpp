@@ -5,8 +5,8 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tests/support/test_window.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/test_window.h"
 
 namespace orvane {
 namespace {

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "tests/hooks/recording_events.h"
-#include "tests/support/test_window.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/test_window.h"
 
 namespace orvane {
 namespace {

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "media/format_runtime.h"
+#include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
+#include "tests/support/temp_folder.h"
 #include "util/log/log.h"
 
 namespace orvane::test {
@@ -122,6 +124,28 @@ TEST_F(GuestTest, AFailedCreationLeavesTheLogToOthers) {
     syslog(LOG_ERR, "somebody else");
     EXPECT_NE(log.added().find("somebody else"), std::string::npos);
     EXPECT_EQ(log.added().find("OrVaneWmpPlugin"), std::string::npos) << log.added();
+}
+
+TEST_F(GuestTest, AnApplicationThatDoesNotRunIsLaunchedAndLinkedTo) {
+    std::wstring program(1024, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), 1024));
+    const TempFolder folder;
+    writeFile(folder.path(L"OrVaneApp.exe"),
+              readText(std::filesystem::path(program).parent_path() / L"launched_app.exe"));
+    SetEnvironmentVariableA("ORVANE_TEST_EXIT", "stay");
+    const InstallPath installed(folder.path().wstring());
+    m_app->running.reset();
+    {
+        auto plugin = createPlugin();
+        ASSERT_NE(plugin, nullptr);
+        FakeCore core;
+        EXPECT_EQ(plugin->SetCore(&core), S_OK);
+        EXPECT_EQ(m_app->waitForEvents(1), Names{"PlayerHello"});
+        plugin.Release();
+    }
+    const UniqueHandle leave(OpenEventW(EVENT_MODIFY_STATE, FALSE, L"OrVaneTestAppLeave"));
+    EXPECT_TRUE(leave) << "it is the application's, which waits for it";
+    SetEvent(leave.get());
 }
 
 TEST_F(LinkedGuestTest, AStartingTrackIsReportedWithoutItsFileBeingOpened) {

@@ -39,9 +39,19 @@ void countedFree(void* memory) {
 
 }  // namespace orvane::test
 
+// Every form of its own: the sanitizers' do not call each other as the library's do.
 void* operator new(std::size_t size) {
     if (void* const memory = orvane::test::countedAllocate(size)) return memory;
     throw std::bad_alloc();
 }
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return orvane::test::countedAllocate(size);
+}
 void operator delete(void* memory) noexcept { orvane::test::countedFree(memory); }
 void operator delete(void* memory, std::size_t) noexcept { orvane::test::countedFree(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    orvane::test::countedFree(memory);
+}
+void operator delete[](void* memory) noexcept { orvane::test::countedFree(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { orvane::test::countedFree(memory); }

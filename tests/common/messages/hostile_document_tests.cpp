@@ -126,6 +126,7 @@ TEST(HostileDocument, CostsMemoryWithinItsLimitAndGivesItBack) {
         {"distinct empty elements", within(distinct("<", "/>", size - 40))},
         {"distinct elements of a letter", within(distinct("<", ">x</b>", size / 2))},
         {"one letter in each", within(repeated("<v>x</v>", size - 40))},
+        {"short names", within(repeated("<\xFF/>", size - 40))},
         {"unclosed", repeated("<a>", size)},
         {"nested in a parameter", within(repeated("<v>", part * 3) + repeated("</v>", part * 4))},
         {"long text", within("<v>" + std::string(part - 40, 'x') + "</v>")},

@@ -205,6 +205,7 @@ TEST_F(Directories, ManyMakersOfTheSamePathAllSucceed) {
         std::atomic<int> missing{4};
         std::atomic<int> made{0};
         std::vector<std::jthread> makers;
+        makers.reserve(4);
         for (int i = 0; i < 4; ++i)
             makers.emplace_back([&] {
                 for (--missing; missing > 0;) std::this_thread::yield();

@@ -31,6 +31,7 @@ bool lockExists() {
 int writeLines(const char* ident, int threads, int lines) {
     openlog(ident, LOG_PID, 0);
     std::vector<std::jthread> writers;
+    writers.reserve(static_cast<std::size_t>(threads));
     for (int thread = 0; thread < threads; ++thread) {
         writers.emplace_back([=] {
             const std::string body(500, static_cast<char>('a' + thread));

@@ -1,0 +1,179 @@
+#!/usr/bin/env bash
+# The installer under Wine: installs, installs over, refuses, fails, moves and uninstalls, and compares
+# the whole registry and every file of the prefix before and after. Uses build/win32, packs it with
+# the version numbers that it needs, and has the prefix to itself.
+#   installer-test.sh [--no-demo]
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+. scripts/common.sh
+. scripts/build.sh
+. scripts/demo/processes.sh
+export LC_ALL=C.UTF-8
+
+build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
+install_packages nsis zip
+
+work=$build/installer-test
+music=$work/music
+rm -rf "$work" && mkdir -p "$work/broken" "$music" "$build/demo"
+claim_wine
+failed=0
+passed=0
+good() { passed=$((passed + 1)); }
+bad() {
+    failed=$((failed + 1))
+    echo "error: $*" >&2
+}
+expect_equal() { if [ "$2" = "$3" ]; then good; else bad "$1: expected '$2', got '$3'"; fi; }
+
+home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder
+home_windows='C:\OrVane é dir'
+default_home=$WINEPREFIX/drive_c/Program\ Files\ \(x86\)/OrVane
+class='{9893A0E1-EE98-448F-81EE-D2D15666215E}'
+class_key="HKCR\\CLSID\\$class\\InprocServer32"
+entry_key='HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
+settings_key='HKLM\Software\OrVaneMedia\Settings'
+
+finish() {
+    rm -rf "$home" "$default_home"
+    end_everything
+}
+trap finish EXIT
+trap 'exit 130' INT TERM
+
+in_wine() { timeout 60 wine "$@" </dev/null >/dev/null 2>&1; }
+# registry KEY [VALUE]: its text, empty when there is none.
+registry() {
+    local which=(/ve)
+    [ $# = 1 ] || which=(/v "$2")
+    timeout 60 wine reg query "$1" "${which[@]}" /reg:32 </dev/null 2>/dev/null | tr -d '\r' |
+        sed -n 's/^.*REG_\(SZ\|DWORD\) *//p'
+}
+# setup VERSION [OPTION...]: its exit code, as far as one byte shows it: 3010 comes as 194.
+setup() {
+    local code=0
+    in_wine "$work/OrVaneWmpPlugin-$1-setup.exe" /S "${@:2}" || code=$?
+    echo $code
+}
+# The uninstaller goes on in a copy of itself; the entry is the last thing it removes.
+uninstall() {
+    in_wine "$1/OrVaneWmpPlugin-uninstall.exe" /S || true
+    local deadline=$((SECONDS + 30))
+    while [ -n "$(registry "$entry_key" DisplayName)" ] && [ $SECONDS -lt $deadline ]; do sleep 0.2; done
+}
+# snapshot NAME: the whole registry and the prefix's files. Wine writes the registry when it ends;
+# the copy of the uninstaller, which goes at the restart, is NSIS's own.
+snapshot() {
+    kill "$wine_session" 2>/dev/null || true
+    wineserver -k || true
+    wineserver -w
+    sed -e '/^#time=/d' -e '/^WINE REGISTRY/d' -e 's/^\(\[.*\]\) [0-9]*$/\1/' -e '/^"PendingFileRenameOperations"/,/[^\\]$/d' \
+        "$WINEPREFIX/system.reg" "$WINEPREFIX/user.reg" >"$work/$1.registry"
+    (cd "$WINEPREFIX/drive_c" && find . -type f ! -path '*/~nsu*' ! -path './ProgramData/OrVaneMedia/*' -print0 |
+        sort -z | xargs -0 md5sum) >"$work/$1.files"
+    (cd "$WINEPREFIX/drive_c" && find . -type d ! -path '*/~nsu*' ! -path './ProgramData/OrVaneMedia' | sort) >>"$work/$1.files"
+    start_wine_session
+}
+expect_same() {
+    local kind difference
+    for kind in registry files; do
+        if difference=$(diff "$work/$2.$kind" "$work/$3.$kind"); then good; else
+            bad "$1: the $kind are not what they were:"
+            head -n 20 <<<"$difference" >&2
+        fi
+    done
+}
+is_installed() { # WHAT VERSION FOLDER FOLDER_WINDOWS
+    expect_equal "$1: the entry's version" "$2" "$(registry "$entry_key" DisplayVersion)"
+    expect_equal "$1: the registered module" "$4\\OrVaneWmpPlugin.dll" "$(registry "$class_key")"
+    if cmp -s "$3/OrVaneWmpPlugin.dll" "$build/win32/OrVaneWmpPlugin.dll"; then good; else bad "$1: another module is in place"; fi
+}
+
+say "packing installers of several versions"
+pack() { quietly "installer-test-$2" scripts/package.sh --installer-only --module="$1" --version="$2" --output="$work"; }
+echo "no module at all" >"$work/broken/OrVaneWmpPlugin.dll"
+pack "$build/win32/OrVaneWmpPlugin.dll" 0.1.6 &
+pack "$build/win32/OrVaneWmpPlugin.dll" 0.1.7 &
+pack "$work/broken/OrVaneWmpPlugin.dll" 0.1.8 &
+wait
+cp "$work/OrVaneWmpPlugin-0.1.6-setup.exe" "$work/OrVaneWmpPlugin-damaged-setup.exe"
+printf 'spoiled' | dd of="$work/OrVaneWmpPlugin-damaged-setup.exe" bs=1 seek=300000 conv=notrunc status=none
+cp "$work/OrVaneWmpPlugin-0.1.6-setup.exe" "$work/OrVaneWmpPlugin-vista-setup.exe"
+
+say "on a machine with OrVane and without the plug-in"
+start_wine_session
+in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$build/win32/OrVaneWmpPlugin.dll")" || true
+mkdir -p "$home"
+cp "$build/win32/OrVaneApp.exe" "$home/"
+echo "the user's own" >"$home/notes.txt"
+in_wine reg add "$settings_key" /v Path /t REG_SZ /d "$home_windows\\" /f /reg:32
+in_wine reg add 'HKCU\Software\Wine\AppDefaults\OrVaneWmpPlugin-vista-setup.exe' /v Version /d vista /f
+snapshot clean
+expect_equal "a damaged installer" 2 "$(setup damaged)"
+expect_equal "a Windows older than 7" 2 "$(setup vista)"
+expect_equal "a module that cannot be registered" 2 "$(setup 0.1.8)"
+snapshot refused
+expect_same "after what was refused and what failed" clean refused
+
+say "installing, and the demo's short form with what was installed"
+expect_equal "installing" 0 "$(setup 0.1.6)"
+is_installed "installed" 0.1.6 "$home" "$home_windows"
+expect_equal "the quiet uninstall command" "\"$home_windows\\OrVaneWmpPlugin-uninstall.exe\" /S" "$(registry "$entry_key" QuietUninstallString)"
+expect_equal "what is in OrVane's folder" \
+    "OrVaneApp.exe OrVaneWmpPlugin-LICENSE.txt OrVaneWmpPlugin-NOTICES.txt OrVaneWmpPlugin-uninstall.exe OrVaneWmpPlugin.dll notes.txt" \
+    "$(cd "$home" && echo *)"
+if [ "${1:-}" != --no-demo ]; then
+    rm -f "$claim"
+    kill "$wine_session" 2>/dev/null || true
+    if scripts/demo.sh --link --installed >"$build/logs/installed-demo.log" 2>&1; then good; else
+        bad "the demo with the installed plug-in has failed: build/logs/installed-demo.log"
+        tail -n 20 "$build/logs/installed-demo.log" >&2
+    fi
+    claim_wine
+    start_wine_session
+fi
+
+say "installing over it while a player holds it"
+cp "tests/data/Track 06.wma" "$music/"
+printf 'expect connected within 20000\nexpect disconnected within 50000\n' >"$work/app.txt"
+start_player "$work/player.txt" ORVANE_APP_SCRIPT="$(windows_path "$work/app.txt")" \
+    ORVANE_APP_TRANSCRIPT="$(windows_path "$work/app-says.txt")"
+deadline=$((SECONDS + 30))
+until grep -q 'connected' "$work/app-says.txt" 2>/dev/null || [ $SECONDS -gt $deadline ]; do sleep 0.2; done
+expect_equal "installing over a module in use" 194 "$(setup 0.1.7)"
+is_installed "over a module in use" 0.1.7 "$home" "$home_windows"
+expect_equal "set-aside files" 1 "$(find "$home" -name 'OrVaneWmpPlugin.dll.*.old' | wc -l)"
+due=$(timeout 60 wine reg query 'HKLM\System\CurrentControlSet\Control\Session Manager' /v PendingFileRenameOperations </dev/null 2>/dev/null | tr -d '\r')
+if grep -q 'OrVaneWmpPlugin\.dll\.[0-9A-F]*\.old' <<<"$due"; then good; else bad "the renamed module is not due for deletion: $due"; fi
+if grep -qE 'OrVaneWmpPlugin\.dll(\\0|$)' <<<"$due"; then bad "the module in place is due for deletion: $due"; else good; fi
+tell_player close
+if wait_for_player 20 && [ "$player_status" = 0 ]; then good; else bad "the player did not go on and end well"; fi
+
+say "older over newer, a failure over a good version, and uninstalling"
+snapshot newer
+expect_equal "an older version, silently" 2 "$(setup 0.1.6)"
+expect_equal "a module that cannot be registered, over a good one" 2 "$(setup 0.1.8)"
+snapshot still-newer
+expect_same "after what was refused and what failed, over a good version" newer still-newer
+expect_equal "an older version with /downgrade" 0 "$(setup 0.1.6 /downgrade)"
+is_installed "downgraded" 0.1.6 "$home" "$home_windows"
+expect_equal "set-aside files once the player has gone" 0 "$(find "$home" -name '*.old' | wc -l)"
+uninstall "$home"
+snapshot removed
+expect_same "after uninstalling" clean removed
+
+say "OrVane goes away"
+expect_equal "installing once more" 0 "$(setup 0.1.6)"
+in_wine reg delete "$settings_key" /v Path /f /reg:32
+expect_equal "installing without OrVane" 0 "$(setup 0.1.6)"
+is_installed "without OrVane" 0.1.6 "$default_home" 'C:\Program Files (x86)\OrVane'
+expect_equal "what stays in the former folder" "OrVaneApp.exe notes.txt" "$(cd "$home" && echo *)"
+uninstall "$default_home"
+in_wine reg add "$settings_key" /v Path /t REG_SZ /d "$home_windows\\" /f /reg:32
+snapshot at-last
+expect_same "at last" clean at-last
+in_wine reg delete 'HKCU\Software\Wine\AppDefaults\OrVaneWmpPlugin-vista-setup.exe' /f || true
+in_wine reg delete "$settings_key" /v Path /f /reg:32 || true
+
+echo "the installer: $passed passed, $failed failed"
+[ $failed = 0 ]

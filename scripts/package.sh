@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# Packs one built module; called by release.sh from the tree of the commit, and by the installer's test.
+#   package.sh --module=DLL --version=0.1.6 --output=FOLDER [--installer-only]
+# The module's debug information lies beside it (DLL.debug). SOURCE_DATE_EPOCH dates what is packed:
+# the same inputs give the same bytes. ORVANE_SIGN_PFX and ORVANE_SIGN_PASSWORD_FILE, when set, sign.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+. scripts/common.sh
+export LC_ALL=C.UTF-8 TZ=UTC
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-315619200}
+umask 022
+
+installer_only=0
+for argument in "$@"; do
+    case $argument in
+        --module=*) module=$(realpath "${argument#*=}") ;;
+        --version=*) version=${argument#*=} ;;
+        --output=*) output=${argument#*=} ;;
+        --installer-only) installer_only=1 ;;
+        *) fail "package.sh has no option '$argument'" "read its first lines" ;;
+    esac
+done
+[[ $version =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || fail "'$version' is no version" "three numbers with dots"
+mkdir -p "$output"
+output=$(realpath "$output")
+name=OrVaneWmpPlugin-$version
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# zip_folder FOLDER ARCHIVE: in a fixed order, with fixed times and modes.
+zip_folder() {
+    find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
+    find "$1" -type f -exec chmod 644 {} +
+    rm -f "$2"
+    (cd "$1" && find . -type f -printf '%P\n' | LC_ALL=C sort | zip -q -X -9 "$2" -@)
+}
+# Windows' own editors want CR LF.
+windows_text() { sed -e "s/@VERSION@/$version/g" -e 's/$/\r/' "$1"; }
+
+# The class is named where the module names it.
+class_id() {
+    sed -n '/^const CLSID CLSID_OrVaneWmpPlugin = {/,/};/p' plugin/wmp_plugin.cpp | tr -d '\n' |
+        sed 's/.*= {//; s/0x//g; s/[{}; ]//g' | tr 'a-f' 'A-F' |
+        awk -F, '{ printf "{%s-%s-%s-%s%s-%s%s%s%s%s%s}", $1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11 }'
+}
+class=$(class_id)
+[[ $class =~ ^\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}$ ]] ||
+    fail "plugin/wmp_plugin.cpp no longer names the class where package.sh looks" "mend class_id in scripts/package.sh"
+
+stage=$work/stage
+mkdir -p "$stage"
+cp "$module" "$stage/OrVaneWmpPlugin.dll"
+if scripts/sign.sh --wanted; then
+    say "signing the module"
+    scripts/sign.sh "$stage/OrVaneWmpPlugin.dll"
+fi
+windows_text LICENSE >"$stage/LICENSE"
+scripts/notices.sh | sed 's/$/\r/' >"$stage/NOTICES"
+
+say "the installer"
+nsis=(-V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DSTAGE=$stage" "-DCLASS_ID=$class"
+    "-DSIZE_KB=$(du -k --apparent-size --total "$stage"/* | awk 'END { print $1 + 100 }')"
+    "-DOUT=$work/$name-setup.exe")
+scripts/sign.sh --wanted && nsis+=("-DSIGN=$PWD/scripts/sign.sh")
+find "$stage" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+(cd packaging && makensis "${nsis[@]}" installer.nsi)
+if scripts/sign.sh --wanted; then
+    say "signing the installer (its uninstaller is signed within)"
+    scripts/sign.sh "$work/$name-setup.exe"
+fi
+install -m 755 "$work/$name-setup.exe" "$output/$name-setup.exe"
+[ $installer_only = 0 ] || exit 0
+
+say "the archives"
+windows_text packaging/README.txt >"$stage/README.txt"
+windows_text packaging/register.cmd >"$stage/register.cmd"
+windows_text packaging/unregister.cmd >"$stage/unregister.cmd"
+zip_folder "$stage" "$output/$name.zip"
+symbols=$work/symbols
+mkdir -p "$symbols"
+cp "$module.debug" "$symbols/OrVaneWmpPlugin.dll.debug"
+cp docs/crash-addresses.md scripts/crash-line.sh "$symbols/"
+zip_folder "$symbols" "$output/$name-symbols.zip"
