@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <iterator>
 #include <new>
 #include <unordered_set>
+#include <utility>
 
 #include "standins/asf/bytes.h"
 #include "standins/asf/content_fields.h"
@@ -61,7 +64,14 @@ public:
     HeaderWriter(const Header& header, std::string& error) : m_header(header), m_error(error) {}
 
     std::optional<Bytes> write(std::uint64_t bytesAfterHeader) {
-        if (!assignPlaces()) return std::nullopt;
+        for (const Attribute& a : m_header.m_attributes) {
+            if (nameSize(a) > kLargest16 || a.value.size() > Header::kMaximumSize)
+                return fail("An attribute's name or value is too long.");
+            in(placeOf(a)).push_back(&a);
+        }
+        if (in(Place::metadata).size() > kLargest16 ||
+            in(Place::metadataLibrary).size() > kLargest16)
+            return fail("The header has more attributes than the format can hold.");
         Bytes out;
         std::uint64_t objects = 0;
         std::optional<std::size_t> fileProperties;
@@ -69,15 +79,14 @@ public:
             const ObjectFrame frame(out, kHeaderGuid);
             const std::size_t countAt = out.size();
             putNumber(out, 0, 4);
-            putNumber(out, 1, 1);
-            putNumber(out, 2, 1);
+            putNumber(out, 0x0201, 2);
             for (const Header::Piece& piece : m_header.m_pieces) {
-                if (piece.kind == Header::Kind::fileProperties) fileProperties = out.size();
+                if (piece.kind == Kind::fileProperties) fileProperties = out.size();
                 objects += putPiece(out, piece);
             }
-            for (const Kind kind : {Kind::contentDescription, Kind::extendedContentDescription,
-                                    Kind::headerExtension})
-                if (isMissing(kind)) objects += putPiece(out, {kind, 1, {}});
+            objects += putMissing(out, m_header.m_pieces,
+                                  {Kind::contentDescription, Kind::extendedContentDescription,
+                                   Kind::headerExtension});
             overwriteNumber(out, countAt, objects, 4);
         }
         if (out.size() > Header::kMaximumSize) return fail("The header becomes too large.");
@@ -88,179 +97,116 @@ public:
 
 private:
     using Kind = Header::Kind;
+    using Attributes = std::vector<const Attribute*>;
 
     std::nullopt_t fail(const char* sentence) {
         m_error = sentence;
         return std::nullopt;
     }
+    Attributes& in(Place place) { return m_in[static_cast<std::size_t>(place)]; }
+    [[nodiscard]] const Attributes& in(Place place) const {
+        return m_in[static_cast<std::size_t>(place)];
+    }
 
     // ---- who goes where
 
-    static bool fitsContentDescription(const Attribute& a) {
-        return contentField(a.name) && isText(a) && a.stream == 0 && a.language == 0 &&
-               sizeIn(Place::contentDescription, a) <= kLargest16;
-    }
-    static bool fitsExtended(const Attribute& a) {
-        return a.stream == 0 && a.language == 0 && a.type != AttributeType::guid &&
-               sizeIn(Place::extendedContentDescription, a) <= kLargest16;
-    }
-    static bool fitsMetadata(const Attribute& a) {
-        return a.language == 0 && sizeIn(Place::metadata, a) <= kLargest16;
-    }
-
-    bool takeField(const Attribute& a) {
-        const Attribute*& slot = m_fields[*contentField(a.name)];
-        if (slot != nullptr) return false;
-        slot = &a;
-        return true;
-    }
-
-    // True when the attribute can stay in the object that it was read from.
-    bool stays(const Attribute& a) {
-        switch (a.place) {
-            case Place::contentDescription:
-                return fitsContentDescription(a) && takeField(a);
-            case Place::extendedContentDescription:
-                if (!fitsExtended(a) || m_extendedCount == kLargest16) return false;
-                ++m_extendedCount;
-                m_names.insert(a.name);
-                return true;
-            case Place::metadata:
-                return fitsMetadata(a);
-            case Place::metadataLibrary:
-                m_names.insert(a.name);
-                return true;
-            case Place::automatic:
-                break;
-        }
-        return false;
-    }
-
-    // A second attribute of one name goes to the library even where the first is there, too: so
-    // they are read in the order in which they were written.
-    Place newPlace(const Attribute& a) {
-        if (fitsContentDescription(a) && takeField(a)) return Place::contentDescription;
+    // Where it was read from, if it still fits there; what is new goes to the first place that it
+    // fits. A second attribute of one name is new to the library, even where the first is there,
+    // too: so they are read in the order in which they were written.
+    Place placeOf(const Attribute& a) {
+        const bool isNew = a.place == Place::automatic;
+        const bool plain = a.stream == 0 && a.language == 0;
+        const auto fits = [&](Place place) { return sizeIn(place, a) <= kLargest16; };
+        const auto may = [&](Place place) { return (isNew || a.place == place) && fits(place); };
+        if (a.place == Place::metadata && a.language == 0 && fits(a.place)) return a.place;
+        const auto field = contentField(a.name);
+        if (plain && field && isText(a) && may(Place::contentDescription) &&
+            !std::exchange(m_fieldTaken[*field], true))
+            return Place::contentDescription;
         const bool isFirst = m_names.insert(a.name).second;
-        if (!isFirst || !fitsExtended(a) || m_extendedCount == kLargest16)
-            return Place::metadataLibrary;
-        ++m_extendedCount;
-        return Place::extendedContentDescription;
-    }
-
-    bool assignPlaces() {
-        const std::vector<Attribute>& attributes = m_header.m_attributes;
-        std::vector<Place> places(attributes.size(), Place::automatic);
-        for (std::size_t i = 0; i < attributes.size(); ++i) {
-            const Attribute& a = attributes[i];
-            if (nameSize(a) > kLargest16 || a.value.size() > Header::kMaximumSize) {
-                fail("An attribute's name or value is too long.");
-                return false;
-            }
-            if (stays(a)) places[i] = a.place;
-        }
-        for (std::size_t i = 0; i < attributes.size(); ++i) {
-            if (places[i] == Place::automatic) places[i] = newPlace(attributes[i]);
-            if (places[i] == Place::extendedContentDescription)
-                m_extended.push_back(&attributes[i]);
-            if (places[i] == Place::metadata) m_metadata.push_back(&attributes[i]);
-            if (places[i] == Place::metadataLibrary) m_library.push_back(&attributes[i]);
-        }
-        if (m_metadata.size() > kLargest16 || m_library.size() > kLargest16) {
-            fail("The header has more attributes than the format can hold.");
-            return false;
-        }
-        return true;
+        if (plain && a.type != AttributeType::guid && may(Place::extendedContentDescription) &&
+            (isFirst || !isNew) && in(Place::extendedContentDescription).size() < kLargest16)
+            return Place::extendedContentDescription;
+        return Place::metadataLibrary;
     }
 
     // ---- what is written
 
-    // An object that the header did not have is added only when something goes into it.
-    bool isMissing(Kind kind) const {
-        const auto has = [](const std::vector<Header::Piece>& pieces, Kind wanted) {
-            return std::ranges::any_of(
-                pieces, [wanted](const Header::Piece& p) { return p.kind == wanted; });
-        };
-        switch (kind) {
-            case Kind::contentDescription:
-                return !has(m_header.m_pieces, kind) &&
-                       std::ranges::any_of(m_fields,
-                                           [](const Attribute* a) { return a != nullptr; });
-            case Kind::extendedContentDescription:
-                return !has(m_header.m_pieces, kind) && !m_extended.empty();
-            case Kind::headerExtension:
-                return !has(m_header.m_pieces, kind) &&
-                       (isMissing(Kind::metadata) || isMissing(Kind::metadataLibrary));
-            case Kind::metadata:
-                return !has(m_header.m_extensionPieces, kind) && !m_metadata.empty();
-            case Kind::metadataLibrary:
-                return !has(m_header.m_extensionPieces, kind) && !m_library.empty();
-            default:
-                return false;
-        }
+    // The objects that hold attributes.
+    struct List {
+        Kind kind;
+        Place place;
+        Guid guid;
+    };
+    static constexpr List kLists[] = {
+        {Kind::contentDescription, Place::contentDescription, kContentDescriptionGuid},
+        {Kind::extendedContentDescription, Place::extendedContentDescription,
+         kExtendedContentDescriptionGuid},
+        {Kind::metadata, Place::metadata, kMetadataGuid},
+        {Kind::metadataLibrary, Place::metadataLibrary, kMetadataLibraryGuid}};
+    static const List* listOf(Kind kind) {
+        const auto* const found = std::ranges::find(kLists, kind, &List::kind);
+        return found == std::end(kLists) ? nullptr : found;
+    }
+
+    [[nodiscard]] bool isNeeded(Kind kind) const {
+        if (const List* const list = listOf(kind)) return !in(list->place).empty();
+        return isNeeded(Kind::metadata) || isNeeded(Kind::metadataLibrary);
+    }
+
+    // An object that the header did not have is added only when something goes into it. Answers
+    // how many.
+    std::uint32_t putMissing(Bytes& out, const std::vector<Header::Piece>& there,
+                             std::initializer_list<Kind> kinds) const {
+        std::uint32_t objects = 0;
+        for (const Kind kind : kinds)
+            if (isNeeded(kind) &&
+                std::ranges::find(there, kind, &Header::Piece::kind) == there.end())
+                objects += putPiece(out, {kind, 1, {}});
+        return objects;
     }
 
     // Answers how many objects it wrote.
     std::uint32_t putPiece(Bytes& out, const Header::Piece& piece) const {
-        switch (piece.kind) {
-            case Kind::contentDescription:
-                putContentDescription(out, piece.bytes);
-                return 1;
-            case Kind::extendedContentDescription:
-                putExtended(out, piece.bytes);
-                return 1;
-            case Kind::headerExtension:
-                putHeaderExtension(out);
-                return 1;
-            case Kind::metadata:
-                putMetadata(out, kMetadataGuid, Place::metadata, m_metadata, piece.bytes);
-                return 1;
-            case Kind::metadataLibrary:
-                putMetadata(out, kMetadataLibraryGuid, Place::metadataLibrary, m_library,
-                            piece.bytes);
-                return 1;
-            default:
-                putBytes(out, piece.bytes);
-                return piece.objects;
+        if (const List* const list = listOf(piece.kind)) {
+            const ObjectFrame frame(out, list->guid);
+            if (list->place == Place::contentDescription)
+                putFields(out);
+            else
+                putList(out, list->place);
+            putBytes(out, piece.bytes);
+            return 1;
         }
+        if (piece.kind == Kind::headerExtension) {
+            putHeaderExtension(out);
+            return 1;
+        }
+        putBytes(out, piece.bytes);
+        return piece.objects;
     }
 
-    void putContentDescription(Bytes& out, const Bytes& tail) const {
-        const ObjectFrame frame(out, kContentDescriptionGuid);
-        for (const Attribute* field : m_fields)
-            putNumber(out, field ? sizeIn(Place::contentDescription, *field) : 0, 2);
-        for (const Attribute* field : m_fields)
-            if (field) putValue(out, Place::contentDescription, *field);
-        putBytes(out, tail);
+    void putFields(Bytes& out) const {
+        constexpr Place place = Place::contentDescription;
+        std::array<const Attribute*, kContentFields.size()> fields{};
+        for (const Attribute* a : in(place)) fields[*contentField(a->name)] = a;
+        for (const Attribute* a : fields) putNumber(out, a ? sizeIn(place, *a) : 0, 2);
+        for (const Attribute* a : fields)
+            if (a) putValue(out, place, *a);
     }
 
-    void putExtended(Bytes& out, const Bytes& tail) const {
-        constexpr Place place = Place::extendedContentDescription;
-        const ObjectFrame frame(out, kExtendedContentDescriptionGuid);
-        putNumber(out, m_extended.size(), 2);
-        for (const Attribute* a : m_extended) {
+    void putList(Bytes& out, Place place) const {
+        const bool extended = place == Place::extendedContentDescription;
+        putNumber(out, in(place).size(), 2);
+        for (const Attribute* a : in(place)) {
+            if (!extended) putNumber(out, a->language, 2);
+            if (!extended) putNumber(out, a->stream, 2);
             putNumber(out, nameSize(*a), 2);
-            putTerminatedText(out, a->name);
+            if (extended) putTerminatedText(out, a->name);
             putNumber(out, static_cast<std::uint16_t>(a->type), 2);
-            putNumber(out, sizeIn(place, *a), 2);
+            putNumber(out, sizeIn(place, *a), extended ? 2 : 4);
+            if (!extended) putTerminatedText(out, a->name);
             putValue(out, place, *a);
         }
-        putBytes(out, tail);
-    }
-
-    static void putMetadata(Bytes& out, const Guid& guid, Place place,
-                            const std::vector<const Attribute*>& attributes, const Bytes& tail) {
-        const ObjectFrame frame(out, guid);
-        putNumber(out, attributes.size(), 2);
-        for (const Attribute* a : attributes) {
-            putNumber(out, a->language, 2);
-            putNumber(out, a->stream, 2);
-            putNumber(out, nameSize(*a), 2);
-            putNumber(out, static_cast<std::uint16_t>(a->type), 2);
-            putNumber(out, sizeIn(place, *a), 4);
-            putTerminatedText(out, a->name);
-            putValue(out, place, *a);
-        }
-        putBytes(out, tail);
     }
 
     void putHeaderExtension(Bytes& out) const {
@@ -270,19 +216,15 @@ private:
         const std::size_t sizeAt = out.size();
         putNumber(out, 0, 4);
         for (const Header::Piece& piece : m_header.m_extensionPieces) putPiece(out, piece);
-        for (const Kind kind : {Kind::metadata, Kind::metadataLibrary})
-            if (isMissing(kind)) putPiece(out, {kind, 1, {}});
+        putMissing(out, m_header.m_extensionPieces, {Kind::metadata, Kind::metadataLibrary});
         overwriteNumber(out, sizeAt, out.size() - sizeAt - 4, 4);
     }
 
     const Header& m_header;
     std::string& m_error;
-    std::array<const Attribute*, kContentFields.size()> m_fields{};
-    std::vector<const Attribute*> m_extended;
-    std::size_t m_extendedCount = 0;
+    std::array<Attributes, 5> m_in;  // by place
+    std::array<bool, kContentFields.size()> m_fieldTaken{};
     std::unordered_set<std::u16string_view> m_names;  // extended or library
-    std::vector<const Attribute*> m_metadata;
-    std::vector<const Attribute*> m_library;
 };
 
 std::optional<std::vector<std::uint8_t>> Header::serialise(std::uint64_t bytesAfterHeader,

@@ -26,16 +26,16 @@ protected:
         m_player = std::make_unique<Player>(std::move(options));
         std::string error;
         EXPECT_TRUE(m_player->openLibrary(error)) << error;
-        EXPECT_EQ(m_player->core()->get_controls(m_controls.put()), S_OK);
+        EXPECT_EQ(m_player->core()->get_controls(&m_controls), S_OK);
         return *m_player;
     }
     void TearDown() override {
-        m_controls.reset();
+        m_controls.Release();
         m_player.reset();
         EXPECT_EQ(liveObjects(), 0) << "the player or the test leaked objects";
     }
     HRESULT open(size_t index) {
-        return m_player->core()->put_URL(Text(m_player->itemPath(index)).get());
+        return m_player->core()->put_URL(CComBSTR(m_player->itemPath(index).c_str()));
     }
     bool reaches(long state, unsigned milliseconds = 3000) {
         return m_player->pumpUntil([&] { return m_player->playState() == state; }, milliseconds);
@@ -43,7 +43,7 @@ protected:
 
     ComApartment m_com;
     std::unique_ptr<Player> m_player;
-    ComRef<IWMPControls> m_controls;
+    CComPtr<IWMPControls> m_controls;
 };
 
 TEST_F(PlayerTest, StatesFollowOneAnotherOverTime) {
@@ -91,15 +91,15 @@ TEST_F(PlayerTest, CallsFromOtherThreadsAreServedByThePlayersOwn) {
     for (int n = 0; n < 4; ++n)
         direct.emplace_back([&] {
             for (size_t i = 0; i < 200; ++i)
-                if (player.item(i % 2)->setItemInfo(Text(L"Title").get(), Text(L"x").get()) == S_OK)
+                if (player.item(i % 2)->setItemInfo(CComBSTR(L"Title"), CComBSTR(L"x")) == S_OK)
                     ++served;
         });
     for (std::thread& thread : direct) thread.join();  // without a message loop
     EXPECT_EQ(served, 803);
 
     // What is held beyond the player's end is cut off.
-    const ComRef<IWMPCore> core(player.core());
-    m_controls.reset();
+    const CComPtr<IWMPCore> core(player.core());
+    m_controls.Release();
     m_player.reset();
     WMPPlayState state{};
     EXPECT_EQ(core->get_playState(&state), RPC_E_DISCONNECTED);
