@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/messages/parameter_list.h"
@@ -85,6 +86,9 @@ public:
     // Runs the operation that the command names and returns the answer. What the operation throws
     // is logged and answered with a return value of false.
     OrvaneResponse executeCommand(IOrvanePluginMethods* pluginMethods) const;
+
+    // The commands that have an operation behind them, in the order of their names.
+    [[nodiscard]] static std::vector<std::string_view> names();
 };
 
 // The answer to one command, on the command pipe.

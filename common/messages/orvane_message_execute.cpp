@@ -162,6 +162,12 @@ Handler handlerFor(const juce::String& name) {
 
 }  // namespace
 
+std::vector<std::string_view> OrvaneCommand::names() {
+    std::vector<std::string_view> names;
+    for (const Entry& entry : kEntries) names.push_back(entry.name);
+    return names;
+}
+
 OrvaneResponse OrvaneCommand::executeCommand(IOrvanePluginMethods* pluginMethods) const {
     try {
         OrvaneResponse response(getName());

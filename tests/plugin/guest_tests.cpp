@@ -146,6 +146,7 @@ TEST_F(GuestTest, AnApplicationThatDoesNotRunIsLaunchedAndLinkedTo) {
     const UniqueHandle leave(OpenEventW(EVENT_MODIFY_STATE, FALSE, L"OrVaneTestAppLeave"));
     EXPECT_TRUE(leave) << "it is the application's, which waits for it";
     SetEvent(leave.get());
+    EXPECT_TRUE(pumpUntil([&] { return DeleteFileW(folder.path(L"OrVaneApp.exe").c_str()) != 0; }));
 }
 
 TEST_F(LinkedGuestTest, AStartingTrackIsReportedWithoutItsFileBeingOpened) {

@@ -61,6 +61,24 @@ inline void makeFolder(const std::filesystem::path& path) {
     EXPECT_NE(CreateDirectoryW(openable(path).c_str(), nullptr), 0) << path;
 }
 
+// std::filesystem::remove_all leaves what has long names.
+inline void removeTree(const std::wstring& name) {
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((name + L"\\*").c_str(), &found);
+    for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = FindNextFileW(search, &found)) {
+        const std::wstring child = name + L"\\" + found.cFileName;
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            SetFileAttributesW(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileW(child.c_str());
+        } else if (std::wstring_view(found.cFileName) != L"." &&
+                   std::wstring_view(found.cFileName) != L"..") {
+            removeTree(child);
+        }
+    }
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+    RemoveDirectoryW(name.c_str());
+}
+
 // An empty folder of a test's own, deleted with all its content.
 class TempFolder {
 public:
@@ -70,14 +88,10 @@ public:
         GetTempPathW(MAX_PATH, temporary);
         m_path = temporary + (L"Mus\u00e9 \u65e5\u672c " + std::to_wstring(GetCurrentProcessId()) +
                               L"-" + std::to_wstring(++number));
-        std::error_code ignored;
-        std::filesystem::remove_all(openable(m_path), ignored);
+        removeTree(openable(m_path).native());
         makeFolder(m_path);
     }
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(openable(m_path), ignored);
-    }
+    ~TempFolder() { removeTree(openable(m_path).native()); }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
