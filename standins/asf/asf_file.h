@@ -47,7 +47,7 @@ struct Attribute {
     std::vector<std::uint8_t> value;
     Place place = Place::automatic;
 
-    // As a player would show it: numbers in decimal, "true" or "false", nothing for plain bytes.
+    // As a player would show it: numbers in decimal, "true" or "false", nothing for what is no text.
     [[nodiscard]] std::u16string text() const;
     // The value of a numeric or boolean attribute, 0 for others.
     [[nodiscard]] std::uint64_t number() const;
@@ -118,15 +118,11 @@ private:
 // Reads only the header of the file at `path`; the audio data is not touched.
 std::optional<Header> readHeader(const std::filesystem::path& path, std::string& error);
 
-// For tests of what a full disk leaves behind.
-struct ReplaceFault {
-    std::optional<std::uint64_t> diskFullAfter;  // bytes written
-};
-
 // Writes the file anew with this header and the old audio data, beside the old one, and puts it in
 // its place in one step: a failure half-way leaves the old file whole, and nothing beside it.
-// Nobody else may have the file open. Paths may be longer than 260 characters.
+// Nobody else may have the file open. Paths may be longer than 260 characters. For tests of what a
+// full disk leaves behind it can play one, after so many bytes written.
 bool replaceHeader(const std::filesystem::path& path, const Header& header, std::string& error,
-                   const ReplaceFault& fault = {});
+                   std::optional<std::uint64_t> diskFullAfter = {});
 
 }  // namespace orvane::asf

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string>
 
@@ -63,68 +64,33 @@ HRESULT takePicture(const BYTE* value, DWORD length, Attribute& out) {
     return S_OK;
 }
 
-// Bytes of a value whose type fixes them; 0 for the others.
-DWORD fixedSize(WMT_ATTR_DATATYPE type) {
-    switch (type) {
-        case WMT_TYPE_DWORD:
-        case WMT_TYPE_BOOL:
-            return 4;
-        case WMT_TYPE_QWORD:
-            return 8;
-        case WMT_TYPE_WORD:
-            return 2;
-        case WMT_TYPE_GUID:
-            return 16;
-        default:
-            return 0;
-    }
-}
+struct Type {
+    WMT_ATTR_DATATYPE inInterfaces;
+    AttributeType inFile;
+    DWORD size;  // bytes of a value in the interfaces; 0 when the type does not fix it
+};
+constexpr Type kTypes[] = {
+    {WMT_TYPE_STRING, AttributeType::unicode, 0}, {WMT_TYPE_BINARY, AttributeType::bytes, 0},
+    {WMT_TYPE_BOOL, AttributeType::boolean, 4},   {WMT_TYPE_DWORD, AttributeType::dword, 4},
+    {WMT_TYPE_QWORD, AttributeType::qword, 8},    {WMT_TYPE_WORD, AttributeType::word, 2},
+    {WMT_TYPE_GUID, AttributeType::guid, 16}};
+constexpr const Type& kBinary = kTypes[1];
 
-std::optional<AttributeType> fileType(WMT_ATTR_DATATYPE type) {
-    switch (type) {
-        case WMT_TYPE_STRING:
-            return AttributeType::unicode;
-        case WMT_TYPE_BINARY:
-            return AttributeType::bytes;
-        case WMT_TYPE_BOOL:
-            return AttributeType::boolean;
-        case WMT_TYPE_DWORD:
-            return AttributeType::dword;
-        case WMT_TYPE_QWORD:
-            return AttributeType::qword;
-        case WMT_TYPE_WORD:
-            return AttributeType::word;
-        case WMT_TYPE_GUID:
-            return AttributeType::guid;
-        default:
-            return std::nullopt;
-    }
+const Type& typeOf(const Attribute& attribute) {
+    const auto* const type = std::ranges::find(kTypes, attribute.type, &Type::inFile);
+    const bool shortGuid = attribute.type == AttributeType::guid && attribute.value.size() != 16;
+    return type == std::end(kTypes) || shortGuid ? kBinary : *type;
 }
 
 }  // namespace
 
 WMT_ATTR_DATATYPE interfaceType(const Attribute& attribute) {
-    switch (attribute.type) {
-        case AttributeType::unicode:
-            return WMT_TYPE_STRING;
-        case AttributeType::boolean:
-            return WMT_TYPE_BOOL;
-        case AttributeType::dword:
-            return WMT_TYPE_DWORD;
-        case AttributeType::qword:
-            return WMT_TYPE_QWORD;
-        case AttributeType::word:
-            return WMT_TYPE_WORD;
-        case AttributeType::guid:
-            return attribute.value.size() == 16 ? WMT_TYPE_GUID : WMT_TYPE_BINARY;
-        default:
-            return WMT_TYPE_BINARY;
-    }
+    return typeOf(attribute).inInterfaces;
 }
 
 std::optional<DWORD> interfaceSize(const Attribute& attribute) {
-    const WMT_ATTR_DATATYPE type = interfaceType(attribute);
-    if (const DWORD fixed = fixedSize(type)) return fixed;
+    const auto [type, stored, fixed] = typeOf(attribute);
+    if (fixed != 0) return fixed;
     std::size_t size = attribute.value.size() + (type == WMT_TYPE_STRING ? 2 : 0);
     if (isPicture(attribute)) {
         const auto picture = asf::Picture::parse(attribute.value);
@@ -136,14 +102,14 @@ std::optional<DWORD> interfaceSize(const Attribute& attribute) {
 }
 
 void copyToInterface(const Attribute& attribute, BYTE* buffer) {
-    const WMT_ATTR_DATATYPE type = interfaceType(attribute);
+    const auto [type, stored, fixed] = typeOf(attribute);
     if (type == WMT_TYPE_STRING) {
         std::ranges::copy(attribute.value, buffer);
         std::fill_n(buffer + attribute.value.size(), 2, BYTE{0});
     } else if (type == WMT_TYPE_BOOL) {
         const BOOL truth = attribute.number() != 0 ? TRUE : FALSE;
         std::memcpy(buffer, &truth, sizeof(truth));
-    } else if (const DWORD fixed = fixedSize(type); fixed != 0 && type != WMT_TYPE_GUID) {
+    } else if (fixed != 0 && type != WMT_TYPE_GUID) {
         const std::uint64_t number = attribute.number();
         std::memcpy(buffer, &number, fixed);
     } else if (const auto picture =
@@ -155,18 +121,17 @@ void copyToInterface(const Attribute& attribute, BYTE* buffer) {
 }
 
 HRESULT copyFromInterface(WMT_ATTR_DATATYPE type, const BYTE* value, DWORD length, Attribute& out) {
-    const auto stored = fileType(type);
-    if (!stored) return E_INVALIDARG;
+    const auto* const known = std::ranges::find(kTypes, type, &Type::inInterfaces);
+    if (known == std::end(kTypes)) return E_INVALIDARG;
     if (!value) return E_POINTER;
     if (type == WMT_TYPE_BINARY && out.name == asf::kPictureName)
         return takePicture(value, length, out);
-    const DWORD fixed = fixedSize(type);
-    if (fixed != 0 && length != fixed) return E_INVALIDARG;
+    if (known->size != 0 && length != known->size) return E_INVALIDARG;
     if (type == WMT_TYPE_STRING) {
         if (length % 2 != 0) return E_INVALIDARG;
         while (length >= 2 && value[length - 1] == 0 && value[length - 2] == 0) length -= 2;
     }
-    out.type = *stored;
+    out.type = known->inFile;
     out.value.assign(value, value + length);
     return S_OK;
 }

@@ -70,16 +70,6 @@ HRESULT giveName(const Attribute& attribute, WCHAR* name, WORD* length) {
     return S_OK;
 }
 
-// Both lengths are given even when one buffer is too small.
-template <typename Length>
-HRESULT giveAttribute(const Attribute& attribute, WCHAR* name, WORD* nameLength,
-                      WMT_ATTR_DATATYPE* type, BYTE* value, Length* length) {
-    const HRESULT named = giveName(attribute, name, nameLength);
-    const HRESULT valued = giveValue(attribute, value, length);
-    *type = interfaceType(attribute);
-    return FAILED(valued) ? valued : named;
-}
-
 HRESULT checkName(LPCWSTR name) {
     if (!name) return E_POINTER;
     const std::size_t length = std::wcslen(name);
@@ -92,29 +82,6 @@ HRESULT HeaderInfo::checkChangeable() const {
     if (m_kind == Kind::reader) return E_NOTIMPL;
     if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
     return m_file.isWritable() ? S_OK : E_ACCESSDENIED;
-}
-
-STDMETHODIMP HeaderInfo::GetAttributeCount(WORD stream, WORD* result) {
-    return GetAttributeCountEx(stream, result);
-}
-
-STDMETHODIMP HeaderInfo::GetAttributeCountEx(WORD stream, WORD* result) {
-    if (!result) return E_POINTER;
-    if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-    if (stream != kAllStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
-    *result = count(m_file.header().attributes(), stream);
-    return S_OK;
-}
-
-STDMETHODIMP HeaderInfo::GetAttributeByIndex(WORD index, WORD* stream, WCHAR* name,
-                                             WORD* nameLength, WMT_ATTR_DATATYPE* type, BYTE* value,
-                                             WORD* length) {
-    if (!stream || !nameLength || !type || !length) return E_POINTER;
-    if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-    const Attributes& attributes = m_file.header().attributes();
-    const auto at = position(attributes, *stream, index);
-    if (!at) return NS_E_INVALID_REQUEST;
-    return giveAttribute(attributes[*at], name, nameLength, type, value, length);
 }
 
 STDMETHODIMP HeaderInfo::GetAttributeByName(WORD* stream, LPCWSTR name, WMT_ATTR_DATATYPE* type,
@@ -131,37 +98,6 @@ STDMETHODIMP HeaderInfo::GetAttributeByName(WORD* stream, LPCWSTR name, WMT_ATTR
     const HRESULT result = giveValue(*found, value, length);
     if (SUCCEEDED(result)) *type = interfaceType(*found);
     return result;
-}
-
-STDMETHODIMP HeaderInfo::SetAttribute(WORD stream, LPCWSTR name, WMT_ATTR_DATATYPE type,
-                                      const BYTE* value, WORD length) {
-    return guarded([&]() -> HRESULT {
-        if (const HRESULT result = checkChangeable(); FAILED(result)) return result;
-        if (const HRESULT result = checkName(name); FAILED(result)) return result;
-        if (!validStream(stream)) return NS_E_INVALID_REQUEST;
-        const Attributes& attributes = m_file.header().attributes();
-        const auto found =
-            std::ranges::find_if(attributes, [&, wanted = view(name)](const Attribute& a) {
-                return a.stream == stream && a.name == wanted;
-            });
-        const auto at = found - attributes.begin();
-        const bool removes = !value || length == 0;
-        if (found == attributes.end() && removes) return ASF_E_NOTFOUND;
-        if (found == attributes.end())
-            return AddAttribute(stream, name, nullptr, type, 0, value, length);
-        Attribute changed = *found;
-        if (!removes) {
-            const HRESULT result = copyFromInterface(type, value, length, changed);
-            if (FAILED(result)) return result;
-        }
-        Attributes& changing = m_file.changedHeader().attributes();
-        if (removes) {
-            changing.erase(changing.begin() + at);
-        } else {
-            changing[static_cast<std::size_t>(at)] = std::move(changed);
-        }
-        return S_OK;
-    });
 }
 
 STDMETHODIMP HeaderInfo::GetAttributeIndices(WORD stream, LPCWSTR name, WORD* language,
@@ -197,28 +133,12 @@ STDMETHODIMP HeaderInfo::GetAttributeByIndexEx(WORD stream, WORD index, LPWSTR n
     const Attributes& attributes = m_file.header().attributes();
     const auto at = position(attributes, stream, index);
     if (!at) return NS_E_INVALID_REQUEST;
+    // Both lengths are given even when one buffer is too small.
+    const HRESULT named = giveName(attributes[*at], name, nameLength);
+    const HRESULT valued = giveValue(attributes[*at], value, length);
     *language = attributes[*at].language;
-    return giveAttribute(attributes[*at], name, nameLength, type, value, length);
-}
-
-STDMETHODIMP HeaderInfo::ModifyAttribute(WORD stream, WORD index, WMT_ATTR_DATATYPE type,
-                                         WORD language, const BYTE* value, DWORD length) {
-    return guarded([&]() -> HRESULT {
-        if (const HRESULT result = checkChangeable(); FAILED(result)) return result;
-        const Attributes& attributes = m_file.header().attributes();
-        const auto at = position(attributes, stream, index);
-        if (!at) return NS_E_INVALID_REQUEST;
-        if (language != 0 && language != attributes[*at].language) return ASF_E_BADLANGUAGEID;
-        Attribute changed;
-        changed.name = attributes[*at].name;
-        changed.stream = attributes[*at].stream;
-        changed.place = attributes[*at].place;
-        changed.language = language;
-        if (const HRESULT result = copyFromInterface(type, value, length, changed); FAILED(result))
-            return result;
-        m_file.changedHeader().attributes()[*at] = std::move(changed);
-        return S_OK;
-    });
+    *type = interfaceType(attributes[*at]);
+    return FAILED(valued) ? valued : named;
 }
 
 STDMETHODIMP HeaderInfo::AddAttribute(WORD stream, LPCWSTR name, WORD* index,

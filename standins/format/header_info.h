@@ -1,7 +1,7 @@
 #pragma once
 
-// The attribute part of a reader or an editor: IWMHeaderInfo3 over an opened file. Markers, scripts
-// and codecs are not there (E_NOTIMPL).
+// The attribute part of a reader or an editor: IWMHeaderInfo3 over an opened file, as far as this
+// plug-in asks for it; all else is E_NOTIMPL.
 //
 // The runtime's limits are kept, for they are what callers stumble over:
 //  - lengths are 16-bit in the methods of IWMHeaderInfo: what is larger cannot be asked for there,
@@ -22,14 +22,13 @@ namespace orvane::standin {
 class HeaderInfo : public IWMHeaderInfo3 {
 public:
     // IWMHeaderInfo
-    STDMETHOD(GetAttributeCount)(WORD stream, WORD* count) override;
+    STDMETHOD(GetAttributeCount)(WORD, WORD*) override { return E_NOTIMPL; }
     STDMETHOD(GetAttributeByIndex)
-    (WORD index, WORD* stream, WCHAR* name, WORD* nameLength, WMT_ATTR_DATATYPE* type, BYTE* value,
-     WORD* length) override;
+    (WORD, WORD*, WCHAR*, WORD*, WMT_ATTR_DATATYPE*, BYTE*, WORD*) override { return E_NOTIMPL; }
     STDMETHOD(GetAttributeByName)
     (WORD* stream, LPCWSTR name, WMT_ATTR_DATATYPE* type, BYTE* value, WORD* length) override;
     STDMETHOD(SetAttribute)
-    (WORD stream, LPCWSTR name, WMT_ATTR_DATATYPE type, const BYTE* value, WORD length) override;
+    (WORD, LPCWSTR, WMT_ATTR_DATATYPE, const BYTE*, WORD) override { return E_NOTIMPL; }
     STDMETHOD(GetMarkerCount)(WORD*) override { return E_NOTIMPL; }
     STDMETHOD(GetMarker)(WORD, WCHAR*, WORD*, QWORD*) override { return E_NOTIMPL; }
     STDMETHOD(AddMarker)(LPCWSTR, QWORD) override { return E_NOTIMPL; }
@@ -45,15 +44,14 @@ public:
         return E_NOTIMPL;
     }
     // IWMHeaderInfo3
-    STDMETHOD(GetAttributeCountEx)(WORD stream, WORD* count) override;
+    STDMETHOD(GetAttributeCountEx)(WORD, WORD*) override { return E_NOTIMPL; }
     STDMETHOD(GetAttributeIndices)
     (WORD stream, LPCWSTR name, WORD* language, WORD* indices, WORD* count) override;
     STDMETHOD(GetAttributeByIndexEx)
     (WORD stream, WORD index, LPWSTR name, WORD* nameLength, WMT_ATTR_DATATYPE* type,
      WORD* language, BYTE* value, DWORD* length) override;
     STDMETHOD(ModifyAttribute)
-    (WORD stream, WORD index, WMT_ATTR_DATATYPE type, WORD language, const BYTE* value,
-     DWORD length) override;
+    (WORD, WORD, WMT_ATTR_DATATYPE, WORD, const BYTE*, DWORD) override { return E_NOTIMPL; }
     STDMETHOD(AddAttribute)
     (WORD stream, LPCWSTR name, WORD* index, WMT_ATTR_DATATYPE type, WORD language,
      const BYTE* value, DWORD length) override;

@@ -16,8 +16,9 @@ STDMETHODIMP MetadataEditor::OpenEx(const WCHAR* path, DWORD access, DWORD share
     return guarded([&]() -> HRESULT {
         constexpr DWORD known = GENERIC_READ | GENERIC_WRITE;
         if ((access & known) == 0 || (access & ~known) != 0) return E_INVALIDARG;
-        const bool onlyReads = (access & GENERIC_WRITE) == 0;
-        if (onlyReads && (share & FILE_SHARE_READ) == 0) return E_INVALIDARG;
+        const bool writes = (access & GENERIC_WRITE) != 0;
+        const DWORD wanted = writes ? 0 : FILE_SHARE_READ;
+        if (share != wanted) return E_INVALIDARG;
         return file().open(path, access, share);
     });
 }

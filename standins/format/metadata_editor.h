@@ -16,8 +16,8 @@ public:
 
     // For reading and writing, shared with nobody who writes.
     STDMETHOD(Open)(const WCHAR* path) override;
-    // The runtime's documentation allows no sharing together with write access, programs use it
-    // all the same: it is allowed here.
+    // Writing goes with no sharing, reading alone with FILE_SHARE_READ: E_INVALIDARG otherwise, as
+    // the runtime's documentation has it.
     STDMETHOD(OpenEx)(const WCHAR* path, DWORD access, DWORD share) override;
     STDMETHOD(Close)() override;
     // Writes what was changed and closes the file.

@@ -1,26 +1,14 @@
 #include "standins/format/opened_file.h"
 
-#include <array>
-#include <cwchar>
 #include <string>
 #include <utility>
 
 #include "platform/wm_format.h"
-#include "standins/asf/file_io.h"
+#include "standins/asf/file.h"
 
 namespace orvane::standin {
 
 namespace {
-
-asf::ReplaceFault faultFromEnvironment() {
-    std::array<wchar_t, 24> text{};
-    const DWORD length = GetEnvironmentVariableW(L"ORVANE_STANDIN_FAIL_FLUSH", text.data(),
-                                                 static_cast<DWORD>(text.size()));
-    asf::ReplaceFault fault;
-    if (length > 0 && length < text.size())
-        fault.diskFullAfter = std::wcstoull(text.data(), nullptr, 10);
-    return fault;
-}
 
 HRESULT openFailure(DWORD error) {
     switch (error) {
@@ -72,9 +60,7 @@ HRESULT OpenedFile::flush() {
     close();
     if (!changed) return S_OK;
     std::string error;
-    if (!writable || !asf::replaceHeader(m_path, *header, error, faultFromEnvironment()))
-        return NS_E_FILE_WRITE;
-    return S_OK;
+    return writable && asf::replaceHeader(m_path, *header, error) ? S_OK : NS_E_FILE_WRITE;
 }
 
 }  // namespace orvane::standin

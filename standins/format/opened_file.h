@@ -20,8 +20,7 @@ public:
     // Forgets all changes.
     void close() noexcept;
     // Writes the changed header into the file in one step and closes the file, whether it worked
-    // or not; when it did not the file is what it was. The environment variable
-    // ORVANE_STANDIN_FAIL_FLUSH gives a number of bytes after which the disk plays being full.
+    // or not; when it did not the file is what it was.
     HRESULT flush();
 
     [[nodiscard]] bool isOpen() const noexcept { return m_header.has_value(); }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What every COM object of the stand-in player shares: a counted pointer, reference counting with
-// QueryInterface over a list of interfaces, IDispatch methods that nobody calls, and text.
+// What every COM object of the stand-in player shares: reference counting with QueryInterface over
+// a list of interfaces, IDispatch methods that nobody calls, and text.
 
 #include <windows.h>
 
@@ -11,61 +11,10 @@
 #include <string>
 #include <utility>
 
+#include "platform/atl/atlcomcli.h"
 #include "standins/support/wide_text.h"
 
 namespace orvane::standin {
-
-// Counted COM pointer; releases on destruction.
-template <typename T>
-class ComRef {
-public:
-    ComRef() = default;
-    explicit ComRef(T* pointer) : m_pointer(pointer) {
-        if (m_pointer != nullptr) m_pointer->AddRef();
-    }
-    ComRef(const ComRef& other) : ComRef(other.m_pointer) {}
-    ComRef(ComRef&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
-    ~ComRef() { reset(); }
-    ComRef& operator=(ComRef other) noexcept {
-        std::swap(m_pointer, other.m_pointer);
-        return *this;
-    }
-
-    // Takes over a reference that the caller owns.
-    static ComRef adopt(T* pointer) {
-        ComRef ref;
-        ref.m_pointer = pointer;
-        return ref;
-    }
-
-    void reset() {
-        if (T* old = std::exchange(m_pointer, nullptr)) old->Release();
-    }
-    [[nodiscard]] T* get() const { return m_pointer; }
-    T* operator->() const { return m_pointer; }
-    explicit operator bool() const { return m_pointer != nullptr; }
-
-    // For out arguments; drops what was held.
-    T** put() {
-        reset();
-        return &m_pointer;
-    }
-    void** putVoid() { return reinterpret_cast<void**>(put()); }
-    T* detach() { return std::exchange(m_pointer, nullptr); }
-
-    // Another interface of the object, empty when it has none.
-    template <typename Other>
-    [[nodiscard]] ComRef<Other> query() const {
-        ComRef<Other> other;
-        if (m_pointer != nullptr &&
-            FAILED(m_pointer->QueryInterface(__uuidof(Other), other.putVoid())))
-            return {};
-        return other;
-    }
-
-private:
-    T* m_pointer = nullptr;
-};
 
 // Objects handed out and not yet released, in the whole process: how a test sees a leak.
 inline std::atomic<long>& liveObjects() {
@@ -132,34 +81,20 @@ public:
 
 #pragma GCC diagnostic pop
 
-// A new object; its first reference belongs to the result.
-template <typename T, typename... Arguments>
-ComRef<T> makeObject(Arguments&&... arguments) {
-    return ComRef<T>::adopt(new T(std::forward<Arguments>(arguments)...));
+// A new object, by one of its interfaces; its first reference belongs to the result.
+template <typename T, typename Interface, typename... Arguments>
+CComPtr<Interface> makeObject(Arguments&&... arguments) {
+    CComPtr<Interface> object;
+    object.Attach(new T(std::forward<Arguments>(arguments)...));
+    return object;
 }
 
-inline std::wstring textOf(BSTR text) {
-    return text == nullptr ? std::wstring() : std::wstring(text, SysStringLen(text));
-}
+inline std::wstring textOf(BSTR text) { return {text, text + SysStringLen(text)}; }
 
 // Hands out a new BSTR that the caller frees.
 inline HRESULT giveText(const std::wstring& text, BSTR* out) {
     *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     return *out == nullptr ? E_OUTOFMEMORY : S_OK;
 }
-
-// A BSTR for the length of a call.
-class Text {
-public:
-    explicit Text(const std::wstring& text)
-        : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
-    ~Text() { SysFreeString(m_text); }
-    Text(const Text&) = delete;
-    Text& operator=(const Text&) = delete;
-    [[nodiscard]] BSTR get() const { return m_text; }
-
-private:
-    BSTR m_text;
-};
 
 }  // namespace orvane::standin

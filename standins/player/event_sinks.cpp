@@ -9,23 +9,23 @@
 
 namespace orvane::standin {
 
-DWORD EventSinks::add(ComRef<IWMPEvents> sink) {
+DWORD EventSinks::add(CComPtr<IWMPEvents> sink) {
     const std::lock_guard lock(m_mutex);
     m_sinks.emplace(++m_lastCookie, std::move(sink));
     return m_lastCookie;
 }
 
-ComRef<IWMPEvents> EventSinks::remove(DWORD cookie) {
+CComPtr<IWMPEvents> EventSinks::remove(DWORD cookie) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_sinks.find(cookie);
     if (found == m_sinks.end()) return {};
-    ComRef<IWMPEvents> sink = std::move(found->second);
+    CComPtr<IWMPEvents> sink = std::move(found->second);
     m_sinks.erase(found);
     return sink;
 }
 
 void EventSinks::clear() {
-    std::map<DWORD, ComRef<IWMPEvents>> sinks;
+    std::map<DWORD, CComPtr<IWMPEvents>> sinks;
     const std::lock_guard lock(m_mutex);
     sinks.swap(m_sinks);
 }
@@ -35,10 +35,10 @@ size_t EventSinks::count() const {
     return m_sinks.size();
 }
 
-ComRef<IWMPEvents> EventSinks::find(DWORD cookie) const {
+CComPtr<IWMPEvents> EventSinks::find(DWORD cookie) const {
     const std::lock_guard lock(m_mutex);
     const auto found = m_sinks.find(cookie);
-    return found == m_sinks.end() ? ComRef<IWMPEvents>() : found->second;
+    return found == m_sinks.end() ? CComPtr<IWMPEvents>() : found->second;
 }
 
 void EventSinks::raise(const std::function<void(IWMPEvents&)>& event) {
@@ -48,7 +48,7 @@ void EventSinks::raise(const std::function<void(IWMPEvents&)>& event) {
         for (const auto& [cookie, sink] : m_sinks) cookies.push_back(cookie);
     }
     for (const DWORD cookie : cookies) {
-        if (const ComRef<IWMPEvents> sink = find(cookie)) event(*sink.get());
+        if (const CComPtr<IWMPEvents> sink = find(cookie)) event(*sink);
     }
 }
 
@@ -66,13 +66,12 @@ public:
     }
     STDMETHOD(GetConnectionPointContainer)(IConnectionPointContainer** out) override {
         if (out == nullptr) return E_POINTER;
-        *out = ComRef<IConnectionPointContainer>(m_container).detach();
-        return S_OK;
+        return m_container.CopyTo(out);
     }
     STDMETHOD(Advise)(IUnknown* object, DWORD* cookie) override {
         if (object == nullptr || cookie == nullptr) return E_POINTER;
         *cookie = 0;
-        ComRef<IWMPEvents> sink = ComRef<IUnknown>(object).query<IWMPEvents>();
+        CComQIPtr<IWMPEvents> sink(object);
         if (!sink) return CONNECT_E_CANNOTCONNECT;
         return m_model->serve("IConnectionPoint::Advise", [&] {
             *cookie = m_model->sinks.add(std::move(sink));
@@ -80,7 +79,7 @@ public:
         });
     }
     STDMETHOD(Unadvise)(DWORD cookie) override {
-        ComRef<IWMPEvents> sink;
+        CComPtr<IWMPEvents> sink;
         return m_model->serve("IConnectionPoint::Unadvise", [&]() -> HRESULT {
             sink = m_model->sinks.remove(cookie);
             return sink ? S_OK : CONNECT_E_NOCONNECTION;
@@ -93,15 +92,14 @@ protected:
 
 private:
     std::shared_ptr<Model> m_model;
-    ComRef<IConnectionPointContainer> m_container;
+    CComPtr<IConnectionPointContainer> m_container;
 };
 
 }  // namespace
 
-ComRef<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
-                                             IConnectionPointContainer* container) {
-    auto point = makeObject<ConnectionPointObject>(std::move(model), container);
-    return point.query<IConnectionPoint>();
+CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
+                                              IConnectionPointContainer* container) {
+    return makeObject<ConnectionPointObject, IConnectionPoint>(std::move(model), container);
 }
 
 }  // namespace orvane::standin

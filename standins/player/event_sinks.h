@@ -19,10 +19,10 @@ class Model;
 class EventSinks {
 public:
     // 0 is no cookie.
-    DWORD add(ComRef<IWMPEvents> sink);
+    DWORD add(CComPtr<IWMPEvents> sink);
     // Hands the sink to the caller, who lets it go with no lock held: its last release may call
     // the player. Empty for an unknown cookie.
-    ComRef<IWMPEvents> remove(DWORD cookie);
+    CComPtr<IWMPEvents> remove(DWORD cookie);
     void clear();
     [[nodiscard]] size_t count() const;
 
@@ -31,15 +31,15 @@ public:
     void raise(const std::function<void(IWMPEvents&)>& event);
 
 private:
-    [[nodiscard]] ComRef<IWMPEvents> find(DWORD cookie) const;
+    [[nodiscard]] CComPtr<IWMPEvents> find(DWORD cookie) const;
 
     mutable std::mutex m_mutex;
-    std::map<DWORD, ComRef<IWMPEvents>> m_sinks;
+    std::map<DWORD, CComPtr<IWMPEvents>> m_sinks;
     DWORD m_lastCookie = 0;
 };
 
 // IConnectionPoint for IWMPEvents.
-ComRef<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
-                                             IConnectionPointContainer* container);
+CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
+                                              IConnectionPointContainer* container);
 
 }  // namespace orvane::standin

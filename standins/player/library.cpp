@@ -3,26 +3,18 @@
 #include <algorithm>
 #include <utility>
 
-#include "standins/asf/file_io.h"
+#include "platform/handles.h"
+#include "standins/asf/file.h"
 #include "standins/support/wide_text.h"
 
 namespace orvane::standin {
 
 namespace {
 
-class FindHandle {
-public:
-    explicit FindHandle(HANDLE handle) : m_handle(handle) {}
-    ~FindHandle() {
-        if (isValid()) FindClose(m_handle);
-    }
-    FindHandle(const FindHandle&) = delete;
-    FindHandle& operator=(const FindHandle&) = delete;
-    [[nodiscard]] bool isValid() const { return m_handle != INVALID_HANDLE_VALUE; }
-    [[nodiscard]] HANDLE get() const { return m_handle; }
-
-private:
-    HANDLE m_handle;
+struct FindTraits {
+    using Type = HANDLE;
+    static Type none() noexcept { return INVALID_HANDLE_VALUE; }
+    static void close(Type handle) noexcept { FindClose(handle); }
 };
 
 bool isMusic(const std::wstring& name) { return foldCase(name).ends_with(L".wma"); }
@@ -35,9 +27,9 @@ bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
         const std::wstring folder = std::move(folders.back());
         folders.pop_back();
         WIN32_FIND_DATAW entry{};
-        const FindHandle search(
+        const BasicHandle<FindTraits> search(
             FindFirstFileW(asf::extendedLength(folder + L"\\*").c_str(), &entry));
-        if (!search.isValid()) continue;
+        if (!search) continue;
         rootRead = true;
         do {
             const std::wstring name = entry.cFileName;

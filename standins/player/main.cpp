@@ -58,7 +58,6 @@ bool readScript(const std::wstring& path, Script& script) {
     std::ifstream file{std::filesystem::path(path)};
     if (!file) return false;
     for (std::string line; std::getline(file, line);) script.feed(line);
-    script.end();
     return true;
 }
 
@@ -68,7 +67,6 @@ void readStandardInput(const std::shared_ptr<Model>& model, Script& script) {
     std::thread([model, &script] {
         for (std::string line; std::getline(std::cin, line);)
             model->apartment.post([&script, line] { script.feed(line); });
-        model->apartment.post([&script] { script.end(); });
     }).detach();
 }
 

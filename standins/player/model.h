@@ -30,6 +30,14 @@ public:
     // options ask for that. RPC_E_DISCONNECTED after close().
     HRESULT serve(const char* call, const std::function<HRESULT()>& body) noexcept;
 
+    // The same for one that gives something: E_POINTER without a place for it.
+    template <typename Out>
+    HRESULT give(const char* call, Out* out, const std::function<HRESULT()>& body) noexcept {
+        if (out == nullptr) return E_POINTER;
+        *out = Out{};
+        return serve(call, body);
+    }
+
     // Queues an event for all sinks, in order, to be raised on the player's thread; any thread.
     void fire(std::function<void(IWMPEvents&)> event);
 

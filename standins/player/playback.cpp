@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
-#include "standins/player/media_object.h"
 #include "standins/player/model.h"
+#include "standins/player/objects.h"
 
 namespace orvane::standin {
 
@@ -67,8 +67,8 @@ void Playback::open(TrackPtr track) {
     const TrackPtr current = m_current;
     m_model.fire([this, current](IWMPEvents& sink) {
         const auto media = makeMedia(m_model.shared_from_this(), current);
-        sink.CurrentItemChange(media.get());
-        sink.MediaChange(media.get());
+        sink.CurrentItemChange(media);
+        sink.MediaChange(media);
     });
     if (m_state != wmppsStopped) enter(wmppsReady);
 }

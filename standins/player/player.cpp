@@ -2,11 +2,9 @@
 
 #include <utility>
 
-#include "standins/player/core_object.h"
 #include "standins/player/main_window.h"
-#include "standins/player/media_object.h"
 #include "standins/player/model.h"
-#include "standins/player/playlist_object.h"
+#include "standins/player/objects.h"
 #include "standins/player/plugin_host.h"
 
 namespace orvane::standin {
@@ -14,7 +12,7 @@ namespace orvane::standin {
 Player::Player(PlayerOptions options)
     : m_model(std::make_shared<Model>(std::move(options))),
       m_core(makeCore(m_model)),
-      m_plugins(std::make_unique<PluginHost>(m_core.get())) {}
+      m_plugins(std::make_unique<PluginHost>(m_core)) {}
 
 Player::~Player() {
     m_plugins->unloadAll();
@@ -33,12 +31,8 @@ bool Player::createWindow() {
 
 HWND Player::window() const { return m_window ? m_window->hwnd() : nullptr; }
 MainWindow* Player::mainWindow() { return m_window.get(); }
-IWMPCore* Player::core() const { return m_core.get(); }
+IWMPCore* Player::core() const { return m_core; }
 PluginHost& Player::plugins() { return *m_plugins; }
-
-void Player::pump(unsigned milliseconds) {
-    pumpUntil([] { return false; }, milliseconds);
-}
 
 bool Player::pumpUntil(const std::function<bool()>& condition, unsigned milliseconds) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
@@ -66,11 +60,11 @@ size_t Player::itemCount() const {
     return m_model->locked([&] { return m_model->library.tracks().size(); });
 }
 
-ComRef<IWMPMedia> Player::item(size_t index) const {
-    return m_model->locked([&]() -> ComRef<IWMPMedia> {
+CComPtr<IWMPMedia> Player::item(size_t index) const {
+    return m_model->locked([&]() -> CComPtr<IWMPMedia> {
         const TrackList& tracks = m_model->library.tracks();
         if (index >= tracks.size()) return {};
-        return ComRef<IWMPMedia>(makeMedia(m_model, tracks[index]).get());
+        return makeMedia(m_model, tracks[index]);
     });
 }
 
@@ -100,16 +94,12 @@ std::vector<std::wstring> Player::playlistPaths(const std::wstring& name) const 
     });
 }
 
-ComRef<IWMPPlaylist> Player::playlist(const std::wstring& name) const {
-    return m_model->locked([&]() -> ComRef<IWMPPlaylist> {
+CComPtr<IWMPPlaylist> Player::playlist(const std::wstring& name) const {
+    return m_model->locked([&]() -> CComPtr<IWMPPlaylist> {
         const auto found = m_model->library.playlistsNamed(name);
         if (found.empty()) return {};
-        return makePlaylistObject(m_model, found.front());
+        return makePlaylist(m_model, found.front());
     });
-}
-
-void Player::addToLibrary(const std::wstring& path) {
-    m_model->locked([&] { m_model->library.add(path); });
 }
 
 long Player::playState() const {

@@ -41,18 +41,16 @@ public:
     [[nodiscard]] IWMPCore* core() const;  // not counted; valid while the player is
     PluginHost& plugins();
 
-    // Dispatches messages for that long, or until the condition holds (then true).
-    void pump(unsigned milliseconds);
+    // Dispatches messages until the condition holds (then true), or for that long.
     bool pumpUntil(const std::function<bool()>& condition, unsigned milliseconds);
 
     // Library and playlists as they are now; any thread.
     [[nodiscard]] size_t itemCount() const;
-    [[nodiscard]] ComRef<IWMPMedia> item(size_t index) const;  // empty when out of range
+    [[nodiscard]] CComPtr<IWMPMedia> item(size_t index) const;  // empty when out of range
     [[nodiscard]] std::wstring itemPath(size_t index) const;
     [[nodiscard]] std::vector<std::wstring> playlistNames() const;
     [[nodiscard]] std::vector<std::wstring> playlistPaths(const std::wstring& name) const;
-    [[nodiscard]] ComRef<IWMPPlaylist> playlist(const std::wstring& name) const;
-    void addToLibrary(const std::wstring& path);  // again for a duplicate
+    [[nodiscard]] CComPtr<IWMPPlaylist> playlist(const std::wstring& name) const;
 
     // Any thread.
     [[nodiscard]] long playState() const;
@@ -66,7 +64,7 @@ public:
 
 private:
     std::shared_ptr<Model> m_model;
-    ComRef<IWMPCore> m_core;
+    CComPtr<IWMPCore> m_core;
     std::unique_ptr<PluginHost> m_plugins;
     std::unique_ptr<MainWindow> m_window;
 };

@@ -1,8 +1,5 @@
 #include "standins/player/player_options.h"
 
-#include <cerrno>
-#include <cwchar>
-
 #include "standins/player/com_support.h"
 #include "standins/player/script.h"
 
@@ -18,15 +15,6 @@ bool readNumber(const std::wstring& text, unsigned& number) {
     return true;
 }
 
-bool readCode(const std::wstring& text, long& code) {
-    wchar_t* end = nullptr;
-    errno = 0;
-    const unsigned long value = std::wcstoul(text.c_str(), &end, 0);
-    if (text.empty() || *end != L'\0' || errno != 0) return false;
-    code = static_cast<long>(value);
-    return true;
-}
-
 bool readState(const std::wstring& text, long& state) {
     static const std::map<std::wstring, long> states = {
         {L"stopped", 1}, {L"paused", 2}, {L"playing", 3}};
@@ -37,15 +25,6 @@ bool readState(const std::wstring& text, long& state) {
 }
 
 namespace {
-
-bool readMode(const std::wstring& text, PlayerOptions& options) {
-    const size_t colon = text.find(L':');
-    if (colon == std::wstring::npos || colon == 0) return false;
-    const std::wstring value = text.substr(colon + 1);
-    if (value != L"on" && value != L"off") return false;
-    options.modes[text.substr(0, colon)] = value == L"on";
-    return true;
-}
 
 using Reader = bool (*)(PlayerOptions&, const std::wstring&);
 
@@ -80,50 +59,12 @@ constexpr Option kOptions[] = {
          return !v.empty();
      }},
     {L"synthetic", "N", "N more items that have no files", number<&PlayerOptions::synthetic>},
-    {L"list-twice", "TEXT", "list files whose path contains TEXT twice (repeatable)",
-     [](PlayerOptions& o, const std::wstring& v) {
-         o.listTwice.push_back(v);
-         return !v.empty();
-     }},
-    {L"start-delay", "MS", "from play to playing, 120", number<&PlayerOptions::startDelayMs>},
-    {L"stop-delay", "MS", "from stop to stopped, 30", number<&PlayerOptions::stopDelayMs>},
-    {L"pause-delay", "MS", "from pause to paused, 20", number<&PlayerOptions::pauseDelayMs>},
-    {L"track-length", "MS", "a track plays at least that long, 60000",
-     number<&PlayerOptions::trackLengthMs>},
-    {L"never", "STATE", "playing, paused or stopped is never reached (repeatable); none: all are",
+    {L"never", "STATE", "playing, paused or stopped is never reached (repeatable)",
      [](PlayerOptions& o, const std::wstring& v) {
          long state = 0;
-         if (v == L"none") {
-             o.neverReached.clear();
-             return true;
-         }
          if (!readState(v, state)) return false;
          o.neverReached.insert(state);
          return true;
-     }},
-    {L"refuse-path", "[TEXT]", "refuse to open a path that contains TEXT; empty: none",
-     [](PlayerOptions& o, const std::wstring& v) {
-         o.refusePath = v;
-         return true;
-     }},
-    {L"mode", "NAME:on|off", "a settings mode: shuffle, autoRewind, loop (repeatable)",
-     [](PlayerOptions& o, const std::wstring& v) { return readMode(v, o); }},
-    {L"error", "CODE", "an error in the player's error list, as 0xC00D1197 (repeatable)",
-     [](PlayerOptions& o, const std::wstring& v) {
-         long code = 0;
-         if (!readCode(v, code)) return false;
-         o.errors.push_back(code);
-         return true;
-     }},
-    {L"fail-call", "NAME", "that call fails, as IWMPCore::get_controls (repeatable)",
-     [](PlayerOptions& o, const std::wstring& v) {
-         o.failCalls.insert(toUtf8(v));
-         return !v.empty();
-     }},
-    {L"fail-read", "ATTRIBUTE", "that attribute cannot be read (repeatable)",
-     [](PlayerOptions& o, const std::wstring& v) {
-         o.failReads.insert(v);
-         return !v.empty();
      }},
     {L"serve-on-own-thread", nullptr,
      "hand calls from other threads to the player's own thread, not serve them at once",

@@ -48,10 +48,9 @@ struct PlayerOptions {
 bool parseOptions(const std::vector<std::wstring>& arguments, PlayerOptions& options,
                   std::string& error);
 
-// Pieces of it that script commands take as well: a decimal number, a 32-bit code in decimal or
-// after 0x in hexadecimal, the play state that "playing", "paused" or "stopped" names.
+// Pieces of it that script commands take as well: a decimal number, the play state that
+// "playing", "paused" or "stopped" names.
 bool readNumber(const std::wstring& text, unsigned& number);
-bool readCode(const std::wstring& text, long& code);
 bool readState(const std::wstring& text, long& state);
 
 // All options and script commands, for --help.

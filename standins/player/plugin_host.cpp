@@ -4,29 +4,21 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/handles.h"
+
 namespace orvane::standin {
 
 namespace {
 
-class RegKey {
-public:
-    RegKey(HKEY parent, const wchar_t* name) {
-        if (RegOpenKeyExW(parent, name, 0, KEY_READ, &m_key) != ERROR_SUCCESS) m_key = nullptr;
-    }
-    ~RegKey() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-    RegKey(const RegKey&) = delete;
-    RegKey& operator=(const RegKey&) = delete;
-    [[nodiscard]] HKEY get() const { return m_key; }
-    explicit operator bool() const { return m_key != nullptr; }
-
-private:
-    HKEY m_key = nullptr;
-};
+// Empty when it cannot be read.
+UniqueRegKey openKey(HKEY parent, const wchar_t* name) {
+    UniqueRegKey key;
+    RegOpenKeyExW(parent, name, 0, KEY_READ, key.put());
+    return key;
+}
 
 bool isBackgroundPlugin(HKEY plugins, const wchar_t* name) {
-    const RegKey key(plugins, name);
+    const UniqueRegKey key = openKey(plugins, name);
     DWORD capabilities = 0;
     DWORD type = 0;
     DWORD size = sizeof(capabilities);
@@ -38,7 +30,7 @@ bool isBackgroundPlugin(HKEY plugins, const wchar_t* name) {
 
 std::vector<CLSID> registeredPlugins() {
     std::vector<CLSID> result;
-    const RegKey plugins(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
+    const UniqueRegKey plugins = openKey(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
     if (!plugins) return result;
     wchar_t name[256];
     for (DWORD index = 0;; ++index) {
@@ -63,7 +55,7 @@ std::wstring serverPath(const CLSID& clsid) {
     const std::wstring name = L"CLSID\\" + toWide(textOf(clsid)) + L"\\InprocServer32";
     wchar_t path[1024] = {};
     DWORD size = sizeof(path) - sizeof(wchar_t);
-    const RegKey key(HKEY_CLASSES_ROOT, name.c_str());
+    const UniqueRegKey key = openKey(HKEY_CLASSES_ROOT, name.c_str());
     if (!key || RegQueryValueExW(key.get(), nullptr, nullptr, nullptr,
                                  reinterpret_cast<BYTE*>(path), &size) != ERROR_SUCCESS)
         return {};
@@ -80,19 +72,19 @@ std::string describe(HRESULT result) {
 
 void PluginHost::load(const CLSID& clsid) {
     const std::string name = textOf(clsid);
-    ComRef<IUnknown> created;
+    CComPtr<IUnknown> created;
     const HRESULT result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER,
-                                            __uuidof(IUnknown), created.putVoid());
+                                            __uuidof(IUnknown), reinterpret_cast<void**>(&created));
     if (FAILED(result)) {
         report("plug-in " + name + " could not be created: " + describe(result));
         return;
     }
-    auto plugin = created.query<IWMPPluginUI>();
+    const CComQIPtr<IWMPPluginUI> plugin(created);
     if (!plugin) {
         report("plug-in " + name + " is no player plug-in: it lacks IWMPPluginUI");
         return;
     }
-    created.reset();
+    created.Release();
     report("plug-in " + name + " created");
     // Listed first: the plug-in may pump messages, and with them a request to close the player.
     m_plugins.push_back({clsid, plugin});
@@ -112,7 +104,7 @@ void PluginHost::letGo(Plugin& plugin) {
     const std::string name = textOf(plugin.clsid);
     const HRESULT result = plugin.object->SetCore(nullptr);
     report("plug-in " + name + " SetCore(null): " + describe(result));
-    plugin.object.reset();
+    plugin.object.Release();
     report("plug-in " + name + " released");
     m_letGo.push_back(plugin.clsid);
 }
@@ -133,29 +125,18 @@ void PluginHost::freeModules() {
     }
 }
 
-HRESULT PluginHost::sendProperty(const std::wstring& name, const VARIANT& value) {
-    HRESULT result = S_FALSE;
+void PluginHost::send(const std::wstring& name, const std::vector<CComPtr<IUnknown>>& objects) {
+    VARIANT value;
+    value.vt = VT_ARRAY | VT_UNKNOWN;
+    value.parray = SafeArrayCreateVector(VT_UNKNOWN, 0, static_cast<ULONG>(objects.size()));
+    if (value.parray == nullptr) return report("there is not enough memory");
+    for (LONG i = 0; i < std::ssize(objects); ++i)
+        SafeArrayPutElement(value.parray, &i, objects[static_cast<size_t>(i)]);
     for (const Plugin& plugin : std::vector<Plugin>(m_plugins)) {
-        result = plugin.object->SetProperty(name.c_str(), &value);
+        const HRESULT result = plugin.object->SetProperty(name.c_str(), &value);
         report("SetProperty(" + toUtf8(name) + "): " + describe(result));
     }
-    return result;
-}
-
-bool makeObjectArray(const std::vector<ComRef<IUnknown>>& objects, VARIANT& value) {
-    VariantInit(&value);
-    SAFEARRAY* array = SafeArrayCreateVector(VT_UNKNOWN, 0, static_cast<ULONG>(objects.size()));
-    if (array == nullptr) return false;
-    IUnknown** elements = nullptr;
-    if (FAILED(SafeArrayAccessData(array, reinterpret_cast<void**>(&elements)))) {
-        SafeArrayDestroy(array);
-        return false;
-    }
-    for (size_t i = 0; i < objects.size(); ++i) elements[i] = ComRef<IUnknown>(objects[i]).detach();
-    SafeArrayUnaccessData(array);
-    value.vt = VT_ARRAY | VT_UNKNOWN;
-    value.parray = array;
-    return true;
+    VariantClear(&value);
 }
 
 }  // namespace orvane::standin

@@ -35,13 +35,14 @@ public:
     // Never from inside a plug-in's own code.
     void freeModules();
 
-    // SetProperty with the given name on every plug-in; the last result.
-    HRESULT sendProperty(const std::wstring& name, const VARIANT& value);
+    // SetProperty on every plug-in, as "MediaSendTo" and "PlaylistSendTo" give their value: a safe
+    // array of interface pointers, null ones allowed.
+    void send(const std::wstring& name, const std::vector<CComPtr<IUnknown>>& objects);
 
 private:
     struct Plugin {
         CLSID clsid;
-        ComRef<IWMPPluginUI> object;
+        CComPtr<IWMPPluginUI> object;
     };
     void load(const CLSID& clsid);
     void letGo(Plugin& plugin);
@@ -50,10 +51,6 @@ private:
     std::vector<Plugin> m_plugins;
     std::vector<CLSID> m_letGo;
 };
-
-// The value of "MediaSendTo" and "PlaylistSendTo": a safe array of interface pointers, null ones
-// allowed. The caller clears the VARIANT.
-bool makeObjectArray(const std::vector<ComRef<IUnknown>>& objects, VARIANT& value);
 
 std::string describe(HRESULT result);  // "0x80004005"
 

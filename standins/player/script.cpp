@@ -40,20 +40,13 @@ constexpr Command kCommands[] = {
      [](Script& s, const Arguments&) { return s.activate(); }},
     {L"play", "[PATH|INDEX]", "open that track and play it, or play the current one",
      [](Script& s, const Arguments& a) { return s.play(a); }},
-    {L"pause", "", "", [](Script& s, const Arguments&) { return s.control(L"pause"); }},
     {L"stop", "", "", [](Script& s, const Arguments&) { return s.control(L"stop"); }},
     {L"set", "MODE on|off", "a settings mode: shuffle, autoRewind, loop",
      [](Script& s, const Arguments& a) { return s.setMode(a); }},
-    {L"option", "--KEY=VALUE...", "change options while running, as --start-delay=2000",
-     [](Script& s, const Arguments& a) { return s.setOption(a); }},
     {L"sendto-media", "INDEX...|all", "send library items to the plug-ins",
      [](Script& s, const Arguments& a) { return s.sendMedia(a); }},
     {L"sendto-playlist", "NAME...", "send playlists to the plug-ins",
      [](Script& s, const Arguments& a) { return s.sendPlaylists(a); }},
-    {L"wait", "MS", "go on after that time",
-     [](Script& s, const Arguments& a) { return s.wait(a); }},
-    {L"wait-state", "playing|paused|stopped [MS]", "go on in that play state, 5000 at most",
-     [](Script& s, const Arguments& a) { return s.waitState(a); }},
     {L"print-playlists", "", "", [](Script& s, const Arguments&) { return s.printPlaylists(); }},
     {L"close", "", "close the window, as its user would",
      [](Script& s, const Arguments&) { return s.close(); }},
@@ -88,31 +81,17 @@ void Script::feed(const std::string& line) {
     next();
 }
 
-void Script::end() {
-    m_ended = true;
-    next();
-}
-
 void Script::next() {
-    if (m_busy) return;
-    if (m_lines.empty()) {
-        if (m_ended && onEnd) std::exchange(onEnd, nullptr)();
-        return;
-    }
+    if (m_busy || m_lines.empty()) return;
     m_busy = true;
     // Through the queue: what the command before has set off is dispatched first.
     m_player.model().apartment.post([this] {
         const std::string line = std::move(m_lines.front());
         m_lines.pop_front();
-        m_waiting = false;
         run(line);
-        if (!m_waiting) carryOn();
+        m_busy = false;
+        next();
     });
-}
-
-void Script::carryOn() {
-    m_busy = false;
-    next();
 }
 
 void Script::run(const std::string& line) {
@@ -129,14 +108,6 @@ void Script::run(const std::string& line) {
     }
     ++m_failures;
     m_report("unknown command \"" + line + "\"; --help lists the known ones");
-}
-
-bool Script::wait(const Arguments& arguments) {
-    unsigned milliseconds = 0;
-    if (arguments.size() != 1 || !readNumber(arguments[0], milliseconds)) return false;
-    m_waiting = true;
-    m_player.model().apartment.postLater(milliseconds, [this] { carryOn(); });
-    return true;
 }
 
 std::string scriptHelp() {

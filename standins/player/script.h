@@ -1,7 +1,7 @@
 #pragma once
 
 // Drives the player without a person: one command in a line, carried out in order on the player's
-// own thread, with the message loop running between commands and through every wait.
+// own thread, with the message loop running between commands.
 
 #include <deque>
 #include <functional>
@@ -22,9 +22,6 @@ public:
 
     // Player's own thread. A line that is no command is reported and counted as a failure.
     void feed(const std::string& line);
-    void end();
-
-    std::function<void()> onEnd;  // all lines are carried out
     [[nodiscard]] unsigned failures() const { return m_failures; }
 
     using Arguments = std::vector<std::wstring>;
@@ -38,9 +35,6 @@ public:
     bool play(const Arguments& arguments);
     bool control(const wchar_t* what);
     bool setMode(const Arguments& arguments);
-    bool setOption(const Arguments& arguments);
-    bool wait(const Arguments& arguments);
-    bool waitState(const Arguments& arguments);
     bool sendMedia(const Arguments& arguments);
     bool sendPlaylists(const Arguments& arguments);
     bool printPlaylists();
@@ -49,17 +43,13 @@ public:
 
 private:
     void next();
-    void carryOn();
     void run(const std::string& line);
-    void lookForState(long state, unsigned long long deadline);
 
     Player& m_player;
     Report m_report;
     std::deque<std::string> m_lines;
     unsigned m_failures = 0;
-    bool m_busy = false;     // a command is under way, or its wait
-    bool m_waiting = false;  // the command goes on after a wait
-    bool m_ended = false;
+    bool m_busy = false;  // a command is under way; it may pump messages
 };
 
 std::string scriptHelp();

@@ -7,31 +7,14 @@
 #include <utility>
 
 #include "standins/player/com_support.h"
-#include "standins/player/media_object.h"
 #include "standins/player/model.h"
+#include "standins/player/objects.h"
 #include "standins/player/player.h"
-#include "standins/player/playlist_object.h"
 #include "standins/player/plugin_host.h"
 
 namespace orvane::standin {
 
 namespace {
-
-constexpr unsigned kStatePollMs = 10;
-constexpr unsigned kStateWaitMs = 5000;
-
-// A VARIANT that clears itself.
-class Value {
-public:
-    Value() { VariantInit(&m_value); }
-    ~Value() { VariantClear(&m_value); }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
-    VARIANT& get() { return m_value; }
-
-private:
-    VARIANT m_value;
-};
 
 std::string describeWindow(HWND window) {
     RECT r{};
@@ -40,9 +23,9 @@ std::string describeWindow(HWND window) {
            std::to_string(r.right - r.left) + " by " + std::to_string(r.bottom - r.top);
 }
 
-ComRef<IWMPControls> controlsOf(Player& player) {
-    ComRef<IWMPControls> controls;
-    player.core()->get_controls(controls.put());
+CComPtr<IWMPControls> controlsOf(Player& player) {
+    CComPtr<IWMPControls> controls;
+    player.core()->get_controls(&controls);
     return controls;
 }
 
@@ -98,7 +81,7 @@ bool Script::play(const Arguments& arguments) {
             if (index >= m_player.itemCount()) return false;
             path = m_player.itemPath(index);
         }
-        const HRESULT opened = m_player.core()->put_URL(Text(path).get());
+        const HRESULT opened = m_player.core()->put_URL(CComBSTR(path.c_str()));
         m_report("open " + toUtf8(path) + ": " + describe(opened));
     }
     return control(L"play");
@@ -108,64 +91,24 @@ bool Script::control(const wchar_t* what) {
     const std::wstring name = what;
     const auto controls = controlsOf(m_player);
     HRESULT result = E_FAIL;
-    if (controls)
-        result = name == L"play"    ? controls->play()
-                 : name == L"pause" ? controls->pause()
-                                    : controls->stop();
+    if (controls) result = name == L"play" ? controls->play() : controls->stop();
     m_report(toUtf8(name) + ": " + describe(result));
     return true;
 }
 
 bool Script::setMode(const Arguments& arguments) {
     if (arguments.size() != 2 || (arguments[1] != L"on" && arguments[1] != L"off")) return false;
-    ComRef<IWMPSettings> settings;
-    if (FAILED(m_player.core()->get_settings(settings.put()))) return false;
+    CComPtr<IWMPSettings> settings;
+    if (FAILED(m_player.core()->get_settings(&settings))) return false;
     const VARIANT_BOOL value = arguments[1] == L"on" ? VARIANT_TRUE : VARIANT_FALSE;
-    const HRESULT result = settings->setMode(Text(arguments[0]).get(), value);
+    const HRESULT result = settings->setMode(CComBSTR(arguments[0].c_str()), value);
     m_report("mode " + toUtf8(arguments[0]) + " " + toUtf8(arguments[1]) + ": " + describe(result));
     return true;
 }
 
-bool Script::setOption(const Arguments& arguments) {
-    bool parsed = !arguments.empty();
-    std::string error;
-    m_player.change([&](PlayerOptions& options) {
-        PlayerOptions changed = options;
-        parsed = parsed && parseOptions(arguments, changed, error);
-        if (parsed) options = std::move(changed);
-    });
-    if (!error.empty()) m_report(error);
-    return parsed;
-}
-
-bool Script::waitState(const Arguments& arguments) {
-    long state = 0;
-    unsigned limit = kStateWaitMs;
-    if (arguments.empty() || arguments.size() > 2 || !readState(arguments[0], state) ||
-        (arguments.size() == 2 && !readNumber(arguments[1], limit)))
-        return false;
-    m_waiting = true;
-    lookForState(state, GetTickCount64() + limit);
-    return true;
-}
-
-void Script::lookForState(long state, unsigned long long deadline) {
-    const bool reached = m_player.playState() == state;
-    if (!reached && GetTickCount64() < deadline) {
-        m_player.model().apartment.postLater(
-            kStatePollMs, [this, state, deadline] { lookForState(state, deadline); });
-        return;
-    }
-    if (!reached) {
-        ++m_failures;
-        m_report("play state " + nameOfPlayState(state) + " not reached");
-    }
-    m_player.model().apartment.post([this] { carryOn(); });
-}
-
 bool Script::sendMedia(const Arguments& arguments) {
-    std::vector<ComRef<IUnknown>> items;
-    const auto add = [&](size_t index) { items.push_back(m_player.item(index).query<IUnknown>()); };
+    std::vector<CComPtr<IUnknown>> items;
+    const auto add = [&](size_t index) { items.emplace_back(m_player.item(index).p); };
     for (const std::wstring& argument : arguments) {
         unsigned index = 0;
         if (argument == L"all") {
@@ -176,24 +119,20 @@ bool Script::sendMedia(const Arguments& arguments) {
             return false;
         }
     }
-    Value value;
-    if (!makeObjectArray(items, value.get())) return false;
     m_report("send " + std::to_string(items.size()) + " item(s) to the plug-ins");
-    m_player.plugins().sendProperty(PLUGIN_MISC_MEDIASENDTO, value.get());
+    m_player.plugins().send(PLUGIN_MISC_MEDIASENDTO, items);
     return true;
 }
 
 bool Script::sendPlaylists(const Arguments& arguments) {
-    std::vector<ComRef<IUnknown>> playlists;
+    std::vector<CComPtr<IUnknown>> playlists;
     for (const std::wstring& name : arguments) {
         const auto playlist = m_player.playlist(name);
         if (!playlist) return false;
-        playlists.push_back(playlist.query<IUnknown>());
+        playlists.emplace_back(playlist.p);
     }
-    Value value;
-    if (!makeObjectArray(playlists, value.get())) return false;
     m_report("send " + std::to_string(playlists.size()) + " playlist(s) to the plug-ins");
-    m_player.plugins().sendProperty(PLUGIN_MISC_PLAYLISTSENDTO, value.get());
+    m_player.plugins().send(PLUGIN_MISC_PLAYLISTSENDTO, playlists);
     return true;
 }
 

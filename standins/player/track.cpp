@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "standins/asf/asf_file.h"
-#include "standins/asf/file_io.h"
+#include "standins/asf/file.h"
 
 namespace orvane::standin {
 

@@ -72,8 +72,7 @@ protected:
     // The player's sample track with that file name.
     [[nodiscard]] CComPtr<IWMPMedia> mediaOf(const std::wstring& fileName) const {
         for (std::size_t i = 0; i < m_player->itemCount(); ++i)
-            if (m_player->itemPath(i).ends_with(L"\\" + fileName))
-                return CComPtr<IWMPMedia>(m_player->item(i).get());
+            if (m_player->itemPath(i).ends_with(L"\\" + fileName)) return m_player->item(i);
         ADD_FAILURE() << "no such sample";
         return {};
     }

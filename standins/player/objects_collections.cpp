@@ -1,8 +1,6 @@
-#include "standins/player/collections.h"
+#include "standins/player/objects.h"
 
 #include <utility>
-
-#include "standins/player/playlist_object.h"
 
 namespace orvane::standin {
 
@@ -13,21 +11,17 @@ public:
     explicit MediaCollectionObject(ModelPtr model) : m_model(std::move(model)) {}
 
     STDMETHOD(getAll)(IWMPPlaylist** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMediaCollection::getAll", [&] {
-            *out = makePlaylistObject(m_model, m_model->library.all()).detach();
+        return m_model->give("IWMPMediaCollection::getAll", out, [&] {
+            *out = makePlaylist(m_model, m_model->library.all()).Detach();
             return S_OK;
         });
     }
     STDMETHOD(getByAttribute)(BSTR attribute, BSTR value, IWMPPlaylist** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMediaCollection::getByAttribute", [&]() -> HRESULT {
+        return m_model->give("IWMPMediaCollection::getByAttribute", out, [&]() -> HRESULT {
             // Paths come from an index; nobody looks for anything else.
             if (textOf(attribute) != L"SourceURL") return E_NOTIMPL;
             const PlaylistPtr found = m_model->library.withPath(textOf(value));
-            *out = makePlaylistObject(m_model, found).detach();
+            *out = makePlaylist(m_model, found).Detach();
             return S_OK;
         });
     }
@@ -60,26 +54,22 @@ public:
     explicit PlaylistCollectionObject(ModelPtr model) : m_model(std::move(model)) {}
 
     STDMETHOD(newPlaylist)(BSTR name, IWMPPlaylist** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylistCollection::newPlaylist", [&]() -> HRESULT {
+        return m_model->give("IWMPPlaylistCollection::newPlaylist", out, [&]() -> HRESULT {
             const std::wstring text = textOf(name);
             if (text.empty()) return E_INVALIDARG;
-            *out = makePlaylistObject(m_model, m_model->library.makePlaylist(text)).detach();
+            *out = makePlaylist(m_model, m_model->library.makePlaylist(text)).Detach();
             m_model->report("playlist made: " + toUtf8(text));
             m_model->fire([text](IWMPEvents& sink) {
-                sink.PlaylistCollectionPlaylistAdded(Text(text).get());
+                sink.PlaylistCollectionPlaylistAdded(CComBSTR(text.c_str()));
                 sink.PlaylistCollectionChange();
             });
             return S_OK;
         });
     }
     STDMETHOD(getByName)(BSTR name, IWMPPlaylistArray** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylistCollection::getByName", [&] {
+        return m_model->give("IWMPPlaylistCollection::getByName", out, [&] {
             *out =
-                makePlaylistArray(m_model, m_model->library.playlistsNamed(textOf(name))).detach();
+                makePlaylistArray(m_model, m_model->library.playlistsNamed(textOf(name))).Detach();
             return S_OK;
         });
     }
@@ -102,14 +92,12 @@ private:
 
 }  // namespace
 
-ComRef<IWMPMediaCollection> makeMediaCollection(ModelPtr model) {
-    auto object = makeObject<MediaCollectionObject>(std::move(model));
-    return ComRef<IWMPMediaCollection>(object.get());
+CComPtr<IWMPMediaCollection> makeMediaCollection(const ModelPtr& model) {
+    return makeObject<MediaCollectionObject, IWMPMediaCollection>(model);
 }
 
-ComRef<IWMPPlaylistCollection> makePlaylistCollection(ModelPtr model) {
-    auto object = makeObject<PlaylistCollectionObject>(std::move(model));
-    return ComRef<IWMPPlaylistCollection>(object.get());
+CComPtr<IWMPPlaylistCollection> makePlaylistCollection(const ModelPtr& model) {
+    return makeObject<PlaylistCollectionObject, IWMPPlaylistCollection>(model);
 }
 
 }  // namespace orvane::standin

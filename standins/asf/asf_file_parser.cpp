@@ -1,9 +1,10 @@
+#include "standins/asf/asf_file.h"
+
 #include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
 
-#include "standins/asf/asf_file.h"
 #include "standins/asf/bytes.h"
 #include "standins/asf/content_fields.h"
 

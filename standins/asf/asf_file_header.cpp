@@ -1,6 +1,7 @@
+#include "standins/asf/asf_file.h"
+
 #include <algorithm>
 
-#include "standins/asf/asf_file.h"
 #include "standins/asf/bytes.h"
 #include "standins/asf/content_fields.h"
 

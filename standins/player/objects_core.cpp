@@ -1,12 +1,8 @@
-#include "standins/player/core_object.h"
+#include "standins/player/objects.h"
 
 #include <olectl.h>
 
 #include <utility>
-
-#include "standins/player/collections.h"
-#include "standins/player/controls_object.h"
-#include "standins/player/media_object.h"
 
 namespace orvane::standin {
 
@@ -21,8 +17,7 @@ public:
                               [&] { return m_model->playback.openUrl(textOf(url)); });
     }
     STDMETHOD(get_playState)(WMPPlayState* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPCore::get_playState", [&] {
+        return m_model->give("IWMPCore::get_playState", out, [&] {
             *out = m_model->playback.state();
             return S_OK;
         });
@@ -36,7 +31,7 @@ public:
     STDMETHOD(get_currentMedia)(IWMPMedia** out) override {
         return give("IWMPCore::get_currentMedia", out, [&] {
             const TrackPtr& track = m_model->playback.current();
-            return track ? makeMedia(m_model, track) : ComRef<IWMPMedia3>();
+            return track ? makeMedia(m_model, track) : CComPtr<IWMPMedia>();
         });
     }
     STDMETHOD(get_mediaCollection)(IWMPMediaCollection** out) override {
@@ -70,13 +65,12 @@ public:
 
     STDMETHOD(EnumConnectionPoints)(IEnumConnectionPoints**) override { return E_NOTIMPL; }
     STDMETHOD(FindConnectionPoint)(REFIID iid, IConnectionPoint** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IConnectionPointContainer::FindConnectionPoint", [&]() -> HRESULT {
-            if (iid != __uuidof(IWMPEvents)) return CONNECT_E_NOCONNECTION;
-            *out = makeConnectionPoint(m_model, this).detach();
-            return S_OK;
-        });
+        return m_model->give("IConnectionPointContainer::FindConnectionPoint", out,
+                             [&]() -> HRESULT {
+                                 if (iid != __uuidof(IWMPEvents)) return CONNECT_E_NOCONNECTION;
+                                 *out = makeConnectionPoint(m_model, this).Detach();
+                                 return S_OK;
+                             });
     }
 
 protected:
@@ -94,7 +88,7 @@ private:
         if (out == nullptr) return E_POINTER;
         *out = nullptr;
         return m_model->serve(call, [&] {
-            *out = make().detach();
+            *out = make().Detach();
             return S_OK;
         });
     }
@@ -104,9 +98,8 @@ private:
 
 }  // namespace
 
-ComRef<IWMPCore> makeCore(ModelPtr model) {
-    auto object = makeObject<CoreObject>(std::move(model));
-    return ComRef<IWMPCore>(object.get());
+CComPtr<IWMPCore> makeCore(const ModelPtr& model) {
+    return makeObject<CoreObject, IWMPCore>(model);
 }
 
 }  // namespace orvane::standin

@@ -1,6 +1,6 @@
-#include <utility>
+#include "standins/player/objects.h"
 
-#include "standins/player/controls_object.h"
+#include <utility>
 
 namespace orvane::standin {
 
@@ -11,8 +11,7 @@ public:
     explicit SettingsObject(ModelPtr model) : m_model(std::move(model)) {}
 
     STDMETHOD(getMode)(BSTR mode, VARIANT_BOOL* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPSettings::getMode", [&]() -> HRESULT {
+        return m_model->give("IWMPSettings::getMode", out, [&]() -> HRESULT {
             const auto found = m_model->options.modes.find(textOf(mode));
             if (found == m_model->options.modes.end()) return E_INVALIDARG;
             *out = found->second ? VARIANT_TRUE : VARIANT_FALSE;
@@ -25,8 +24,9 @@ public:
             const auto found = m_model->options.modes.find(name);
             if (found == m_model->options.modes.end()) return E_INVALIDARG;
             found->second = value != VARIANT_FALSE;
-            m_model->fire(
-                [name, value](IWMPEvents& sink) { sink.ModeChange(Text(name).get(), value); });
+            m_model->fire([name, value](IWMPEvents& sink) {
+                sink.ModeChange(CComBSTR(name.c_str()), value);
+            });
             return S_OK;
         });
     }
@@ -64,9 +64,8 @@ private:
 
 }  // namespace
 
-ComRef<IWMPSettings> makeSettings(ModelPtr model) {
-    auto object = makeObject<SettingsObject>(std::move(model));
-    return ComRef<IWMPSettings>(object.get());
+CComPtr<IWMPSettings> makeSettings(const ModelPtr& model) {
+    return makeObject<SettingsObject, IWMPSettings>(model);
 }
 
 }  // namespace orvane::standin

@@ -1,8 +1,6 @@
-#include "standins/player/playlist_object.h"
+#include "standins/player/objects.h"
 
 #include <utility>
-
-#include "standins/player/media_object.h"
 
 namespace orvane::standin {
 
@@ -14,32 +12,28 @@ public:
         : m_model(std::move(model)), m_playlist(std::move(playlist)) {}
 
     STDMETHOD(get_count)(LONG* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPPlaylist::get_count", [&] {
+        return m_model->give("IWMPPlaylist::get_count", out, [&] {
             *out = static_cast<LONG>(m_playlist->items->size());
             return S_OK;
         });
     }
     STDMETHOD(get_Item)(LONG index, IWMPMedia** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylist::get_Item", [&]() -> HRESULT {
+        return m_model->give("IWMPPlaylist::get_Item", out, [&]() -> HRESULT {
             const TrackList& items = *m_playlist->items;
             if (index < 0 || static_cast<size_t>(index) >= items.size()) return E_INVALIDARG;
-            *out = makeMedia(m_model, items[static_cast<size_t>(index)]).detach();
+            *out = makeMedia(m_model, items[static_cast<size_t>(index)]).Detach();
             return S_OK;
         });
     }
     STDMETHOD(appendItem)(IWMPMedia* media) override {
         const TrackPtr track = trackOf(media);
-        const ComRef<IWMPPlaylist> self(this);
+        const CComPtr<IWMPPlaylist> self(this);
         return m_model->serve("IWMPPlaylist::appendItem", [&]() -> HRESULT {
             // Only the user's own playlists can be changed, not what a query gave.
             if (m_playlist->isView) return E_ACCESSDENIED;
             if (!track) return E_INVALIDARG;
             m_playlist->items->push_back(track);
-            m_model->fire(
-                [self](IWMPEvents& sink) { sink.PlaylistChange(self.get(), wmplcAppend); });
+            m_model->fire([self](IWMPEvents& sink) { sink.PlaylistChange(self, wmplcAppend); });
             return S_OK;
         });
     }
@@ -72,18 +66,15 @@ public:
         : m_model(std::move(model)), m_playlists(std::move(playlists)) {}
 
     STDMETHOD(get_count)(LONG* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPPlaylistArray::get_count", [&] {
+        return m_model->give("IWMPPlaylistArray::get_count", out, [&] {
             *out = static_cast<LONG>(m_playlists.size());
             return S_OK;
         });
     }
     STDMETHOD(Item)(LONG index, IWMPPlaylist** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPPlaylistArray::Item", [&]() -> HRESULT {
+        return m_model->give("IWMPPlaylistArray::Item", out, [&]() -> HRESULT {
             if (index < 0 || static_cast<size_t>(index) >= m_playlists.size()) return E_INVALIDARG;
-            *out = makePlaylistObject(m_model, m_playlists[static_cast<size_t>(index)]).detach();
+            *out = makePlaylist(m_model, m_playlists[static_cast<size_t>(index)]).Detach();
             return S_OK;
         });
     }
@@ -101,14 +92,13 @@ private:
 
 }  // namespace
 
-ComRef<IWMPPlaylist> makePlaylistObject(ModelPtr model, PlaylistPtr playlist) {
-    auto object = makeObject<PlaylistObject>(std::move(model), std::move(playlist));
-    return ComRef<IWMPPlaylist>(object.get());
+CComPtr<IWMPPlaylist> makePlaylist(const ModelPtr& model, const PlaylistPtr& playlist) {
+    return makeObject<PlaylistObject, IWMPPlaylist>(model, playlist);
 }
 
-ComRef<IWMPPlaylistArray> makePlaylistArray(ModelPtr model, std::vector<PlaylistPtr> playlists) {
-    auto object = makeObject<PlaylistArrayObject>(std::move(model), std::move(playlists));
-    return ComRef<IWMPPlaylistArray>(object.get());
+CComPtr<IWMPPlaylistArray> makePlaylistArray(const ModelPtr& model,
+                                             const std::vector<PlaylistPtr>& playlists) {
+    return makeObject<PlaylistArrayObject, IWMPPlaylistArray>(model, playlists);
 }
 
 }  // namespace orvane::standin

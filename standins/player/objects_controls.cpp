@@ -1,4 +1,4 @@
-#include "standins/player/controls_object.h"
+#include "standins/player/objects.h"
 
 #include <utility>
 
@@ -45,9 +45,8 @@ private:
 
 }  // namespace
 
-ComRef<IWMPControls> makeControls(ModelPtr model) {
-    auto object = makeObject<ControlsObject>(std::move(model));
-    return ComRef<IWMPControls>(object.get());
+CComPtr<IWMPControls> makeControls(const ModelPtr& model) {
+    return makeObject<ControlsObject, IWMPControls>(model);
 }
 
 }  // namespace orvane::standin

@@ -1,4 +1,4 @@
-#include "standins/player/media_object.h"
+#include "standins/player/objects.h"
 
 #include <utility>
 
@@ -26,15 +26,11 @@ public:
         });
     }
     STDMETHOD(get_sourceURL)(BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMedia::get_sourceURL",
-                              [&] { return giveText(m_track->path, out); });
+        return m_model->give("IWMPMedia::get_sourceURL", out,
+                             [&] { return giveText(m_track->path, out); });
     }
     STDMETHOD(getItemInfo)(BSTR attribute, BSTR* out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPMedia::getItemInfo", [&]() -> HRESULT {
+        return m_model->give("IWMPMedia::getItemInfo", out, [&]() -> HRESULT {
             const std::wstring name = textOf(attribute);
             if (m_model->options.failReads.contains(name)) return E_FAIL;
             std::wstring value;
@@ -43,14 +39,14 @@ public:
         });
     }
     STDMETHOD(setItemInfo)(BSTR attribute, BSTR text) override {
-        const ComRef<IWMPMedia3> self(this);
+        const CComPtr<IWMPMedia3> self(this);
         return m_model->serve("IWMPMedia::setItemInfo", [&]() -> HRESULT {
             const std::wstring name = textOf(attribute);
             const HRESULT result = m_model->tags.write(*m_track, name, textOf(text));
             m_model->report("tag " + toUtf8(name) + " = " + toUtf8(textOf(text)) + " in " +
                             toUtf8(m_track->path) + (FAILED(result) ? " refused" : " written"));
             if (SUCCEEDED(result))
-                m_model->fire([self](IWMPEvents& sink) { sink.MediaChange(self.get()); });
+                m_model->fire([self](IWMPEvents& sink) { sink.MediaChange(self); });
             return result;
         });
     }
@@ -87,15 +83,15 @@ private:
 
 }  // namespace
 
-ComRef<IWMPMedia3> makeMedia(ModelPtr model, TrackPtr track) {
-    auto object = makeObject<MediaObject>(std::move(model), std::move(track));
-    return ComRef<IWMPMedia3>(object.get());
+CComPtr<IWMPMedia> makeMedia(const ModelPtr& model, const TrackPtr& track) {
+    return makeObject<MediaObject, IWMPMedia>(model, track);
 }
 
 TrackPtr trackOf(IUnknown* media) {
     void* own = nullptr;
     if (media == nullptr || FAILED(media->QueryInterface(kOwnMedia, &own))) return nullptr;
-    auto object = ComRef<MediaObject>::adopt(static_cast<MediaObject*>(own));
+    CComPtr<MediaObject> object;
+    object.Attach(static_cast<MediaObject*>(own));
     return object->track();
 }
 

@@ -1,6 +1,6 @@
-#include <utility>
+#include "standins/player/objects.h"
 
-#include "standins/player/controls_object.h"
+#include <utility>
 
 namespace orvane::standin {
 
@@ -11,8 +11,7 @@ public:
     ErrorItemObject(ModelPtr model, LONG code) : m_model(std::move(model)), m_code(code) {}
 
     STDMETHOD(get_errorCode)(LONG* out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_model->serve("IWMPErrorItem::get_errorCode", [&] {
+        return m_model->give("IWMPErrorItem::get_errorCode", out, [&] {
             *out = m_code;
             return S_OK;
         });
@@ -38,13 +37,11 @@ public:
     explicit ErrorListObject(ModelPtr model) : m_model(std::move(model)) {}
 
     STDMETHOD(get_Item)(LONG index, IWMPErrorItem** out) override {
-        if (out == nullptr) return E_POINTER;
-        *out = nullptr;
-        return m_model->serve("IWMPError::get_Item", [&]() -> HRESULT {
+        return m_model->give("IWMPError::get_Item", out, [&]() -> HRESULT {
             const auto& errors = m_model->options.errors;
             if (index < 0 || static_cast<size_t>(index) >= errors.size()) return E_INVALIDARG;
-            *out =
-                makeObject<ErrorItemObject>(m_model, errors[static_cast<size_t>(index)]).detach();
+            const LONG code = errors[static_cast<size_t>(index)];
+            *out = makeObject<ErrorItemObject, IWMPErrorItem>(m_model, code).Detach();
             return S_OK;
         });
     }
@@ -64,9 +61,8 @@ private:
 
 }  // namespace
 
-ComRef<IWMPError> makeErrorList(ModelPtr model) {
-    auto object = makeObject<ErrorListObject>(std::move(model));
-    return ComRef<IWMPError>(object.get());
+CComPtr<IWMPError> makeErrorList(const ModelPtr& model) {
+    return makeObject<ErrorListObject, IWMPError>(model);
 }
 
 }  // namespace orvane::standin
