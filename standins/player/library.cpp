@@ -31,14 +31,15 @@ bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
             FindFirstFileW(asf::extendedLength(folder + L"\\*").c_str(), &entry));
         if (!search) continue;
         rootRead = true;
+        const std::wstring inside = folder + L"\\";
         do {
             const std::wstring name = entry.cFileName;
             if (name == L"." || name == L"..") continue;
             const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
             if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                if (isMusic(name)) paths.push_back(folder + L"\\" + name);
+                if (isMusic(name)) paths.push_back(inside + name);
             } else if (!isLink) {
-                folders.push_back(folder + L"\\" + name);
+                folders.push_back(inside + name);
             }
         } while (FindNextFileW(search.get(), &entry));
     }
@@ -81,13 +82,15 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
         ordered.emplace_back(std::move(folded), std::move(path));
     }
     std::sort(ordered.begin(), ordered.end());
-    for (auto& [folded, path] : ordered) {
-        const bool twice = std::any_of(options.listTwice.begin(), options.listTwice.end(),
-                                       [&](const std::wstring& part) {
-                                           return folded.find(foldCase(part)) != std::wstring::npos;
-                                       });
-        if (twice) add(path);
-        add(path);
+    std::vector<std::wstring> listedTwice(options.listTwice.size());
+    std::transform(options.listTwice.begin(), options.listTwice.end(), listedTwice.begin(),
+                   foldCase);
+    for (const auto& entry : ordered) {
+        const bool twice = std::any_of(
+            listedTwice.begin(), listedTwice.end(),
+            [&](const auto& part) { return entry.first.find(part) != std::wstring::npos; });
+        if (twice) add(entry.second);
+        add(entry.second);
     }
     for (unsigned i = 1; i <= options.synthetic; ++i) list(makeSynthetic(i));
     return true;
