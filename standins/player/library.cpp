@@ -1,6 +1,7 @@
 #include "standins/player/library.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "platform/handles.h"
@@ -75,16 +76,10 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
             return false;
         }
     }
-    std::vector<std::pair<std::wstring, std::wstring>> ordered;  // folded, as it is
-    ordered.reserve(paths.size());
-    for (std::wstring& path : paths) {
-        std::wstring folded = foldCase(path);
-        ordered.emplace_back(std::move(folded), std::move(path));
-    }
-    std::sort(ordered.begin(), ordered.end());
-    std::vector<std::wstring> listedTwice(options.listTwice.size());
-    std::transform(options.listTwice.begin(), options.listTwice.end(), listedTwice.begin(),
-                   foldCase);
+    std::multimap<std::wstring, std::wstring> ordered;  // folded, as it is
+    for (const std::wstring& path : paths) ordered.emplace(foldCase(path), path);
+    std::vector<std::wstring> listedTwice = options.listTwice;
+    for (std::wstring& part : listedTwice) part = foldCase(part);
     for (const auto& entry : ordered) {
         const bool twice = std::any_of(
             listedTwice.begin(), listedTwice.end(),
