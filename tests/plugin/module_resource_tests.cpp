@@ -1,10 +1,10 @@
-// What the file itself carries: exports, imports, texts and version.
+// What the file itself carries: what it needs of the system, and its texts.
 
 #include <windows.h>
 
-#include <array>
+#include <dbghelp.h>
+
 #include <cwctype>
-#include <set>
 #include <string>
 
 #include "tests/plugin/module_fixture.h"
@@ -12,16 +12,32 @@
 namespace orvane::test {
 namespace {
 
-const IMAGE_NT_HEADERS* headersOf(HMODULE module) {
-    const auto* base = reinterpret_cast<const BYTE*>(module);
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-}
-
-template <typename T>
-const T* tableOf(HMODULE module, int directory) {
-    const auto& entry = headersOf(module)->OptionalHeader.DataDirectory[directory];
-    return reinterpret_cast<const T*>(reinterpret_cast<const BYTE*>(module) + entry.VirtualAddress);
+TEST(ModuleFile, NeedsNothingButTheSystemAndLeavesThePlayersTimerResolutionAlone) {
+    const Module module;
+    const auto at = [&](DWORD offset) {
+        return reinterpret_cast<const char*>(module.get()) + offset;
+    };
+    ULONG size = 0;
+    const auto* from = static_cast<const IMAGE_IMPORT_DESCRIPTOR*>(
+        ImageDirectoryEntryToData(module.get(), TRUE, IMAGE_DIRECTORY_ENTRY_IMPORT, &size));
+    ASSERT_NE(from, nullptr);
+    int count = 0;
+    for (; from->Name != 0; ++from) {
+        const char* const name = at(from->Name);
+        wchar_t path[MAX_PATH] = {};
+        GetModuleFileNameW(GetModuleHandleA(name), path, MAX_PATH);
+        std::wstring folder(path);
+        for (wchar_t& unit : folder) unit = static_cast<wchar_t>(std::towlower(unit));
+        EXPECT_TRUE(folder.starts_with(L"c:\\windows\\sys")) << name;
+        EXPECT_STRCASENE(name, "WMVCORE.dll") << "only loaded when it is needed";
+        const auto* import =
+            reinterpret_cast<const IMAGE_THUNK_DATA32*>(at(from->OriginalFirstThunk));
+        for (; import->u1.AddressOfData != 0; ++import, ++count)
+            if (!IMAGE_SNAP_BY_ORDINAL32(import->u1.Ordinal)) {
+                EXPECT_STRNE(at(import->u1.AddressOfData) + sizeof(WORD), "timeBeginPeriod");
+            }
+    }
+    EXPECT_GT(count, 100);
 }
 
 // One string of a string table in exactly that language.
@@ -34,45 +50,12 @@ std::wstring textIn(HMODULE module, WORD language, int id) {
     return {text + 1, *text};
 }
 
-TEST(ModuleFile, ExportsTheFourCallsUndecoratedAndNothingElse) {
-    const Module module;
-    const auto* base = reinterpret_cast<const BYTE*>(module.get());
-    const auto* exports =
-        tableOf<IMAGE_EXPORT_DIRECTORY>(module.get(), IMAGE_DIRECTORY_ENTRY_EXPORT);
-    const auto* names = reinterpret_cast<const DWORD*>(base + exports->AddressOfNames);
-    std::set<std::string> found;
-    for (DWORD i = 0; i < exports->NumberOfNames; ++i)
-        found.insert(reinterpret_cast<const char*>(base + names[i]));
-    EXPECT_EQ(found, (std::set<std::string>{"DllCanUnloadNow", "DllGetClassObject",
-                                            "DllRegisterServer", "DllUnregisterServer"}));
-}
-
-TEST(ModuleFile, NeedsNothingButTheSystem) {
-    const Module module;
-    const auto* base = reinterpret_cast<const BYTE*>(module.get());
-    int count = 0;
-    for (const auto* import =
-             tableOf<IMAGE_IMPORT_DESCRIPTOR>(module.get(), IMAGE_DIRECTORY_ENTRY_IMPORT);
-         import->Name != 0; ++import, ++count) {
-        const char* name = reinterpret_cast<const char*>(base + import->Name);
-        wchar_t path[MAX_PATH] = {};
-        GetModuleFileNameW(GetModuleHandleA(name), path, MAX_PATH);
-        std::wstring folder(path);
-        for (wchar_t& unit : folder) unit = static_cast<wchar_t>(std::towlower(unit));
-        EXPECT_EQ(folder.rfind(L"c:\\windows\\sys", 0), 0U) << name;
-        EXPECT_STRCASENE(name, "WMVCORE.dll") << "only loaded when it is needed";
-    }
-    EXPECT_GT(count, 0);
-}
-
 TEST(ModuleFile, NamesItselfInThreeLanguages) {
     const Module module;
-    const struct {
-        WORD language;
-        const wchar_t* description;
-    } languages[] = {{0x409, L"OrVane Windows Media Player Plugin"},
-                     {0x0A, L"Complemento de OrVane para Windows Media Player"},
-                     {0x0C, L"Plug-in OrVane pour Windows Media Player"}};
+    const std::pair<WORD, const wchar_t*> languages[] = {
+        {0x409, L"OrVane Windows Media Player Plugin"},
+        {0x0A, L"Complemento de OrVane para Windows Media Player"},
+        {0x0C, L"Plug-in OrVane pour Windows Media Player"}};
     for (const auto& [language, description] : languages) {
         EXPECT_EQ(textIn(module.get(), language, 102), L"OrVane") << language;
         EXPECT_EQ(textIn(module.get(), language, 103), description) << language;

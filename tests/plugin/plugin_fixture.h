@@ -2,30 +2,62 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <set>
+#include <thread>
 
 #include "platform/atl/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
+#include "standins/player/model.h"
 #include "standins/player/player.h"
 #include "tests/plugin/fake_app.h"
-#include "tests/plugin/fake_core.h"
 
 namespace orvane::test {
 
-// Application and player's window are there; objects are made as the player makes them.
+const std::string kHello = "PlayerHello Player=wmp";
+const std::string kGoodbye = "PlayerGoodbye Player=wmp";
+
+// A player that a test may hold up or make fail in any call.
+class TestPlayer : public standin::Player {
+public:
+    using Player::Player;
+
+    // Has `act` run ahead of that call, on the thread that serves it; an answer but S_OK is the
+    // call's. One at a time, until the next or until none is named.
+    void during(const std::string& call = {}, const std::function<HRESULT()>& act = {}) {
+        change([&](standin::PlayerOptions& options) {
+            options.onCall = [call, act](const std::string& name) {
+                return name == call ? act() : S_OK;
+            };
+        });
+    }
+    void fail(const std::set<std::string>& calls) {
+        change([&](standin::PlayerOptions& options) { options.failCalls = calls; });
+    }
+    // Those of the core, the holder's own one among them.
+    [[nodiscard]] ULONG coreReferences() const {
+        core()->AddRef();
+        return core()->Release();
+    }
+};
+
+// All that the plug-in meets in a player, on the test's thread: the main window, the player, and
+// the application at the other end of the pipes. Objects are made as the player makes them.
 class PluginTest : public testing::Test {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-        m_window = std::make_unique<PlayerWindow>();
-        m_app = std::make_unique<FakeApp>();
+    PluginTest() {
+        m_options.synthetic = 2;
+        m_options.startDelayMs = m_options.stopDelayMs = m_options.pauseDelayMs = 10;
     }
-    void TearDown() override {
-        m_app.reset();
-        m_window.reset();
+    ~PluginTest() override {
+        if (m_plugin) m_plugin->SetCore(nullptr);
+        m_plugin.Release();
+        m_player.reset();
+        EXPECT_EQ(standin::liveObjects(), 0) << "an object of the player's was not given back";
         EXPECT_EQ(canUnloadNow(), S_OK) << "an object was left behind";
-        OleUninitialize();
     }
 
     static HRESULT create(IUnknown* outer, REFIID iid, void** object) {
@@ -34,52 +66,48 @@ protected:
                                               reinterpret_cast<void**>(&factory));
         return FAILED(result) ? result : factory->CreateInstance(outer, iid, object);
     }
-
-    static CComPtr<IWMPPluginUI> createPlugin() {
-        CComPtr<IWMPPluginUI> plugin;
-        EXPECT_EQ(create(nullptr, __uuidof(IWMPPluginUI), reinterpret_cast<void**>(&plugin)), S_OK);
-        return plugin;
+    void createPlugin() {
+        ASSERT_EQ(create(nullptr, __uuidof(IWMPPluginUI), reinterpret_cast<void**>(&m_plugin)),
+                  S_OK);
     }
-
-    std::unique_ptr<PlayerWindow> m_window;
-    std::unique_ptr<FakeApp> m_app;
-};
-
-// The whole road: a real player's objects over the sample tracks, and the plug-in attached.
-class LinkedPluginTest : public PluginTest {
-protected:
-    void SetUp() override {
-        PluginTest::SetUp();
-        standin::PlayerOptions options;
-        options.library = ORVANE_TEST_DATA;
-        options.startDelayMs = options.stopDelayMs = options.pauseDelayMs = 10;
-        m_player = std::make_unique<standin::Player>(options);
+    // The player as m_options say.
+    void openPlayer() {
+        m_player = std::make_unique<TestPlayer>(m_options);
         std::string error;
         ASSERT_TRUE(m_player->openLibrary(error)) << error;
-        m_plugin = createPlugin();
-        ASSERT_EQ(m_plugin.QueryInterface(&m_sink), S_OK);
+    }
+    // The same with the plug-in at work in it, whose hello is read; the one reference to it is
+    // m_plugin, as if the player kept none of its listeners.
+    void start() {
+        openPlayer();
+        ASSERT_NO_FATAL_FAILURE(createPlugin());
         ASSERT_EQ(m_plugin->SetCore(m_player->core()), S_OK);
+        m_player->model().sinks.clear();
         ASSERT_EQ(eventNames(1), Names{"PlayerHello"});
     }
-    void TearDown() override {
-        if (m_plugin) m_plugin->SetCore(nullptr);
-        m_sink.Release();
-        m_plugin.Release();
-        m_player.reset();
-        PluginTest::TearDown();
-    }
 
-    // The player's sample track with that file name.
-    [[nodiscard]] CComPtr<IWMPMedia> mediaOf(const std::wstring& fileName) const {
-        for (std::size_t i = 0; i < m_player->itemCount(); ++i)
-            if (m_player->itemPath(i).ends_with(L"\\" + fileName)) return m_player->item(i);
-        ADD_FAILURE() << "no such sample";
-        return {};
+    // The plug-in's events; not counted.
+    [[nodiscard]] IWMPEvents* sink() const { return CComQIPtr<IWMPEvents>(m_plugin); }
+
+    // An operation as the command pipe's thread runs it, while the player's thread lives on.
+    template <typename Result>
+    Result command(Result (COrVaneWmpPlugin::*operation)()) {
+        return command([&](COrVaneWmpPlugin& plugin) { return (plugin.*operation)(); });
     }
-    [[nodiscard]] std::wstring pathOf(const std::wstring& fileName) const {
-        CComBSTR path;
-        if (const auto media = mediaOf(fileName)) media->get_sourceURL(&path);
-        return path.Length() > 0 ? std::wstring(path) : std::wstring();
+    template <typename Operation>
+    auto command(Operation operation) {
+        auto& plugin = *static_cast<COrVaneWmpPlugin*>(m_plugin.p);
+        std::optional<decltype(operation(plugin))> result;
+        std::atomic<bool> done{false};
+        std::thread thread([&] {
+            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            result = operation(plugin);
+            CoUninitialize();
+            done = true;
+        });
+        EXPECT_TRUE(pumpUntil([&] { return done.load(); }, 20'000));
+        thread.join();
+        return *result;
     }
 
     // What arrived since the last call, once there are so many; a moment longer shows whether
@@ -100,9 +128,12 @@ protected:
         return names;
     }
 
-    std::unique_ptr<standin::Player> m_player;
+    standin::ComApartment m_apartment;
+    std::unique_ptr<PlayerWindow> m_window = std::make_unique<PlayerWindow>();
+    std::unique_ptr<FakeApp> m_app = std::make_unique<FakeApp>();
+    standin::PlayerOptions m_options;
+    std::unique_ptr<TestPlayer> m_player;
     CComPtr<IWMPPluginUI> m_plugin;
-    CComPtr<IWMPEvents> m_sink;
 };
 
 }  // namespace orvane::test

@@ -1,65 +1,70 @@
-#include "tests/plugin/operations/operations_fixture.h"
+#include "tests/plugin/plugin_fixture.h"
+#include "tests/support/temp_folder.h"
 
-namespace orvane {
+namespace orvane::test {
 namespace {
 
 using juce::String;
 using juce::StringArray;
+using Paths = std::vector<std::wstring>;
 
-class Playlists : public test::OperationsTest {
+class Playlists : public PluginTest {
 protected:
     using Add = bool (COrVaneWmpPlugin::*)(const String&, const StringArray&);
     bool add(Add operation, const String& name, const StringArray& paths) {
         return command([&](COrVaneWmpPlugin& plugin) { return (plugin.*operation)(name, paths); });
     }
+    [[nodiscard]] String path(std::size_t index) const { return m_player->itemPath(index).c_str(); }
 };
 
 TEST_F(Playlists, TakeTheFirstOfTheirNameAndTracksThatAreThereOnce) {
-    m_folder.track(L"a.wma");
-    m_folder.track(L"twice.wma");
+    const TempFolder folder;
+    m_options.library = folder.path();
     m_options.listTwice = {L"twice"};
-    startPlayer();
-    const String twice = test::textOf(m_folder.path(L"twice.wma"));
-    const String once = test::textOf(m_folder.path(L"a.wma"));
+    writeFile(folder.path(L"twice.wma"), "");
+    start();
+    ASSERT_EQ(m_player->itemCount(), 4U);
     CComPtr<IWMPPlaylistCollection> playlists;
     ASSERT_EQ(m_player->core()->get_playlistCollection(&playlists), S_OK);
     for (int i = 0; i < 2; ++i) {
         CComPtr<IWMPPlaylist> playlist;
         ASSERT_EQ(playlists->newPlaylist(CComBSTR(L"OrVane:Dirtyx"), &playlist), S_OK);
     }
-    EXPECT_TRUE(
-        add(&COrVaneWmpPlugin::addToDirtyFolder, "x", {"C:\\nowhere.wma", twice, "", once, once}));
-    EXPECT_EQ(playlistNames().size(), 2);
-    EXPECT_EQ(pathsIn(L"OrVane:Dirtyx"), (StringArray{once, once}));
+    EXPECT_TRUE(add(&COrVaneWmpPlugin::addToDirtyFolder, "x",
+                    {"C:\\nowhere.wma", path(0), "", path(2), path(2)}));
+    EXPECT_EQ(m_player->playlistNames().size(), 2U);
+    EXPECT_EQ(m_player->playlistPaths(L"OrVane:Dirtyx"),
+              (Paths{m_player->itemPath(2), m_player->itemPath(2)}));
 }
 
 TEST_F(Playlists, AnswerFalseWhenThePlayerFails) {
-    m_folder.track(L"a.wma");
-    EXPECT_FALSE(add(&COrVaneWmpPlugin::addToDirtyFolder, "", {"a"}));
-    startPlayer();
-    for (const char* call :
-         {"IWMPCore::get_playlistCollection", "IWMPPlaylistCollection::getByName",
-          "IWMPPlaylistArray::get_count", "IWMPPlaylistCollection::newPlaylist"}) {
-        fail({call});
-        EXPECT_FALSE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)})) << call;
+    start();
+    const struct {
+        const char* call;
+        bool added;
+    } cases[] = {{"IWMPCore::get_playlistCollection", false},
+                 {"IWMPPlaylistCollection::getByName", false},
+                 {"IWMPPlaylistArray::get_count", false},
+                 {"IWMPPlaylistCollection::newPlaylist", false},
+                 {"IWMPMediaCollection::getByAttribute", true},
+                 {"IWMPPlaylist::appendItem", true},
+                 {"IWMPPlaylistArray::Item", false}};
+    for (const auto& [call, added] : cases) {
+        m_player->fail({call});
+        EXPECT_EQ(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {path(0)}), added) << call;
+        EXPECT_TRUE(m_player->playlistPaths(L"OrVane:Cleaned").empty()) << call;
     }
-    EXPECT_TRUE(playlistNames().isEmpty());
-    for (const char* call : {"IWMPMediaCollection::getByAttribute", "IWMPPlaylist::appendItem"}) {
-        fail({call});
-        EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)})) << call;
-    }
-    EXPECT_TRUE(pathsIn(L"OrVane:Cleaned").isEmpty());
-    fail({"IWMPPlaylistArray::Item"});
-    EXPECT_FALSE(add(&COrVaneWmpPlugin::addToCleanedFolder, "", {pathOf(0)}));
+    EXPECT_EQ(m_player->playlistNames().size(), 1U);
+    m_plugin->SetCore(nullptr);
+    EXPECT_FALSE(add(&COrVaneWmpPlugin::addToDirtyFolder, "", {path(0)}));
 }
 
 TEST_F(Playlists, CostTheSameForEachTrackHoweverLargeTheLibrary) {
     m_options.synthetic = 50'000;
-    startPlayer();
-    ASSERT_EQ(m_player->itemCount(), 50'000u);
+    start();
     const auto calls = [&](int tracks) {
         StringArray paths;
-        for (int i = 0; i < tracks; ++i) paths.add(pathOf(static_cast<size_t>(49'000 + i)));
+        for (int i = 0; i < tracks; ++i) paths.add(path(static_cast<std::size_t>(49'000 + i)));
         const auto before = m_player->callCount();
         EXPECT_TRUE(add(&COrVaneWmpPlugin::addToCleanedFolder, String(tracks), paths));
         return m_player->callCount() - before;
@@ -67,8 +72,8 @@ TEST_F(Playlists, CostTheSameForEachTrackHoweverLargeTheLibrary) {
     const auto one = calls(1);
     const auto two = calls(2);
     EXPECT_EQ(calls(11), one + 10 * (two - one));
-    EXPECT_EQ(pathsIn(L"OrVane:Cleaned11").size(), 11);
+    EXPECT_EQ(m_player->playlistPaths(L"OrVane:Cleaned11").size(), 11U);
 }
 
 }  // namespace
-}  // namespace orvane
+}  // namespace orvane::test
