@@ -20,7 +20,7 @@ TEST_F(ComServerTest, ClassObjectsOfOtherClassesAndInterfacesAreRefused) {
     object = &object;
     EXPECT_EQ(getClassObject(CLSID_OrVaneWmpPlugin, IID_IDispatch, &object), E_NOINTERFACE);
     EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(create(nullptr, __uuidof(IWMPEvents), nullptr), E_POINTER);
+    EXPECT_EQ(create<IWMPEvents>(nullptr), E_POINTER);
 }
 
 TEST_F(ComServerTest, ThereIsOneClassObjectHoweverManyThreadsAsk) {
@@ -39,26 +39,18 @@ TEST_F(ComServerTest, ThereIsOneClassObjectHoweverManyThreadsAsk) {
 }
 
 TEST_F(ComServerTest, TheObjectHasTwoInterfacesAndKeepsTheModule) {
-    ASSERT_NO_FATAL_FAILURE(createPlugin());
+    ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(canUnloadNow(), S_FALSE);
-    CComPtr<IClassFactory> factory;
-    ASSERT_EQ(getClassObject(CLSID_OrVaneWmpPlugin, IID_IClassFactory,
-                             reinterpret_cast<void**>(&factory)),
-              S_OK);
-    EXPECT_EQ(factory->LockServer(TRUE), S_OK);
-    {
-        const CComQIPtr<IWMPEvents> events(m_plugin);
-        EXPECT_TRUE(m_plugin.IsEqualObject(events));
-        for (const IID& iid : {IID_IDispatch, IID_IClassFactory, __uuidof(IWMPCore)}) {
-            void* other = &other;
-            EXPECT_EQ(m_plugin->QueryInterface(iid, &other), E_NOINTERFACE);
-            EXPECT_EQ(other, nullptr);
-        }
+    EXPECT_EQ(classFactory()->LockServer(TRUE), S_OK);
+    EXPECT_TRUE(m_plugin.IsEqualObject(sink()));
+    for (const IID& iid : {IID_IDispatch, IID_IClassFactory, __uuidof(IWMPCore)}) {
+        void* other = &other;
+        EXPECT_EQ(m_plugin->QueryInterface(iid, &other), E_NOINTERFACE);
+        EXPECT_EQ(other, nullptr);
     }
     m_plugin.Release();
     EXPECT_EQ(canUnloadNow(), S_FALSE) << "the lock";
-    EXPECT_EQ(factory->LockServer(FALSE), S_OK);
-    factory.Release();
+    EXPECT_EQ(classFactory()->LockServer(FALSE), S_OK);
     EXPECT_EQ(canUnloadNow(), S_OK);
 }
 
@@ -82,17 +74,16 @@ public:
 };
 
 TEST_F(ComServerTest, AggregatedObjectsLeaveIdentityToTheOuterOne) {
-    openPlayer();
+    ASSERT_NO_FATAL_FAILURE(open());
+    m_plugin.Release();
     Outer outer;
-    void* refused = &refused;
-    EXPECT_EQ(create(&outer, __uuidof(IWMPEvents), &refused), CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(refused, nullptr);
+    EXPECT_EQ(create(&m_plugin, &outer), CLASS_E_NOAGGREGATION);
     m_app->closePipes();
-    EXPECT_EQ(create(&outer, IID_IUnknown, &refused), E_FAIL);
+    EXPECT_EQ(create(&outer.inner, &outer), E_FAIL);
     EXPECT_EQ(outer.references, 1);
     m_app->openPipes();
 
-    ASSERT_EQ(create(&outer, IID_IUnknown, reinterpret_cast<void**>(&outer.inner)), S_OK);
+    ASSERT_EQ(create(&outer.inner, &outer), S_OK);
     ASSERT_EQ(outer.inner.QueryInterface(&m_plugin), S_OK);
     EXPECT_EQ(outer.references, 2);
     EXPECT_TRUE(m_plugin.IsEqualObject(&outer));

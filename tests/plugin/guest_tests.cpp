@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "media/format_runtime.h"
-#include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
-#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 namespace {
@@ -88,20 +85,6 @@ TEST_F(GuestTest, TheEndOfTheProgramIsNotSwallowedByAWait) {
         DispatchMessageW(&message);
     EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
     EXPECT_EQ(message.wParam, 17U);
-}
-
-TEST_F(GuestTest, AnApplicationThatDoesNotRunIsLaunchedAndLinkedTo) {
-    const TempFolder folder;
-    const auto program = folder.path(L"OrVaneApp.exe");
-    ASSERT_TRUE(CopyFileW(L"launched_app.exe", program.c_str(), TRUE));
-    SetEnvironmentVariableA("ORVANE_TEST_EXIT", "stay");
-    const InstallPath installed(folder.path().wstring());
-    m_app->running.reset();
-    ASSERT_NO_FATAL_FAILURE(start());
-    const UniqueHandle leave(OpenEventW(EVENT_MODIFY_STATE, FALSE, L"OrVaneTestAppLeave"));
-    EXPECT_TRUE(leave) << "it is the application's, which waits for it";
-    SetEvent(leave.get());
-    EXPECT_TRUE(pumpUntil([&] { return DeleteFileW(program.c_str()) != 0; }));
 }
 
 TEST_F(GuestTest, AnIdleLinkLeavesThePlayerAlone) {

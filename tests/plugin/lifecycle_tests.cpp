@@ -33,8 +33,8 @@ protected:
 TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
     const auto attempt = [] {
         CapturedLog log;
-        void* object = &object;
-        EXPECT_EQ(create(nullptr, __uuidof(IWMPEvents), &object), E_FAIL);
+        auto* object = reinterpret_cast<IWMPEvents*>(&log);
+        EXPECT_EQ(create(&object), E_FAIL);
         EXPECT_EQ(object, nullptr);
         EXPECT_EQ(canUnloadNow(), S_OK);
         return log.lines().back();
@@ -66,7 +66,7 @@ TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
     // An application that runs is not launched, wherever it may be.
     const InstallPath nowhere(L"C:\\no such folder");
     const std::size_t before = readText(log).size();
-    ASSERT_NO_FATAL_FAILURE(createPlugin());
+    ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_TRUE(m_window->isHooked());
     EXPECT_EQ(readText(log).size(), before);
     const std::string line = lineOf("ours");
@@ -76,15 +76,14 @@ TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
     EXPECT_TRUE(m_app->events.lines().empty()) << "no core was ever set, so there is no goodbye";
 
     m_app->closePipes();
-    void* object = nullptr;
-    EXPECT_EQ(create(nullptr, __uuidof(IWMPEvents), &object), E_FAIL);
+    IWMPEvents* object = nullptr;
+    EXPECT_EQ(create(&object), E_FAIL);
     const std::string theirs = lineOf("somebody else");
     EXPECT_TRUE(theirs.ends_with("else\n") && theirs.find(ours) == std::string::npos) << theirs;
 }
 
 TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
-    openPlayer();
-    ASSERT_NO_FATAL_FAILURE(createPlugin());
+    ASSERT_NO_FATAL_FAILURE(open());
     VARIANT value{};
     EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", nullptr), E_POINTER);
     EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", &value), E_NOTIMPL);
@@ -130,8 +129,7 @@ TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
 }
 
 TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
-    openPlayer();
-    ASSERT_NO_FATAL_FAILURE(createPlugin());
+    ASSERT_NO_FATAL_FAILURE(open());
     IWMPCore* const core = m_player->core();
     m_player->during("IConnectionPoint::Advise", [&] { return m_plugin->SetCore(nullptr); });
     m_plugin->SetCore(core);
@@ -161,38 +159,8 @@ TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
     }
 }
 
-TEST_F(LifecycleTest, TheLastReferenceMayGoWhileTheCoreIsLetGo) {
-    start();
-    IWMPPluginUI* const raw = m_plugin.p;
-    m_player->during("IConnectionPoint::Unadvise", [&] {
-        m_plugin.Release();
-        return S_OK;
-    });
-    EXPECT_EQ(raw->SetCore(nullptr), S_OK);
-    EXPECT_EQ(m_player->coreReferences(), 1U);
-    EXPECT_EQ(canUnloadNow(), S_OK);
-    EXPECT_FALSE(m_window->isHooked());
-    EXPECT_EQ(m_app->events.lines(1), Names{kGoodbye});
-}
-
-TEST_F(LifecycleTest, SaysHelloOnceWhenTheApplicationComesBack) {
-    start();
-    m_app->closePipes();
-    CapturedLog log;
-    pumpFor(2200);
-    const auto lines = log.lines();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(),
-                         "<3> OrvaneAppConnector::connect: m_ep->initConnection failed"),
-              1);
-    m_app->openPipes();
-    EXPECT_EQ(m_app->events.lines(1, 2500), Names{kHello});
-    pumpFor(2200);
-    m_plugin.Release();
-    EXPECT_EQ(m_app->events.lines(2), (Names{kHello, kGoodbye})) << "and not again";
-}
-
 TEST_F(LifecycleTest, ReleasedFromWithinItsTimer) {
-    ASSERT_NO_FATAL_FAILURE(createPlugin());
+    ASSERT_NO_FATAL_FAILURE(open());
     {
         // As when the player releases the object while the timer's callback waits.
         const JuceSession::CallbackScope callback;
@@ -202,7 +170,7 @@ TEST_F(LifecycleTest, ReleasedFromWithinItsTimer) {
     }
     EXPECT_TRUE(pumpUntil([] { return !JuceSession::isUp(); }));
     m_app->waitForDisconnectAndReopen();
-    createPlugin();
+    open();
     EXPECT_TRUE(JuceSession::isUp());
 }
 

@@ -7,9 +7,8 @@
 #include "platform/atl/atlcomcli.h"
 #include "platform/handles.h"
 #include "platform/wmp_plugin_ui.h"
-#include "standins/player/model.h"
-#include "standins/player/player.h"
 #include "tests/plugin/fake_app.h"
+#include "tests/plugin/test_player.h"
 
 namespace orvane::test {
 
@@ -52,23 +51,10 @@ private:
 // What the module meets in a player that loads it.
 class ModuleTest : public testing::Test {
 protected:
-    static bool isLoaded() { return GetModuleHandleW(kModuleName) != nullptr; }
-    // The last thread of the module takes it along a moment after FreeLibrary.
-    static bool isGoneSoon() {
-        return pumpUntil([] { return !isLoaded(); }, 3000);
-    }
-
-    // The player keeps its core's listener, but no reference to it.
-    void attach(IWMPPluginUI* plugin) {
-        ASSERT_NE(plugin, nullptr);
-        ASSERT_EQ(plugin->SetCore(m_player.core()), S_OK);
-        m_player.model().sinks.clear();
-    }
-
     standin::ComApartment m_apartment;
     PlayerWindow m_window;
     FakeApp m_app;
-    standin::Player m_player{standin::PlayerOptions()};
+    TestPlayer m_player{standin::PlayerOptions()};
 };
 
 }  // namespace orvane::test
