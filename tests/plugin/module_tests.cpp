@@ -17,6 +17,14 @@ DWORD WINAPI loadModule(void* result) {
     return 0;
 }
 
+// Of thread-local storage: the process ends when there are none left.
+std::size_t freeThreadSlots() {
+    std::vector<DWORD> slots;
+    for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
+    for (const DWORD slot : slots) TlsFree(slot);
+    return slots.size();
+}
+
 TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     const Registered registered;
     const PlayerWindow window;
@@ -24,6 +32,7 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     FakeCore core;
     int threads = 0;
     int handles = 0;
+    std::size_t slots = 0;
     constexpr int rounds = 60;
     constexpr int warmUp = 5;
     for (int round = 0; round < rounds; ++round) {
@@ -46,8 +55,10 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
         if (round == warmUp) {
             threads = threadsOfThisProcess();
             handles = handlesOfThisProcess();
+            slots = freeThreadSlots();
         }
     }
+    EXPECT_EQ(freeThreadSlots(), slots);
     EXPECT_LE(threadsOfThisProcess(), threads);
     EXPECT_EQ(core.references, 1);
     // The runtime's own four a load, and nothing beside.
