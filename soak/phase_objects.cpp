@@ -46,7 +46,8 @@ private:
 class Unloads final : public Phase {
 public:
     explicit Unloads(Stage& stage) : Phase(stage, "module loaded, freed", 0.06, 5), m_app(stage) {
-        // The thread library that is linked in keeps as many of each load, whatever the module does.
+        // The thread library that is linked in keeps as many of each load, whatever the module
+        // does.
         handlesPerRound = 4;
     }
 
