@@ -18,9 +18,18 @@ bool isGoneSoon() {
     return pumpUntil([] { return !isLoaded(); }, 3000);
 }
 
+// Of thread-local storage: the process ends when there are none left.
+std::size_t freeThreadSlots() {
+    std::vector<DWORD> slots;
+    for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
+    for (const DWORD slot : slots) TlsFree(slot);
+    return slots.size();
+}
+
 TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     int threads = 0;
     int handles = 0;
+    std::size_t slots = 0;
     constexpr int rounds = 60;
     constexpr int warmUp = 5;
     for (int round = 0; round < rounds; ++round) {
@@ -49,8 +58,10 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
         if (round == warmUp) {
             threads = threadsOfThisProcess();
             handles = handlesOfThisProcess();
+            slots = freeThreadSlots();
         }
     }
+    EXPECT_EQ(freeThreadSlots(), slots);
     EXPECT_LE(threadsOfThisProcess(), threads);
     EXPECT_EQ(standin::liveObjects(), 1) << "the core";
     // The runtime's own four a load, and nothing beside.
