@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "fuzz/require.h"
 #include "fuzz/strict_utf8.h"
@@ -37,6 +38,18 @@ std::string repaired(const std::string& text) {
     return result;
 }
 
+// Bytes that no NUL ends, in memory of their very size: no step looks past them.
+void requireWithin(const std::vector<char>& bytes) {
+    const char* const end = bytes.data() + bytes.size();
+    for (const char* at = bytes.data(); at != end;) {
+        Wide units[2];
+        const char* const next =
+            utl_utf8_decode_char(at, static_cast<std::size_t>(end - at), units, nullptr, 0);
+        require(next > at && next <= end, "each step goes on within the bytes");
+        at = next;
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -44,6 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t bufferSize = fuzz::takeChoice(input);
     const std::string text(
         std::string(reinterpret_cast<const char*>(input.data()), input.size()).c_str());
+
+    requireWithin({input.begin(), input.end()});
 
     const OwnedWide wide = utl_utf8_to_wide_intl(text.c_str(), 1);
     require(wide != nullptr, "any text can be converted");
