@@ -16,6 +16,7 @@
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "tests/common/messages/recording_methods.h"
+#include "tests/support/in_tree.h"
 #include "tests/support/process.h"
 #include "tests/support/waiting.h"
 
@@ -24,8 +25,8 @@ namespace {
 
 // The fenced blocks of one kind, without their fences.
 std::vector<std::string> blocksOf(const std::string& kind) {
-    std::ifstream page(ORVANE_PROTOCOL_PAGE, std::ios::binary);
-    EXPECT_TRUE(page.good()) << ORVANE_PROTOCOL_PAGE;
+    std::ifstream page(inTree("docs/protocol.md"), std::ios::binary);
+    EXPECT_TRUE(page.good());
     std::vector<std::string> blocks;
     bool inside = false;
     for (std::string line; std::getline(page, line);) {

@@ -10,6 +10,7 @@
 #include "standins/player/player.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/plugin/fake_core.h"
+#include "tests/support/in_tree.h"
 
 namespace orvane::test {
 
@@ -51,7 +52,7 @@ protected:
     void SetUp() override {
         PluginTest::SetUp();
         standin::PlayerOptions options;
-        options.library = ORVANE_TEST_DATA;
+        options.library = testData();
         options.startDelayMs = options.stopDelayMs = options.pauseDelayMs = 10;
         m_player = std::make_unique<standin::Player>(options);
         std::string error;
