@@ -4,54 +4,20 @@
 
 #include <juce_core/juce_core.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <vector>
+#include <string>
 
+#include "bench/samples.h"
 #include "common/messages/orvane_message.h"
 
 namespace {
 
 using orvane::OrvaneEvent;
 using orvane::OrvaneMessage;
-
-template <typename Work>
-double millisecondsOf(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-        .count();
-}
-
-struct Samples {
-    std::vector<double> taken;
-    [[nodiscard]] double at(double share) {
-        std::sort(taken.begin(), taken.end());
-        return taken[static_cast<std::size_t>(share * static_cast<double>(taken.size() - 1))];
-    }
-};
-
-// Both sides in turns, so that whatever else the machine does hits both alike.
-template <typename Ours, typename Theirs>
-void compare(const char* what, int rounds, Ours ours, Theirs theirs) {
-    Samples own;
-    Samples other;
-    ours();
-    theirs();
-    for (int i = 0; i < rounds; ++i) {
-        own.taken.push_back(millisecondsOf(ours));
-        other.taken.push_back(millisecondsOf(theirs));
-    }
-    std::printf("| %s | %.2f | %.2f to %.2f | %.2f | %.2f to %.2f | %.2f |\n", what, own.at(0.5),
-                own.at(0.05), own.at(0.95), other.at(0.5), other.at(0.05), other.at(0.95),
-                own.at(0.5) / other.at(0.5));
-    std::fflush(stdout);
-}
+using orvane::bench::compare;
 
 std::size_t sink = 0;
 
-void row(const char* label, int count, int rounds) {
+void row(const std::string& label, int count, int rounds) {
     juce::StringArray values;
     for (int i = 0; i < count; ++i)
         values.add(
@@ -71,7 +37,7 @@ void row(const char* label, int count, int rounds) {
         const juce::String text = tree.toString();
         sink += std::string(text.toRawUTF8()).size();
     };
-    compare((juce::String(label) + ", built and written").toRawUTF8(), rounds, build, theirBuild);
+    compare({(label + ", built and written").c_str(), build}, {"JUCE's", theirBuild}, {rounds});
 
     OrvaneEvent event("CleanTracks");
     event.addList("trackPaths", values);
@@ -88,14 +54,13 @@ void row(const char* label, int count, int rounds) {
         for (const auto* child : element->getChildIterator()) list.add(child->getAllSubText());
         sink += static_cast<std::size_t>(list.size());
     };
-    compare((juce::String(label) + ", read and listed").toRawUTF8(), rounds, read, theirRead);
+    compare({(label + ", read and listed").c_str(), read}, {"JUCE's", theirRead}, {rounds});
 }
 
 }  // namespace
 
 int main() {
-    std::puts("| document | ours, ms | p5 to p95 | JUCE's, ms | p5 to p95 | ratio |");
-    std::puts("|---|---:|---:|---:|---:|---:|");
+    orvane::bench::printHeading();
     row("10,000 parameters of 100 characters", 10'000, 41);
     row("the same, 2.7 MB", 20'000, 15);
     row("the same, 5.3 MB", 40'000, 9);

@@ -71,7 +71,7 @@ public:
         if (!failed())
             note(RegSetValueExW(key.get(), name, 0, REG_SZ,
                                 reinterpret_cast<const BYTE*>(text.c_str()),
-                                static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))));
+                                static_cast<DWORD>(text.size() + 1) * sizeof(wchar_t)));
     }
     void setNumber(const UniqueRegKey& key, const wchar_t* name, DWORD number) {
         if (!failed())

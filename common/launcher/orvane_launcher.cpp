@@ -14,7 +14,7 @@
 namespace orvane {
 namespace {
 
-constexpr const char* getPathName = "OrvaneLauncher::getPath";
+constexpr const char* kGetPath = "OrvaneLauncher::getPath";
 constexpr const wchar_t* kAppMutex = L"OrVaneApp_Process";
 constexpr const char* kSettingsKey = "Software\\OrVaneMedia\\Settings";
 constexpr const char* kPathValue = "Path";
@@ -46,7 +46,7 @@ bool OrvaneLauncher::isAppRunning() {
 }
 
 juce::String OrvaneLauncher::getPath() {
-    syslog(LOG_DEBUG, "%s: looking for OrVane executable path in HKLM\\%s\\%s", getPathName,
+    syslog(LOG_DEBUG, "%s: looking for OrVane executable path in HKLM\\%s\\%s", kGetPath,
            kSettingsKey, kPathValue);
     bool found = false;
     const juce::String folder = installationFolder(found);
@@ -57,7 +57,7 @@ juce::String OrvaneLauncher::getPath() {
     if (!utl_file_exists(path.toRawUTF8(), exists, nullptr)) return {};
     // The shell would open a folder of that name in a window, and count that as a start.
     if (!exists || isDirectory(path)) {
-        syslog(LOG_NOTICE, "%s: can't find OrVane executable at %s", getPathName, path.toRawUTF8());
+        syslog(LOG_NOTICE, "%s: can't find OrVane executable at %s", kGetPath, path.toRawUTF8());
         return {};
     }
     return path;

@@ -87,6 +87,7 @@ bool OrvaneMessage::getMap(const juce::String& prefix, juce::StringPairArray& ma
     auto& keys = const_cast<juce::StringArray&>(map.getAllKeys());
     auto& values = const_cast<juce::StringArray&>(map.getAllValues());
     std::vector<Parameter> set;
+    set.reserve(static_cast<std::size_t>(keys.size()));
     for (int i = 0; i < keys.size(); ++i) set.push_back({keys[i], values[i]});
     const juce::String marker = prefix + ".";
     for (const auto& [key, value] : getParameters()) {

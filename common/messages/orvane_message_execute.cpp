@@ -164,6 +164,7 @@ Handler handlerFor(const juce::String& name) {
 
 std::vector<std::string_view> OrvaneCommand::names() {
     std::vector<std::string_view> names;
+    names.reserve(std::size(kEntries));
     for (const Entry& entry : kEntries) names.push_back(entry.name);
     return names;
 }

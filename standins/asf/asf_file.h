@@ -47,7 +47,8 @@ struct Attribute {
     std::vector<std::uint8_t> value;
     Place place = Place::automatic;
 
-    // As a player would show it: numbers in decimal, "true" or "false", nothing for what is no text.
+    // As a player would show it: numbers in decimal, "true" or "false", nothing for what is no
+    // text.
     [[nodiscard]] std::u16string text() const;
     // The value of a numeric or boolean attribute, 0 for others.
     [[nodiscard]] std::uint64_t number() const;

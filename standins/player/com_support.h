@@ -79,6 +79,11 @@ public:
     }
 };
 
+// A property of the player's that nothing here asks for.
+#define ORVANE_PROPERTY_NOT_MADE(name, type)                    \
+    STDMETHOD(get_##name)(type*) override { return E_NOTIMPL; } \
+    STDMETHOD(put_##name)(type) override { return E_NOTIMPL; }
+
 #pragma GCC diagnostic pop
 
 // A new object, by one of its interfaces; its first reference belongs to the result.

@@ -1,6 +1,7 @@
 #include "standins/player/library.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "platform/handles.h"
@@ -31,14 +32,15 @@ bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
             FindFirstFileW(asf::extendedLength(folder + L"\\*").c_str(), &entry));
         if (!search) continue;
         rootRead = true;
+        const std::wstring inside = folder + L"\\";
         do {
             const std::wstring name = entry.cFileName;
             if (name == L"." || name == L"..") continue;
             const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
             if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                if (isMusic(name)) paths.push_back(folder + L"\\" + name);
+                if (isMusic(name)) paths.push_back(inside + name);
             } else if (!isLink) {
-                folders.push_back(folder + L"\\" + name);
+                folders.push_back(inside + name);
             }
         } while (FindNextFileW(search.get(), &entry));
     }
@@ -74,20 +76,16 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
             return false;
         }
     }
-    std::vector<std::pair<std::wstring, std::wstring>> ordered;  // folded, as it is
-    ordered.reserve(paths.size());
-    for (std::wstring& path : paths) {
-        std::wstring folded = foldCase(path);
-        ordered.emplace_back(std::move(folded), std::move(path));
-    }
-    std::sort(ordered.begin(), ordered.end());
-    for (auto& [folded, path] : ordered) {
-        const bool twice = std::any_of(options.listTwice.begin(), options.listTwice.end(),
-                                       [&](const std::wstring& part) {
-                                           return folded.find(foldCase(part)) != std::wstring::npos;
-                                       });
-        if (twice) add(path);
-        add(path);
+    std::multimap<std::wstring, std::wstring> ordered;  // folded, as it is
+    for (const std::wstring& path : paths) ordered.emplace(foldCase(path), path);
+    std::vector<std::wstring> listedTwice = options.listTwice;
+    for (std::wstring& part : listedTwice) part = foldCase(part);
+    for (const auto& entry : ordered) {
+        const bool twice = std::any_of(
+            listedTwice.begin(), listedTwice.end(),
+            [&](const auto& part) { return entry.first.find(part) != std::wstring::npos; });
+        if (twice) add(entry.second);
+        add(entry.second);
     }
     for (unsigned i = 1; i <= options.synthetic; ++i) list(makeSynthetic(i));
     return true;

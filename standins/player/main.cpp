@@ -11,6 +11,7 @@
 #include <shellapi.h>
 
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -116,7 +117,7 @@ int run(const PlayerOptions& options) {
 
 }  // namespace orvane::standin
 
-int main() {
+int main() try {
     using namespace orvane::standin;
     _setmode(_fileno(stdout), _O_BINARY);
     PlayerOptions options;
@@ -127,4 +128,6 @@ int main() {
         return 0;
     }
     return run(options);
+} catch (const std::exception& e) {
+    return orvane::standin::fail(e.what());
 }

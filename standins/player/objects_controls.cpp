@@ -20,19 +20,17 @@ public:
         return m_model->serve("IWMPControls::pause", [&] { return m_model->playback.pause(); });
     }
 
-    STDMETHOD(get_currentPosition)(double*) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(currentPosition, double)
     STDMETHOD(currentItem)(IWMPMedia**) override { return E_NOTIMPL; }
     STDMETHOD(playItem)(IWMPMedia*) override { return E_NOTIMPL; }
     STDMETHOD(get_isAvailable)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(fastForward)() override { return E_NOTIMPL; }
     STDMETHOD(fastReverse)() override { return E_NOTIMPL; }
-    STDMETHOD(put_currentPosition)(double) override { return E_NOTIMPL; }
     STDMETHOD(get_currentPositionString)(BSTR*) override { return E_NOTIMPL; }
     STDMETHOD(next)() override { return E_NOTIMPL; }
     STDMETHOD(previous)() override { return E_NOTIMPL; }
     STDMETHOD(put_currentItem)(IWMPMedia*) override { return E_NOTIMPL; }
-    STDMETHOD(get_currentMarker)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(put_currentMarker)(LONG) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(currentMarker, LONG)
 
 protected:
     void* find(REFIID iid) override {

@@ -53,8 +53,7 @@ public:
     STDMETHOD(close)() override { return E_NOTIMPL; }
     STDMETHOD(launchURL)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_network)(IWMPNetwork**) override { return E_NOTIMPL; }
-    STDMETHOD(get_currentPlaylist)(IWMPPlaylist**) override { return E_NOTIMPL; }
-    STDMETHOD(put_currentPlaylist)(IWMPPlaylist*) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(currentPlaylist, IWMPPlaylist*)
     STDMETHOD(get_cdromCollection)(IWMPCdromCollection**) override { return E_NOTIMPL; }
     STDMETHOD(get_closedCaption)(IWMPClosedCaption**) override { return E_NOTIMPL; }
     STDMETHOD(get_isOnline)(VARIANT_BOOL*) override { return E_NOTIMPL; }

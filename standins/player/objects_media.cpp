@@ -51,9 +51,8 @@ public:
         });
     }
 
-    STDMETHOD(get_name)(BSTR*) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(name, BSTR)
     STDMETHOD(get_duration)(double*) override { return E_NOTIMPL; }
-    STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_imageSourceWidth)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(get_imageSourceHeight)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(get_markerCount)(LONG*) override { return E_NOTIMPL; }

@@ -38,11 +38,10 @@ public:
         });
     }
 
-    STDMETHOD(get_name)(BSTR*) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(name, BSTR)
     STDMETHOD(insertItem)(LONG, IWMPMedia*) override { return E_NOTIMPL; }
     STDMETHOD(removeItem)(IWMPMedia*) override { return E_NOTIMPL; }
     STDMETHOD(clear)() override { return E_NOTIMPL; }
-    STDMETHOD(put_name)(BSTR) override { return E_NOTIMPL; }
     STDMETHOD(get_attributeCount)(LONG*) override { return E_NOTIMPL; }
     STDMETHOD(get_attributeName)(LONG, BSTR*) override { return E_NOTIMPL; }
     STDMETHOD(getItemInfo)(BSTR, BSTR*) override { return E_NOTIMPL; }

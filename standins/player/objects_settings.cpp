@@ -31,27 +31,17 @@ public:
         });
     }
 
-    STDMETHOD(get_autoStart)(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(put_autoStart)(VARIANT_BOOL) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(autoStart, VARIANT_BOOL)
     STDMETHOD(get_isAvailable)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(get_baseURL)(BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(put_baseURL)(BSTR) override { return E_NOTIMPL; }
-    STDMETHOD(get_defaultFrame)(BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(put_defaultFrame)(BSTR) override { return E_NOTIMPL; }
-    STDMETHOD(get_invokeURLs)(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(put_invokeURLs)(VARIANT_BOOL) override { return E_NOTIMPL; }
-    STDMETHOD(get_mute)(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(put_mute)(VARIANT_BOOL) override { return E_NOTIMPL; }
-    STDMETHOD(get_playCount)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(put_playCount)(LONG) override { return E_NOTIMPL; }
-    STDMETHOD(get_rate)(double*) override { return E_NOTIMPL; }
-    STDMETHOD(put_rate)(double) override { return E_NOTIMPL; }
-    STDMETHOD(get_balance)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(put_balance)(LONG) override { return E_NOTIMPL; }
-    STDMETHOD(get_volume)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(put_volume)(LONG) override { return E_NOTIMPL; }
-    STDMETHOD(get_enableErrorDialogs)(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(put_enableErrorDialogs)(VARIANT_BOOL) override { return E_NOTIMPL; }
+    ORVANE_PROPERTY_NOT_MADE(baseURL, BSTR)
+    ORVANE_PROPERTY_NOT_MADE(defaultFrame, BSTR)
+    ORVANE_PROPERTY_NOT_MADE(invokeURLs, VARIANT_BOOL)
+    ORVANE_PROPERTY_NOT_MADE(mute, VARIANT_BOOL)
+    ORVANE_PROPERTY_NOT_MADE(playCount, LONG)
+    ORVANE_PROPERTY_NOT_MADE(rate, double)
+    ORVANE_PROPERTY_NOT_MADE(balance, LONG)
+    ORVANE_PROPERTY_NOT_MADE(volume, LONG)
+    ORVANE_PROPERTY_NOT_MADE(enableErrorDialogs, VARIANT_BOOL)
 
 protected:
     void* find(REFIID iid) override {

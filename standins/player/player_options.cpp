@@ -97,8 +97,11 @@ bool parseOptions(const std::vector<std::wstring>& arguments, PlayerOptions& opt
         }
         const std::string name = "--" + toUtf8(option->name);
         if (hasValue != (option->value != nullptr)) {
-            error = hasValue ? name + " takes no value"
-                             : name + " needs a value: " + name + "=" + option->value;
+            error = name;
+            if (hasValue)
+                error += " takes no value";
+            else
+                error.append(" needs a value: ").append(name).append("=").append(option->value);
             return false;
         }
         const std::wstring value = hasValue ? argument.substr(equals + 1) : std::wstring();

@@ -1,18 +1,11 @@
-#include "bench/round_trip.h"
-
 #include <windows.h>
 
-#include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <cstdio>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 
+#include "bench/rows.h"
+#include "bench/samples.h"
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
@@ -22,17 +15,11 @@ namespace orvane::bench {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using Clock = std::chrono::steady_clock;
 
-constexpr int kBlocks = 100;  // turns of each
-constexpr int kBlock = 50;    // samples in one turn
+constexpr Turns kTurns{.blocks = 100, .samples = 50};
 constexpr const wchar_t* kEventPipe = L"\\\\.\\pipe\\IpcOrvaneEventPipe";
 constexpr const wchar_t* kCommandPipe = L"\\\\.\\pipe\\IpcOrvaneCommandPipe";
 constexpr const wchar_t* kBarePipe = L"\\\\.\\pipe\\OrvaneBenchBarePipe";
-
-void require(bool holds, const char* what) {
-    if (!holds) throw std::runtime_error(what);
-}
 
 // One overlapped end of a pipe, by bare calls.
 class End {
@@ -82,54 +69,6 @@ private:
 
 Bytes frameOf(const OrvaneMessage& message) { return frame::encode(message.toPayload()); }
 
-// Sorted microseconds.
-class Samples {
-public:
-    void add(Clock::duration took) {
-        m_sorted.push_back(std::chrono::duration<double, std::micro>(took).count());
-    }
-    void sort() { std::sort(m_sorted.begin(), m_sorted.end()); }
-    [[nodiscard]] double at(std::size_t percent) const {
-        return m_sorted[(m_sorted.size() - 1) * percent / 100];
-    }
-    void print(const char* what) const {
-        std::printf("%-62s %7zu %8.1f us %8.1f us %8.1f us", what, m_sorted.size(), at(5), at(50),
-                    at(95));
-    }
-
-private:
-    std::vector<double> m_sorted;
-};
-
-void inTurns(
-    const char* what, const std::function<void()>& ours, const char* bareWhat,
-    const std::function<void()>& bare, const std::function<void()>& settle = [] {}) {
-    Samples ourTimes;
-    Samples bareTimes;
-    const auto block = [&](const std::function<void()>& work, Samples* times) {
-        for (int i = 0; i < kBlock; ++i) {
-            const auto start = Clock::now();
-            work();
-            const auto took = Clock::now() - start;
-            settle();
-            if (times != nullptr) times->add(took);
-        }
-    };
-    block(ours, nullptr);
-    block(bare, nullptr);
-    for (int i = 0; i < kBlocks; ++i) {
-        block(ours, &ourTimes);
-        block(bare, &bareTimes);
-    }
-    ourTimes.sort();
-    bareTimes.sort();
-    bareTimes.print(bareWhat);
-    std::printf("\n");
-    ourTimes.print(what);
-    std::printf("   x %.2f\n", ourTimes.at(50) / bareTimes.at(50));
-    std::fflush(stdout);
-}
-
 void measureRoundTrip(End& commands) {
     const OrvaneCommand command("isPlaying");
     const Bytes request = frameOf(command);
@@ -148,9 +87,8 @@ void measureRoundTrip(End& commands) {
         Bytes answer(response.size());
         require(end.write(request) && end.read(answer) && answer == response, "a wrong answer");
     };
-    inTurns(
-        "isPlaying over the command pipe", [&] { exchange(commands); },
-        "bare ping-pong of the same bytes", [&] { exchange(server); });
+    compare({"`isPlaying` over the command pipe", [&] { exchange(commands); }},
+            {"ping-pong of the same bytes", [&] { exchange(server); }}, kTurns);
     static_cast<void>(server.write(Bytes(request.size())));
     echo.join();
 }
@@ -175,10 +113,10 @@ void measureEvent(OrvaneAppConnector& connector, End& events) {
     const auto settle = [&] {
         for (++written; taken < written;) Sleep(0);
     };
-    inTurns(
-        "playStopped on the player's thread", [&] { connector.playStopped("wmp"); },
-        "bare write of the same bytes", [&] { require(client.write(frame), "a write failed"); },
-        settle);
+    compare({"an event on the player's thread", [&] { connector.playStopped("wmp"); }, settle},
+            {"a write of the same bytes", [&] { require(client.write(frame), "a write failed"); },
+             settle},
+            kTurns);
     Bytes end(frame.size());
     static_cast<void>(client.write(end));
     bareReader.join();
@@ -190,13 +128,12 @@ void measureEvent(OrvaneAppConnector& connector, End& events) {
 
 }  // namespace
 
-void measureBesideBareCalls() {
+void measureLink() {
     const juce::ScopedJuceInitialiser_GUI juce;
     End events = End::made(kEventPipe);
     End commands = End::made(kCommandPipe);
     OrvaneAppConnector connector(nullptr);
     require(connector.connect(), "the connector does not connect");
-    std::printf("\n%-62s %7s %11s %11s %11s\n", "", "samples", "p5", "median", "p95");
     measureRoundTrip(commands);
     measureEvent(connector, events);
 }

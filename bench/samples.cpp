@@ -1,0 +1,87 @@
+#include "bench/samples.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvane::bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string inUnits(double nanoseconds) {
+    char text[32];
+    if (nanoseconds < 1e3)
+        std::snprintf(text, sizeof(text), "%.1f ns", nanoseconds);
+    else if (nanoseconds < 1e6)
+        std::snprintf(text, sizeof(text), "%.1f us", nanoseconds / 1e3);
+    else
+        std::snprintf(text, sizeof(text), "%.2f ms", nanoseconds / 1e6);
+    return text;
+}
+
+class Samples {
+public:
+    void block(const Side& side, Turns turns) {
+        for (int i = 0; i < turns.samples; ++i) {
+            const auto start = Clock::now();
+            for (int r = 0; r < turns.repeats; ++r) side.work();
+            const std::chrono::duration<double, std::nano> took = Clock::now() - start;
+            side.settle();
+            m_taken.push_back(took.count() / turns.repeats);
+        }
+    }
+    void forget() { m_taken.clear(); }
+    // Nanoseconds.
+    [[nodiscard]] double at(std::size_t percent) {
+        std::sort(m_taken.begin(), m_taken.end());
+        return m_taken[(m_taken.size() - 1) * percent / 100];
+    }
+    [[nodiscard]] std::string cells() {
+        return inUnits(at(50)) + " | " + inUnits(at(5)) + " to " + inUnits(at(95));
+    }
+
+private:
+    std::vector<double> m_taken;
+};
+
+}  // namespace
+
+void printHeading() {
+    std::puts("| ours | median | p5 to p95 | beside it | median | p5 to p95 | ratio |");
+    std::puts("|---|---:|---:|---|---:|---:|---:|");
+}
+
+void compare(const Side& ours, const Side& peer, Turns turns) {
+    Samples own;
+    Samples other;
+    for (int i = -1; i < turns.blocks; ++i) {
+        own.block(ours, turns);
+        other.block(peer, turns);
+        if (i >= 0) continue;
+        own.forget();
+        other.forget();
+    }
+    std::printf("| %s | %s | %s | %s | %.2f |\n", ours.what, own.cells().c_str(), peer.what,
+                other.cells().c_str(), own.at(50) / other.at(50));
+    std::fflush(stdout);
+}
+
+void measure(const Side& ours, Turns turns) {
+    Samples own;
+    for (int i = -1; i < turns.blocks; ++i) {
+        own.block(ours, turns);
+        if (i < 0) own.forget();
+    }
+    std::printf("| %s | %s | | | | |\n", ours.what, own.cells().c_str());
+    std::fflush(stdout);
+}
+
+void require(bool holds, const char* what) {
+    if (!holds) throw std::runtime_error(what);
+}
+
+}  // namespace orvane::bench
