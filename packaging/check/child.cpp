@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <mutex>
 
 namespace orvane::check {
 namespace {
@@ -30,9 +31,13 @@ private:
     std::map<std::wstring, std::wstring> m_old;
 };
 
+std::mutex s_starting;
+HANDLE s_running = nullptr;  // the last child's job
+
 }  // namespace
 
 Child::Child(const Start& start) : m_job(CreateJobObjectW(nullptr, nullptr)) {
+    const std::lock_guard lock(s_starting);
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(m_job.get(), JobObjectExtendedLimitInformation, &limits,
@@ -63,9 +68,21 @@ Child::Child(const Start& start) : m_job(CreateJobObjectW(nullptr, nullptr)) {
     const UniqueHandle thread(started.hThread);
     AssignProcessToJobObject(m_job.get(), m_process.get());
     ResumeThread(thread.get());
+    s_running = m_job.get();
 }
 
-Child::~Child() { end(); }
+Child::~Child() {
+    end();
+    const std::lock_guard lock(s_starting);
+    s_running = nullptr;
+}
+
+void Child::endAll() {
+    s_starting.lock();  // and never unlocked
+    if (s_running == nullptr) return;
+    TerminateJobObject(s_running, 99);
+    Sleep(300);  // until what they had open is closed
+}
 
 std::optional<DWORD> Child::exitCode(DWORD limitMs) const {
     if (!m_process) return kNeverStarted;
@@ -85,6 +102,24 @@ void Child::tell(std::string line) const {
 void Child::end() {
     TerminateJobObject(m_job.get(), 99);
     if (m_process) WaitForSingleObject(m_process.get(), 5000);
+}
+
+void removeFolder(const std::filesystem::path& folder) {
+    const std::wstring name = L"\\\\?\\" + folder.native();
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((name + L"\\*").c_str(), &found);
+    for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = FindNextFileW(search, &found)) {
+        const std::filesystem::path child = folder / found.cFileName;
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            const std::wstring file = L"\\\\?\\" + child.native();
+            SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileW(file.c_str());
+        } else if (child.filename() != L"." && child.filename() != L"..") {
+            removeFolder(child);
+        }
+    }
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+    RemoveDirectoryW(name.c_str());
 }
 
 std::string contentOf(const std::filesystem::path& file) {

@@ -34,6 +34,8 @@ public:
     void tell(std::string line) const;
     // It and all that it started.
     void end();
+    // The one that runs, for good: from now on whoever starts another waits for ever. Any thread.
+    static void endAll();
 
 private:
     UniqueHandle m_job;
@@ -41,6 +43,8 @@ private:
     UniqueFile m_input;
 };
 
+// With all that is in it, however long its name.
+void removeFolder(const std::filesystem::path& folder);
 [[nodiscard]] std::string contentOf(const std::filesystem::path& file);
 
 }  // namespace orvane::check

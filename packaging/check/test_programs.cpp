@@ -65,6 +65,7 @@ std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list) {
             if (word == "rights") program.needsRights = true;
             if (word == "runtime") program.needsRuntime = true;
             if (word == "no-runtime") program.needsNoRuntime = true;
+            if (word == "time") program.measuresTime = true;
             if (word.starts_with("without=")) program.leftOut = word.substr(8);
         }
         if (!program.name.empty()) programs.push_back(program);

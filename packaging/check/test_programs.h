@@ -15,6 +15,7 @@ struct TestProgram {
     bool needsRights = false;     // writes where only an administrator may
     bool needsRuntime = false;    // the Format runtime, or its stand-in
     bool needsNoRuntime = false;  // that there is none at all
+    bool measuresTime = false;    // between processes: a busy machine may need a second try
     std::string leftOut;          // GoogleTest's filter, empty for none
 };
 [[nodiscard]] std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list);

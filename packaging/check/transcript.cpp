@@ -14,7 +14,7 @@ constexpr std::size_t kTimeLength = 12;  // "08:00:00.000"
 
 std::string Transcript::follow(DWORD limitMs, const std::function<void(const std::string&)>& said) {
     const ULONGLONG begin = GetTickCount64();
-    for (std::size_t at = 0;; Sleep(30)) {
+    for (std::size_t at = 0;; Sleep(10)) {
         m_text = contentOf(m_file);
         for (std::size_t end = 0; (end = m_text.find('\n', at)) != std::string::npos;
              at = end + 1) {
