@@ -12,6 +12,8 @@ namespace {
 
 using standin::toUtf8;
 
+constexpr DWORD kWindows11 = 22000;  // the build; its name in the registry is still the old one
+
 template <typename Function>
 Function systemFunction(const char* name) {
     return reinterpret_cast<Function>(
@@ -41,8 +43,10 @@ std::string windowsVersion() {
     const auto wine = systemFunction<const char*(CDECL*)()>("wine_get_version");
     return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", " +
            std::to_string(version.dwMajorVersion) + "." + std::to_string(version.dwMinorVersion) +
-           "." + std::to_string(version.dwBuildNumber) + (on64 ? ", 64-bit" : ", 32-bit") + ", " +
-           toUtf8(language) + (wine != nullptr ? std::string(", really Wine ") + wine() : "");
+           "." + std::to_string(version.dwBuildNumber) +
+           (version.dwBuildNumber >= kWindows11 ? " (Windows 11)" : "") +
+           (on64 ? ", 64-bit" : ", 32-bit") + ", " + toUtf8(language) +
+           (wine != nullptr ? std::string(", really Wine ") + wine() : "");
 }
 
 bool isWine() { return systemFunction<void*>("wine_get_version") != nullptr; }

@@ -47,6 +47,7 @@ public:
         SetConsoleCtrlHandler(&onClosed, TRUE);
     }
     ~Check() {
+        takeBack();
         SetConsoleCtrlHandler(&onClosed, FALSE);
         s_current = nullptr;
     }
@@ -58,6 +59,7 @@ public:
 private:
     bool mayBegin(bool player);
     void tellMachine();
+    void runProgram(const TestProgram& program, const std::string& mark);
     void runPrograms();
     void runCourse(bool player, const fs::path& playerPath);
     void tell(const Course& course);
@@ -138,6 +140,17 @@ void Check::tellMachine() {
     m_report.file("the plug-in: " + fileVersion(m_kit.programs() / "OrVaneWmpPlugin.dll"));
 }
 
+void Check::runProgram(const TestProgram& program, const std::string& mark) {
+    Count count;
+    runTests(program, m_kit.programs(), m_kit.work, mark, m_report, count);
+    if (count.failed > 0 && program.measuresTime) {
+        count = {};
+        runTests(program, m_kit.programs(), m_kit.work, mark + " (once more)", m_report, count);
+    }
+    m_count.passed += count.passed;
+    m_count.failed += count.failed;
+}
+
 void Check::runPrograms() {
     m_report.both("");
     m_report.both("Tests");
@@ -154,18 +167,11 @@ void Check::runPrograms() {
             continue;
         }
         placeStandIn(program.needsRuntime && !real);
-        Count count;
-        runTests(program, m_kit.programs(), m_kit.work, "", m_report, count);
-        if (count.failed > 0 && program.measuresTime) {
-            count = {};
-            runTests(program, m_kit.programs(), m_kit.work, " (once more)", m_report, count);
-        }
-        m_count.passed += count.passed;
-        m_count.failed += count.failed;
+        runProgram(program, "");
         if (!program.needsRuntime || !real) continue;
         // When the real one fails, this tells whether it is the runtime.
         placeStandIn(true);
-        runTests(program, m_kit.programs(), m_kit.work, " (stand-in)", m_report, m_count);
+        runProgram(program, " (stand-in)");
     }
     placeStandIn(false);
 }
@@ -196,7 +202,12 @@ void Check::runCourse(bool player, const fs::path& playerPath) {
                           "it asks how\r\n  to be set up, choose the recommended settings; touch "
                           "nothing else."
                         : "  A small window or two will come and go (half a minute) ...");
-    tell(player ? runRealPlayer(m_kit, playerPath) : runDemo(m_kit));
+    try {
+        tell(player ? runRealPlayer(m_kit, playerPath) : runDemo(m_kit));
+    } catch (const fs::filesystem_error& error) {
+        m_report.both(std::string("  a file is in the way: ") + error.what());
+        ++m_missed;
+    }
     placeStandIn(false);
     if (const std::string problem = registerPlugin(m_kit, false); !problem.empty()) {
         m_report.both("  taking the plug-in away: " + problem);
@@ -247,7 +258,7 @@ int Check::run(bool player, const fs::path& playerPath) {
                                          "with it, and all of it is taken away again. "
                                          "That takes about two minutes."
                                        : "some twenty small programs run one after the other. "
-                                         "That takes about three minutes."));
+                                         "That takes three to five minutes."));
     m_report.screen(
         "No music of yours is played, read or changed. What is changed on this machine");
     m_report.screen("meanwhile is put back in the end. Please leave OrVane and the player closed.");
@@ -281,7 +292,10 @@ int main(int argc, wchar_t** argv) {
         const std::string left = cutShort.putBack();
         const char* const words = "A check was cut short. What it had changed on this machine ";
         if (!left.empty())
-            return say(kit, notTried, words + ("could not all be put back: " + left));
+            return say(kit, notTried,
+                       words + ("could not all be put back; start this once more with \"Run as "
+                                "administrator\". What is left: " +
+                                left));
         say(kit, allWell, words + std::string("has been put back."));
     }
     if (what == L"putback") return allWell;
