@@ -1,150 +1,116 @@
 // What the module writes into the registry and takes out again.
 
-#include <optional>
+#include <set>
 
-#include "tests/plugin/fake_app.h"
 #include "tests/plugin/module_fixture.h"
 
 namespace orvane::test {
 namespace {
 
-std::optional<std::wstring> textAt(HKEY root, const std::wstring& key, const wchar_t* name) {
-    wchar_t text[1024] = {};
-    DWORD size = sizeof(text);
-    if (RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text, &size) != ERROR_SUCCESS)
-        return std::nullopt;
-    return text;
+using Entries = std::set<std::wstring>;
+
+const std::wstring kPlugins = PLUGIN_INSTALLREGKEY;
+const std::wstring kOurEntry = kPlugins + L"\\" + kClassId;
+const std::wstring kOurClass = std::wstring(L"CLSID\\") + kClassId;
+
+UniqueRegKey makeKey(HKEY root, const std::wstring& path, DWORD options = 0) {
+    UniqueRegKey key;
+    EXPECT_EQ(RegCreateKeyExW(root, path.c_str(), 0, nullptr, options, KEY_ALL_ACCESS, nullptr,
+                              key.put(), nullptr),
+              ERROR_SUCCESS);
+    return key;
 }
 
-struct Contents {
-    DWORD keys = 0;
-    DWORD values = 0;
-    bool operator==(const Contents&) const = default;
+// All that a key holds, as "name=value" and "key\name=value"; a key itself as "key\". Nothing: the
+// key is not there.
+Entries entriesOf(HKEY root, const std::wstring& path) {
+    UniqueRegKey key;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS) return {};
+    Entries entries{L"\\"};
+    wchar_t name[256];
+    for (DWORD i = 0; RegEnumKeyW(key.get(), i, name, 256) == ERROR_SUCCESS; ++i)
+        for (const auto& entry : entriesOf(key.get(), name)) entries.insert(name + entry);
+    DWORD length = 256;
+    for (DWORD i = 0; RegEnumValueW(key.get(), i, name, &length, nullptr, nullptr, nullptr,
+                                    nullptr) == ERROR_SUCCESS;
+         ++i, length = 256) {
+        wchar_t value[1024] = {};
+        DWORD number = 0;
+        DWORD size = sizeof(value);
+        DWORD numberSize = sizeof(number);
+        const bool isNumber = RegGetValueW(key.get(), nullptr, name, RRF_RT_REG_DWORD, nullptr,
+                                           &number, &numberSize) == ERROR_SUCCESS;
+        RegGetValueW(key.get(), nullptr, name, RRF_RT_REG_SZ, nullptr, value, &size);
+        entries.insert(L"\\" + (name + (L"=" + (isNumber ? std::to_wstring(number) : value))));
+    }
+    return entries;
+}
+
+class Registration : public ModuleTest {
+protected:
+    [[nodiscard]] HRESULT add() const { return m_module.call("DllRegisterServer"); }
+    [[nodiscard]] HRESULT remove() const { return m_module.call("DllUnregisterServer"); }
+
+    const Module m_module;
 };
 
-std::optional<Contents> contentsOf(HKEY root, const std::wstring& path) {
-    UniqueRegKey key;
-    Contents contents;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS)
+TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlayers) {
+    int told = 0;
+    m_window.onMessage = [&](UINT message, WPARAM wParam, LPARAM lParam) {
+        const UINT notice = RegisterWindowMessageA("WMPlayer_PluginAddRemove");
+        if (message == notice && wParam == 0 && lParam == 0) ++told;
         return std::nullopt;
-    RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, &contents.keys, nullptr, nullptr,
-                     &contents.values, nullptr, nullptr, nullptr, nullptr);
-    return contents;
-}
-
-void expectRegistered(const std::wstring& classId, const std::wstring& path) {
-    const std::wstring ourClass = L"CLSID\\" + classId;
-    EXPECT_EQ(textAt(HKEY_CLASSES_ROOT, ourClass, nullptr), L"OrVaneWmpPlugin Class");
-    EXPECT_EQ(textAt(HKEY_CLASSES_ROOT, ourClass + L"\\InprocServer32", nullptr), path);
-    EXPECT_EQ(textAt(HKEY_CLASSES_ROOT, ourClass + L"\\InprocServer32", L"ThreadingModel"),
-              L"Apartment");
-    EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, ourClass), (Contents{1, 1}));
-
-    const std::wstring entry = kPluginsKey + (L"\\" + classId);
-    EXPECT_EQ(textAt(HKEY_LOCAL_MACHINE, entry, L"FriendlyName"),
-              L"res://OrVaneWmpPlugin.dll/RT_STRING/#102");
-    EXPECT_EQ(textAt(HKEY_LOCAL_MACHINE, entry, L"Description"),
-              L"res://OrVaneWmpPlugin.dll/RT_STRING/#103");
-    DWORD capabilities = 0;
-    DWORD size = sizeof(capabilities);
-    EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, entry.c_str(), L"Capabilities", RRF_RT_REG_DWORD,
-                           nullptr, &capabilities, &size),
-              ERROR_SUCCESS);
-    EXPECT_EQ(capabilities, 0x58000001U);
-    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, entry), (Contents{0, 3}));
-}
-
-TEST(Registration, ComesAndGoesWithoutTouchingItsNeighbours) {
-    const Module module;
+    };
     wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(module.get(), path, MAX_PATH);
+    GetModuleFileNameW(m_module.get(), path, MAX_PATH);
+    const Entries inClass{L"\\", L"\\=OrVaneWmpPlugin Class", L"InprocServer32\\",
+                          std::wstring(L"InprocServer32\\=") + path,
+                          L"InprocServer32\\ThreadingModel=Apartment"};
+    const Entries inEntry{L"\\", L"\\FriendlyName=res://OrVaneWmpPlugin.dll/RT_STRING/#102",
+                          L"\\Description=res://OrVaneWmpPlugin.dll/RT_STRING/#103",
+                          L"\\Capabilities=" + std::to_wstring(0x58000001)};
 
-    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-    UniqueRegKey neighbour;
-    const std::wstring other = kPluginsKey + std::wstring(L"\\{neighbour}");
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, other.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    neighbour.put(), nullptr);
-    const auto before = contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey);
-    const auto classesBefore = contentsOf(HKEY_CLASSES_ROOT, L"CLSID");
-    ASSERT_TRUE(before && classesBefore);
-
-    ASSERT_EQ(module.call("DllRegisterServer"), S_OK);
-    const std::wstring classId = registeredClassText();
-    ASSERT_EQ(classId.size(), 38U);
-    expectRegistered(classId, path);
-
+    EXPECT_EQ(remove(), S_OK);
+    makeKey(HKEY_LOCAL_MACHINE, kPlugins + L"\\{neighbour}");
+    makeKey(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}");
+    const Entries before = entriesOf(HKEY_LOCAL_MACHINE, kPlugins);
     // What somebody added to our keys goes with the next registration.
-    UniqueRegKey stray;
-    RegCreateKeyExW(HKEY_CLASSES_ROOT, (L"CLSID\\" + classId + L"\\TypeLib\\deeper").c_str(), 0,
-                    nullptr, 0, KEY_ALL_ACCESS, nullptr, stray.put(), nullptr);
-    stray.reset();
-    EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, L"CLSID\\" + classId), (Contents{2, 1}));
-    ASSERT_EQ(module.call("DllRegisterServer"), S_OK);
-    expectRegistered(classId, path);
-    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey)->keys, before->keys + 1);
-
-    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-    EXPECT_EQ(contentsOf(HKEY_LOCAL_MACHINE, kPluginsKey), before);
-    EXPECT_EQ(contentsOf(HKEY_CLASSES_ROOT, L"CLSID"), classesBefore);
-    RegDeleteKeyW(HKEY_LOCAL_MACHINE, other.c_str());
-}
-
-TEST(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
-    const Module module;
-    ASSERT_EQ(module.call("DllRegisterServer"), S_OK);
-    const std::wstring ourClass = L"CLSID\\" + registeredClassText();
-    ASSERT_EQ(module.call("DllUnregisterServer"), S_OK);
-
-    // A place that lasts until the system stops refuses keys that last longer.
-    UniqueRegKey moved;
-    UniqueRegKey refusing;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved", 0, nullptr, 0, KEY_ALL_ACCESS,
-                    nullptr, moved.put(), nullptr);
-    RegCopyTreeW(HKEY_LOCAL_MACHINE, kPluginsKey, moved.get());
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPluginsKey);
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPluginsKey, 0, nullptr, REG_OPTION_VOLATILE,
-                              KEY_ALL_ACCESS, nullptr, refusing.put(), nullptr),
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(add(), S_OK);
+        EXPECT_EQ(entriesOf(HKEY_CLASSES_ROOT, kOurClass), inClass);
+        EXPECT_EQ(entriesOf(HKEY_LOCAL_MACHINE, kOurEntry), inEntry);
+        makeKey(HKEY_CLASSES_ROOT, kOurClass + L"\\TypeLib\\deeper");
+        makeKey(HKEY_LOCAL_MACHINE, kOurEntry + L"\\deeper");
+    }
+    EXPECT_EQ(remove(), S_OK);
+    EXPECT_EQ(remove(), S_OK);
+    EXPECT_EQ(entriesOf(HKEY_LOCAL_MACHINE, kPlugins), before);
+    EXPECT_EQ(entriesOf(HKEY_CLASSES_ROOT, kOurClass), Entries());
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, (kPlugins + L"\\{neighbour}").c_str()),
               ERROR_SUCCESS);
+    EXPECT_TRUE(pumpUntil([&] { return told == 5; })) << told;
+}
 
-    EXPECT_EQ(module.call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
-    EXPECT_FALSE(contentsOf(HKEY_CLASSES_ROOT, ourClass)) << "nothing was there before";
-    UniqueRegKey server;
-    RegCreateKeyExW(HKEY_CLASSES_ROOT, (ourClass + L"\\InprocServer32").c_str(), 0, nullptr, 0,
-                    KEY_ALL_ACCESS, nullptr, server.put(), nullptr);
-    RegSetValueExW(server.get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(L"C:\\old.dll"),
-                   22);
-    EXPECT_EQ(module.call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
-    EXPECT_EQ(textAt(HKEY_CLASSES_ROOT, ourClass + L"\\InprocServer32", nullptr), L"C:\\old.dll");
+TEST_F(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
+    ASSERT_EQ(remove(), S_OK);
+    // A place that lasts until the system stops refuses keys that last longer.
+    const UniqueRegKey moved = makeKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
+    RegCopyTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str(), moved.get());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str());
+    makeKey(HKEY_LOCAL_MACHINE, kPlugins, REG_OPTION_VOLATILE);
 
-    refusing.reset();
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPluginsKey);
-    UniqueRegKey back;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPluginsKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    back.put(), nullptr);
-    RegCopyTreeW(moved.get(), nullptr, back.get());
+    EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_EQ(entriesOf(HKEY_CLASSES_ROOT, kOurClass), Entries()) << "nothing was there before";
+    makeKey(HKEY_CLASSES_ROOT, kOurClass + L"\\InprocServer32");
+    const Entries old = entriesOf(HKEY_CLASSES_ROOT, kOurClass);
+    EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_EQ(entriesOf(HKEY_CLASSES_ROOT, kOurClass), old);
+
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str());
+    RegCopyTreeW(moved.get(), nullptr, makeKey(HKEY_LOCAL_MACHINE, kPlugins).get());
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
-    server.reset();
-    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-}
-
-int noticesHeard = 0;
-
-LRESULT CALLBACK countNotices(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    static const UINT notice = RegisterWindowMessageA("WMPlayer_PluginAddRemove");
-    if (message == notice && wParam == 0 && lParam == 0) ++noticesHeard;
-    return DefWindowProcW(window, message, wParam, lParam);
-}
-
-TEST(Registration, RunningPlayersAreToldEachTime) {
-    const PlayerWindow window;
-    SetWindowLongW(window.handle(), GWL_WNDPROC,
-                   static_cast<LONG>(reinterpret_cast<LONG_PTR>(&countNotices)));
-    const Module module;
-    EXPECT_EQ(module.call("DllRegisterServer"), S_OK);
-    EXPECT_TRUE(pumpUntil([] { return noticesHeard == 1; }));
-    EXPECT_EQ(module.call("DllUnregisterServer"), S_OK);
-    EXPECT_TRUE(pumpUntil([] { return noticesHeard == 2; }));
+    EXPECT_EQ(remove(), S_OK);
 }
 
 }  // namespace

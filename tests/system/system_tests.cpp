@@ -4,11 +4,13 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <thread>
 
+#include "tests/common/link/pipe_fixtures.h"
 #include "tests/support/process.h"
-#include "tests/system/stall_and_squatter.h"
 
 namespace orvane::test {
 namespace {
@@ -18,9 +20,73 @@ using ::testing::Lt;
 
 constexpr const char* kHello = "  event     PlayerHello ";
 // The longest that a write may take, and what a busy machine adds.
-constexpr unsigned kLongestStallMs = 2000 + 250;
+constexpr ULONGLONG kLongestStallMs = 2000 + 250;
 constexpr DWORD kReconnectMs = 2000 + 500;
 constexpr const char* kLongCommand = "start trackPath=\"C:\\none.wma\"";  // to --never=playing
+
+// Asks the player's window every 50 ms whether its thread still answers.
+class StallMeter {
+public:
+    explicit StallMeter(HWND window)
+        : m_thread([this, window] {
+              for (; !m_stop; Sleep(50)) {
+                  DWORD_PTR answer = 0;
+                  const ULONGLONG begin = GetTickCount64();
+                  SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, 10'000, &answer);
+                  m_answers.push_back(GetTickCount64() - begin);
+              }
+          }) {}
+    ~StallMeter() { stop(); }
+    StallMeter(const StallMeter&) = delete;
+    StallMeter& operator=(const StallMeter&) = delete;
+
+    // How long each answer took, in ms.
+    std::vector<ULONGLONG> stop() {
+        m_stop = true;
+        if (m_thread.joinable()) m_thread.join();
+        return m_answers;
+    }
+
+private:
+    std::vector<ULONGLONG> m_answers;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+// A stranger that serves the event pipe in the application's place, again and again.
+class Squatter {
+public:
+    enum class Way { neverReads, writesGarbage, closesAtOnce };
+
+    explicit Squatter(Way way)
+        : m_thread([this, way] {
+              for (RawServer server("IpcOrvaneEventPipe"); !m_stop; server.reopen()) {
+                  if (!server.accept() || m_stop) continue;
+                  ++clients;
+                  while (way != Way::closesAtOnce && !m_stop && server.hasClient()) {
+                      Sleep(5);
+                      if (way == Way::writesGarbage) server.write(Bytes(4001, 0x9E));
+                  }
+              }
+              m_stopped = true;
+          }) {}
+    ~Squatter() {
+        // It may be waiting for a client: one comes from here.
+        for (m_stop = true; !m_stopped; Sleep(10))
+            const UniqueFile client(CreateFileW(L"\\\\.\\pipe\\IpcOrvaneEventPipe", GENERIC_READ, 0,
+                                                nullptr, OPEN_EXISTING, 0, nullptr));
+        m_thread.join();
+    }
+    Squatter(const Squatter&) = delete;
+    Squatter& operator=(const Squatter&) = delete;
+
+    std::atomic<unsigned> clients{0};
+
+private:
+    std::atomic<bool> m_stop{false};
+    std::atomic<bool> m_stopped{false};
+    std::thread m_thread;
+};
 
 class SystemTest : public ::testing::Test {
 protected:
@@ -82,10 +148,6 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
             m_app->tell("slow 50 getTrackCount");
             Sleep(600);
         },
-        [&] {  // among the player's events
-            makeEvents(100);
-            Sleep(40);
-        },
         [&] {  // while the player's thread waits for it to read
             m_app->tell("hold event");
             ASSERT_TRUE(m_app->prints("not reading", 2000));
@@ -94,7 +156,7 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
             Sleep(400);
         },
         [&] { makeEvents(1); },
-        [&] {
+        [&] {  // among the player's events, and commands between them
             m_app->tell("burst 3000 isPlaying");
             makeEvents(100);
             Sleep(20);
@@ -131,7 +193,7 @@ TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
                 makeEvents(1);
                 Sleep(100);
             }
-            EXPECT_GT(squatter.clients(), 0U);
+            EXPECT_GT(squatter.clients, 0U);
         }
         ASSERT_NO_FATAL_FAILURE(startApp());
         expectLink();
@@ -152,7 +214,7 @@ TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
     const auto answers = meter.stop();
     // The list of tracks is made on the same thread before it is written.
     EXPECT_THAT(answers, Each(Lt(kLongestStallMs + 400)));
-    EXPECT_EQ(std::count_if(answers.begin(), answers.end(), [](unsigned ms) { return ms > 500; }),
+    EXPECT_EQ(std::count_if(answers.begin(), answers.end(), [](ULONGLONG ms) { return ms > 500; }),
               1);
 
     m_app->suspend(false);

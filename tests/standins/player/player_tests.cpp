@@ -88,6 +88,7 @@ TEST_F(PlayerTest, CallsFromOtherThreadsAreServedByThePlayersOwn) {
     waiting.join();
     player.change([](PlayerOptions& o) { o.serveOnOwnThread = false; });
     std::vector<std::thread> direct;
+    direct.reserve(4);
     for (int n = 0; n < 4; ++n)
         direct.emplace_back([&] {
             for (size_t i = 0; i < 200; ++i)
