@@ -69,10 +69,7 @@ protected:
     OrvaneLauncher m_launcher{kWmp};
 
 private:
-    static void removeAll() {
-        std::error_code ignored;
-        std::filesystem::remove_all(openable(root()), ignored);
-    }
+    static void removeAll() { removeTree(openable(root()).native()); }
 
     const UniqueHandle m_leave{CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave")};
 };

@@ -10,6 +10,7 @@
 
 #include "standins/asf/asf_file.h"
 #include "standins/asf/bytes.h"
+#include "tests/support/in_tree.h"
 
 namespace orvane::asf {
 namespace {
@@ -19,7 +20,7 @@ Bytes contentOf(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-Bytes sample() { return contentOf(std::filesystem::path(ORVANE_TEST_DATA) / "sakura.wma"); }
+Bytes sample() { return contentOf(test::testData() / "sakura.wma"); }
 
 std::size_t headerSizeOf(const Bytes& file) {
     ByteReader reader(file);
@@ -116,7 +117,7 @@ std::u16string textOf(const Header& header, std::u16string_view name) {
 }
 
 TEST(Asf, UnchangedIsWrittenByteForByte) {
-    for (const auto& entry : std::filesystem::directory_iterator(ORVANE_TEST_DATA)) {
+    for (const auto& entry : std::filesystem::directory_iterator(test::testData())) {
         if (entry.path().extension() != ".wma") continue;
         Bytes file = contentOf(entry.path());
         const Header header = parsed(file);
@@ -182,7 +183,7 @@ TEST(Asf, FailureHalfWayLeavesTheOldFileAlone) {
     std::filesystem::create_directory(folder);
     const auto path = folder / "track.wma";
     const Bytes before = sample();
-    std::filesystem::copy_file(std::filesystem::path(ORVANE_TEST_DATA) / "sakura.wma", path);
+    std::filesystem::copy_file(test::testData() / "sakura.wma", path);
     std::string error;
     auto header = readHeader(path, error);
     ASSERT_TRUE(header) << error;
