@@ -11,12 +11,13 @@
 namespace orvane {
 namespace {
 
+using test::AnsweringWindow;
 using test::CapturedLog;
 using test::TestWindow;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr UINT kTestMessage = WM_APP + 1;
+constexpr UINT kTestMessage = AnsweringWindow::kMessage;
 constexpr const wchar_t* kHookProperty = L"window_hook_this_ptr";
 
 class TestHook final : public WindowHook {
@@ -30,21 +31,6 @@ public:
 
     std::function<bool(UINT, WPARAM, LPARAM)> before;
     std::function<void(UINT, LRESULT)> after;
-};
-
-// A window that answers the test's message, and how often it got it.
-class AnsweringWindow : public TestWindow {
-public:
-    explicit AnsweringWindow(LRESULT answer = 42) {
-        onMessage = [this, answer](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-            if (message != kTestMessage) return std::nullopt;
-            ++reached;
-            if (inside) inside();
-            return answer;
-        };
-    }
-    int reached = 0;
-    std::function<void()> inside;
 };
 
 TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothingBehind) {
