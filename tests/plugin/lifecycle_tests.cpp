@@ -112,6 +112,7 @@ TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
         m_player->during(call, [answer = answer] { return answer; });
         EXPECT_EQ(m_plugin->SetCore(m_player->core()), expected) << call;
         EXPECT_EQ(m_player->coreReferences(), 2U);
+        EXPECT_EQ(standin::liveObjects(), 2) << "the cores, and no connection point";
         EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
         EXPECT_EQ(m_player->coreReferences(), 1U);
     }
@@ -147,6 +148,8 @@ TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
     EXPECT_EQ(second.coreReferences(), 1U);
     EXPECT_EQ(third.sinkCount(), 1U);
     EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
+    const Names expected{kGoodbye, kGoodbye, kHello, kHello, kGoodbye, kGoodbye};
+    EXPECT_EQ(m_app->events.lines(expected.size()), expected);
     for (const auto* player : {m_player.get(), &second, &third}) {
         EXPECT_EQ(player->coreReferences(), 1U);
         EXPECT_EQ(player->sinkCount(), 0U);

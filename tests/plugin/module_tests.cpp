@@ -82,11 +82,13 @@ UniqueRegKey makeKey(HKEY root, const std::wstring& path, DWORD options = 0) {
     return key;
 }
 
-// All that a key holds, in reg.exe's lines; nothing when there is no such key.
+const Entries kNoKey{"no such key"};
+
+// All that a key holds, in reg.exe's lines.
 Entries entriesOf(const std::string& key) {
     const Process reg(L"reg.exe query " + wide(key) + L" /s");
     Entries entries;
-    if (reg.exitCode(20'000) != 0U) return entries;
+    if (reg.exitCode(20'000) != 0U) return kNoKey;
     std::istringstream lines(reg.output());
     for (std::string line; std::getline(lines >> std::ws, line);)
         entries.insert(line.substr(0, line.find('\r')));
@@ -132,7 +134,7 @@ TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlay
     EXPECT_EQ(remove(), S_OK);
     EXPECT_EQ(remove(), S_OK);
     EXPECT_EQ(entriesOf(kPluginsKey), before);
-    EXPECT_EQ(entriesOf(kOurClass), Entries());
+    EXPECT_EQ(entriesOf(kOurClass), kNoKey);
     EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}"), ERROR_SUCCESS);
     EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, (kPlugins + L"\\{neighbour}").c_str()),
               ERROR_SUCCESS);
@@ -148,7 +150,7 @@ TEST_F(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
     makeKey(HKEY_LOCAL_MACHINE, kPlugins, REG_OPTION_VOLATILE);
 
     EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
-    EXPECT_EQ(entriesOf(kOurClass), Entries()) << "nothing was there before";
+    EXPECT_EQ(entriesOf(kOurClass), kNoKey) << "nothing was there before";
     makeKey(HKEY_CLASSES_ROOT, std::wstring(L"CLSID\\") + kClassId + L"\\InprocServer32");
     const Entries old = entriesOf(kOurClass);
     EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
@@ -265,17 +267,6 @@ constexpr UINT kPosted = WM_APP + 2;
 constexpr LRESULT kAnswer = 42;
 constexpr int kPassed = 45;
 
-WNDPROC beneathAnother = nullptr;
-
-LRESULT CALLBACK anotherProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return CallWindowProcW(beneathAnother, window, message, wParam, lParam);
-}
-
-WNDPROC setProc(HWND window, WNDPROC proc) {
-    return reinterpret_cast<WNDPROC>(
-        SetWindowLongW(window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
-}
-
 class ModuleChild : public ModuleTest {
 protected:
     void SetUp() override {
@@ -343,9 +334,10 @@ TEST_F(ModuleChild, DISABLED_TurnsItOffWhileTheCoreIsTakenBack) {
 }
 
 TEST_F(ModuleChild, DISABLED_PutsItsProcedureBackLater) {
-    beneathAnother = setProc(m_window.hwnd(), &anotherProc);
+    const auto another = reinterpret_cast<LONG_PTR>(&DefWindowProcW);
+    const LONG ours = SetWindowLongW(m_window.hwnd(), GWL_WNDPROC, static_cast<LONG>(another));
     turnOff();
-    setProc(m_window.hwnd(), beneathAnother);
+    SetWindowLongW(m_window.hwnd(), GWL_WNDPROC, ours);
     EXPECT_EQ(m_window.send(kDialog), kAnswer);
 }
 
