@@ -6,8 +6,8 @@
 
 #include <cstdlib>
 
+#include "platform/compiler_runtime.h"
 #include "platform/juce/session.h"
-#include "platform/thread_library.h"
 #include "util/shared_log/shared_log.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processExit) {
@@ -22,7 +22,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processE
             if (processExit != nullptr) break;
             orvane::endServer();
             orvane::JuceSession::detach();
-            orvane::giveBackThreadSlotsAtEnd();
+            orvane::giveBackRuntimeAtEnd();
             break;
         default:
             break;

@@ -10,7 +10,7 @@ constexpr double kReturnLimitMs = 4500;
 // Heaps of a process keep what they have for the next time; a leak of a message a round is more.
 constexpr double kGrowthMegabytes = 2;
 // What the system keeps once, however many rounds there are.
-constexpr double kFewHandles = 4;
+constexpr double kFewHandles = 8;
 
 std::string span(const char* format, double before, double after) {
     char text[64];
