@@ -56,17 +56,11 @@ namespace {
 
 class ConnectionPointObject final : public ComObject<IConnectionPoint> {
 public:
-    ConnectionPointObject(std::shared_ptr<Model> model, IConnectionPointContainer* container)
-        : m_model(std::move(model)), m_container(container) {}
+    explicit ConnectionPointObject(std::shared_ptr<Model> model) : m_model(std::move(model)) {}
 
-    STDMETHOD(GetConnectionInterface)(IID* iid) override {
-        if (iid == nullptr) return E_POINTER;
-        *iid = __uuidof(IWMPEvents);
-        return S_OK;
-    }
-    STDMETHOD(GetConnectionPointContainer)(IConnectionPointContainer** out) override {
-        if (out == nullptr) return E_POINTER;
-        return m_container.CopyTo(out);
+    STDMETHOD(GetConnectionInterface)(IID*) override { return E_NOTIMPL; }
+    STDMETHOD(GetConnectionPointContainer)(IConnectionPointContainer**) override {
+        return E_NOTIMPL;
     }
     STDMETHOD(Advise)(IUnknown* object, DWORD* cookie) override {
         if (object == nullptr || cookie == nullptr) return E_POINTER;
@@ -92,14 +86,12 @@ protected:
 
 private:
     std::shared_ptr<Model> m_model;
-    CComPtr<IConnectionPointContainer> m_container;
 };
 
 }  // namespace
 
-CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
-                                              IConnectionPointContainer* container) {
-    return makeObject<ConnectionPointObject, IConnectionPoint>(std::move(model), container);
+CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model) {
+    return makeObject<ConnectionPointObject, IConnectionPoint>(std::move(model));
 }
 
 }  // namespace orvane::standin

@@ -39,7 +39,6 @@ private:
 };
 
 // IConnectionPoint for IWMPEvents.
-CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model,
-                                              IConnectionPointContainer* container);
+CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Model> model);
 
 }  // namespace orvane::standin

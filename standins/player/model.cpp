@@ -15,6 +15,7 @@ HRESULT Model::serve(const char* call, const std::function<HRESULT()>& body) noe
 
 HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
     bool handOver = false;
+    std::function<long(const std::string&)> ask;
     {
         const std::lock_guard lock(m_mutex);
         const auto count = m_calls.find(std::string_view(call));
@@ -23,9 +24,11 @@ HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
         else
             ++count->second;
         handOver = options.serveOnOwnThread;
+        ask = options.onCall;
     }
     const auto served = [&]() -> HRESULT {
         try {
+            if (const HRESULT answer = ask ? ask(call) : S_OK; answer != S_OK) return answer;
             const std::lock_guard lock(m_mutex);
             if (m_closed) return RPC_E_DISCONNECTED;
             if (options.failCalls.contains(call)) return E_FAIL;

@@ -26,8 +26,8 @@ public:
     Model& operator=(const Model&) = delete;
 
     // Serves one call of a COM method, named "IWMPCore::get_controls", from any thread: counted,
-    // failed when the options say so, and run under the lock, on the player's own thread when the
-    // options ask for that. RPC_E_DISCONNECTED after close().
+    // told to a test that listens, failed when the options say so, and run under the lock, on the
+    // player's own thread when the options ask for that. RPC_E_DISCONNECTED after close().
     HRESULT serve(const char* call, const std::function<HRESULT()>& body) noexcept;
 
     // The same for one that gives something: E_POINTER without a place for it.

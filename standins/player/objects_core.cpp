@@ -67,14 +67,15 @@ public:
         return m_model->give("IConnectionPointContainer::FindConnectionPoint", out,
                              [&]() -> HRESULT {
                                  if (iid != __uuidof(IWMPEvents)) return CONNECT_E_NOCONNECTION;
-                                 *out = makeConnectionPoint(m_model, this).Detach();
+                                 *out = makeConnectionPoint(m_model).Detach();
                                  return S_OK;
                              });
     }
 
 protected:
     void* find(REFIID iid) override {
-        if (iid == __uuidof(IConnectionPointContainer))
+        if (iid == __uuidof(IConnectionPointContainer) &&
+            m_model->serve("IWMPCore::QueryInterface", [] { return S_OK; }) == S_OK)
             return static_cast<IConnectionPointContainer*>(this);
         return match<IUnknown, IDispatch, IWMPCore, IWMPCore2, IWMPCore3>(
             iid, static_cast<IWMPCore3*>(this));

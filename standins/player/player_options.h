@@ -4,6 +4,7 @@
 // the command line.
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -33,6 +34,8 @@ struct PlayerOptions {
     std::vector<long> errors;          // error codes in the player's error list
     std::set<std::string> failCalls;   // "IWMPCore::get_controls": that call gives E_FAIL
     std::set<std::wstring> failReads;  // attributes that cannot be read
+    // A test's: asked ahead of each call, where it is served; an answer but S_OK is the call's.
+    std::function<long(const std::string& call)> onCall;
 
     // Calls from other threads: true hands each to the player's own thread, as a player with
     // apartment objects does; false serves them where they are made, under a lock.

@@ -5,38 +5,33 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "common/link/app_connector.h"
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "tests/common/messages/recording_methods.h"
+#include "tests/plugin/fake_app.h"
+#include "tests/support/in_tree.h"
 #include "tests/support/process.h"
-#include "tests/support/waiting.h"
 
 namespace orvane::test {
 namespace {
 
 // The fenced blocks of one kind, without their fences.
 std::vector<std::string> blocksOf(const std::string& kind) {
-    std::ifstream page(ORVANE_PROTOCOL_PAGE, std::ios::binary);
-    EXPECT_TRUE(page.good()) << ORVANE_PROTOCOL_PAGE;
+    std::ifstream file(inTree("docs/protocol.md"), std::ios::binary);
+    const std::string page{std::istreambuf_iterator<char>(file), {}};
+    const std::string fence = "\n```" + kind + "\n";
     std::vector<std::string> blocks;
-    bool inside = false;
-    for (std::string line; std::getline(page, line);) {
-        if (!inside && line == "```" + kind) {
-            blocks.emplace_back();
-            inside = true;
-        } else if (inside && line == "```") {
-            inside = false;
-        } else if (inside) {
-            blocks.back() += line + "\n";
-        }
+    for (auto at = page.find(fence); at != page.npos; at = page.find(fence, at)) {
+        at += fence.size();
+        blocks.push_back(page.substr(at, page.find("```", at) - at));
     }
     return blocks;
 }
@@ -75,21 +70,6 @@ Page readPage() {
     return page;
 }
 
-class RecordingConnector : public AppConnector {
-public:
-    using AppConnector::AppConnector;
-    bool connect() override { return true; }
-    void disconnect() override {}
-    bool isConnected() override { return true; }
-    bool postEvent(const OrvaneEvent& event) override { return tryPostEvent(event).sent; }
-    Pipe::Sending tryPostEvent(const OrvaneEvent& event) override {
-        sent[event.getName().toStdString()] = event.toDocument().toStdString();
-        return {true, 0};
-    }
-    using AppConnector::timerCallback;
-    std::map<std::string, std::string> sent;
-};
-
 // Answers what the page's examples say.
 class PageMethods final : public RecordingMethods {
 public:
@@ -109,11 +89,14 @@ private:
 };
 
 TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
-    RecordingConnector connector(nullptr);
+    const juce::ScopedJuceInitialiser_GUI juce;
+    FakeApp app;
+    PageMethods methods;
+    OrvaneAppConnector connector(&methods);
+    ASSERT_TRUE(connector.connect());
     const juce::String player("wmp");
     connector.playerHello(player);
     connector.playerMoved(player, 10, 20, 800, 600);
-    connector.timerCallback();
     connector.playerMaximized(player, 10, 20, 800, 600);
     connector.playerMinimized(player);
     connector.playerHidden(player);
@@ -126,25 +109,29 @@ TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
     connector.playStopped(player);
     connector.cleanTracks(player, {"C:\\Music\\a.mp3", "D:\\Rock & Roll\\b.wma"});
     connector.mouseLButtonDown(player);
+    app.events.messages(12);  // the move comes last
     connector.playerGoodbye(player);
-    EXPECT_EQ(readPage().events, connector.sent);
+    std::map<std::string, std::string> sent;
+    for (const OrvaneMessage& event : app.events.messages(13))
+        sent[event.getName().toStdString()] = event.toDocument().toStdString();
+    EXPECT_EQ(readPage().events, sent);
 }
 
 TEST(ProtocolPage, CommandsAreAnsweredAsItSays) {
     const Page page = readPage();
     PageMethods methods;
-    std::set<std::string> names;
+    std::set<std::string_view> names;
     for (const auto& [name, text] : page.commands) {
         names.insert(name);
         const auto message = OrvaneMessage::parse(juce::String::fromUTF8(text.c_str()));
         const auto* const command = dynamic_cast<const OrvaneCommand*>(message.get());
         ASSERT_NE(command, nullptr) << name;
-        const auto response = page.responses.find(name);
-        ASSERT_NE(response, page.responses.end()) << name;
-        EXPECT_EQ(command->executeCommand(&methods).toDocument().toStdString(), response->second);
+        ASSERT_TRUE(page.responses.contains(name)) << name;
+        EXPECT_EQ(command->executeCommand(&methods).toDocument().toStdString(),
+                  page.responses.at(name));
     }
-    std::set<std::string> routed;
-    for (const std::string_view name : OrvaneCommand::names()) routed.emplace(name);
+    const auto all = OrvaneCommand::names();
+    const std::set<std::string_view> routed(all.begin(), all.end());
     EXPECT_EQ(names, routed);
     EXPECT_EQ(page.responses.size(), routed.size());
 }

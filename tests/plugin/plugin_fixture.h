@@ -3,83 +3,76 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
+#include <thread>
 
 #include "platform/atl/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
-#include "standins/player/player.h"
 #include "tests/plugin/fake_app.h"
-#include "tests/plugin/fake_core.h"
+#include "tests/plugin/test_player.h"
 
 namespace orvane::test {
 
-// Application and player's window are there; objects are made as the player makes them.
+// All that the plug-in meets in a player, on the test's thread: the main window, the player, and
+// the application at the other end of the pipes. Objects are made as the player makes them.
 class PluginTest : public testing::Test {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-        m_window = std::make_unique<PlayerWindow>();
-        m_app = std::make_unique<FakeApp>();
+    PluginTest() {
+        m_options.synthetic = 2;
+        m_options.startDelayMs = m_options.stopDelayMs = m_options.pauseDelayMs = 10;
     }
-    void TearDown() override {
-        m_app.reset();
-        m_window.reset();
-        EXPECT_EQ(canUnloadNow(), S_OK) << "an object was left behind";
-        OleUninitialize();
-    }
-
-    static HRESULT create(IUnknown* outer, REFIID iid, void** object) {
-        CComPtr<IClassFactory> factory;
-        const HRESULT result = getClassObject(CLSID_OrVaneWmpPlugin, IID_IClassFactory,
-                                              reinterpret_cast<void**>(&factory));
-        return FAILED(result) ? result : factory->CreateInstance(outer, iid, object);
-    }
-
-    static CComPtr<IWMPPluginUI> createPlugin() {
-        CComPtr<IWMPPluginUI> plugin;
-        EXPECT_EQ(create(nullptr, __uuidof(IWMPPluginUI), reinterpret_cast<void**>(&plugin)), S_OK);
-        return plugin;
-    }
-
-    std::unique_ptr<PlayerWindow> m_window;
-    std::unique_ptr<FakeApp> m_app;
-};
-
-// The whole road: a real player's objects over the sample tracks, and the plug-in attached.
-class LinkedPluginTest : public PluginTest {
-protected:
-    void SetUp() override {
-        PluginTest::SetUp();
-        standin::PlayerOptions options;
-        options.library = ORVANE_TEST_DATA;
-        options.startDelayMs = options.stopDelayMs = options.pauseDelayMs = 10;
-        m_player = std::make_unique<standin::Player>(options);
-        std::string error;
-        ASSERT_TRUE(m_player->openLibrary(error)) << error;
-        m_plugin = createPlugin();
-        ASSERT_EQ(m_plugin.QueryInterface(&m_sink), S_OK);
-        ASSERT_EQ(m_plugin->SetCore(m_player->core()), S_OK);
-        ASSERT_EQ(eventNames(1), Names{"PlayerHello"});
-    }
-    void TearDown() override {
+    ~PluginTest() override {
         if (m_plugin) m_plugin->SetCore(nullptr);
-        m_sink.Release();
         m_plugin.Release();
         m_player.reset();
-        PluginTest::TearDown();
+        EXPECT_EQ(standin::liveObjects(), 0) << "an object of the player's was not given back";
+        EXPECT_EQ(canUnloadNow(), S_OK) << "an object was left behind";
     }
 
-    // The player's sample track with that file name.
-    [[nodiscard]] CComPtr<IWMPMedia> mediaOf(const std::wstring& fileName) const {
-        for (std::size_t i = 0; i < m_player->itemCount(); ++i)
-            if (m_player->itemPath(i).ends_with(L"\\" + fileName)) return m_player->item(i);
-        ADD_FAILURE() << "no such sample";
-        return {};
+    static CComPtr<IClassFactory> classFactory() {
+        CComPtr<IClassFactory> factory;
+        EXPECT_EQ(getClassObject(CLSID_OrVaneWmpPlugin, IID_IClassFactory,
+                                 reinterpret_cast<void**>(&factory)),
+                  S_OK);
+        return factory;
     }
-    [[nodiscard]] std::wstring pathOf(const std::wstring& fileName) const {
-        CComBSTR path;
-        if (const auto media = mediaOf(fileName)) media->get_sourceURL(&path);
-        return path.Length() > 0 ? std::wstring(path) : std::wstring();
+    template <typename Object>
+    static HRESULT create(Object** object, IUnknown* outer = nullptr) {
+        return classFactory()->CreateInstance(outer, __uuidof(Object),
+                                              reinterpret_cast<void**>(object));
+    }
+    // The player as m_options say, and an object that has no core yet.
+    void open() {
+        m_player = std::make_unique<TestPlayer>(m_options);
+        std::string error;
+        ASSERT_TRUE(m_player->openLibrary(error)) << error;
+        ASSERT_EQ(create(&m_plugin), S_OK);
+    }
+    // The same with its core, and the hello read.
+    void start() {
+        ASSERT_NO_FATAL_FAILURE(open());
+        ASSERT_EQ(m_player->attach(m_plugin), S_OK);
+        ASSERT_EQ(lines(1), Names{kHello});
+    }
+
+    // The plug-in's events; not counted.
+    [[nodiscard]] IWMPEvents* sink() const { return CComQIPtr<IWMPEvents>(m_plugin); }
+
+    // An operation as the command pipe's thread runs it, while the player's thread lives on.
+    template <typename... Parameters, typename Result, typename... Arguments>
+    Result command(Result (COrVaneWmpPlugin::*operation)(Parameters...), Arguments&&... arguments) {
+        Result result{};
+        std::atomic<bool> done{false};
+        std::thread thread([&] {
+            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            result = (static_cast<COrVaneWmpPlugin*>(m_plugin.p)->*operation)(arguments...);
+            CoUninitialize();
+            done = true;
+        });
+        EXPECT_TRUE(pumpUntil([&] { return done.load(); }, 20'000));
+        thread.join();
+        return result;
     }
 
     // What arrived since the last call, once there are so many; a moment longer shows whether
@@ -91,18 +84,18 @@ protected:
         m_app->forget();
         return found;
     }
-    Names eventNames(std::size_t expected) {
-        Names names;
-        for (const OrvaneMessage& event : events(expected)) {
-            EXPECT_EQ(event.getValue("Player"), "wmp");
-            names.push_back(event.getName().toStdString());
-        }
-        return names;
+    Names lines(std::size_t expected) {
+        Names lines;
+        for (const auto& event : events(expected)) lines.push_back(lineOf(event));
+        return lines;
     }
 
-    std::unique_ptr<standin::Player> m_player;
+    standin::ComApartment m_apartment;
+    std::unique_ptr<PlayerWindow> m_window = std::make_unique<PlayerWindow>();
+    std::unique_ptr<FakeApp> m_app = std::make_unique<FakeApp>();
+    standin::PlayerOptions m_options;
+    std::unique_ptr<TestPlayer> m_player;
     CComPtr<IWMPPluginUI> m_plugin;
-    CComPtr<IWMPEvents> m_sink;
 };
 
 }  // namespace orvane::test

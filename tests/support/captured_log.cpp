@@ -1,6 +1,7 @@
 #include "tests/support/captured_log.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
@@ -41,17 +42,10 @@ void capture(int priority, const char* format, va_list args) {
     lastError = kept.code();
 #endif
     const std::string numbered = withNumbers(format, errnoValue, lastError);
-    va_list measured;
-    va_copy(measured, args);
-    const int length = std::vsnprintf(nullptr, 0, numbered.c_str(), measured);
-    va_end(measured);
-    std::string text(static_cast<std::size_t>(std::max(length, 0)) + 1, '\0');
+    std::array<char, 16384> text{};
     std::vsnprintf(text.data(), text.size(), numbered.c_str(), args);
-    text.pop_back();
-    {
-        const std::lock_guard turn(s_turn);
-        s_lines.push_back("<" + std::to_string(priority) + "> " + text);
-    }
+    const std::lock_guard turn(s_turn);
+    s_lines.push_back("<" + std::to_string(priority) + "> " + text.data());
     errno = errnoValue;
 }
 

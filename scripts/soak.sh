@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# soak.sh [MINUTES [SEED]]: the real plug-in in a player's process while all around it goes wrong:
+# a table at the end, exit code 1 when a limit was broken.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+. scripts/common.sh
+. scripts/build.sh
+
+minutes=${1:-5}
+[[ $minutes =~ ^[0-9]+(\.[0-9]+)?$ ]] || fail "'$minutes' is no number of minutes" "./dev soak 5"
+
+build_preset win32 --target orvane_soak
+start_wine_session
+trap 'kill "$wine_session" 2>/dev/null || true; stop_wine' EXIT
+
+read -r load _ </proc/loadavg
+say "$minutes minutes on $(nproc) processors, with a load of $load"
+status=0
+# What sets up, warms up and may go on a little longer takes some minutes, whatever is asked for.
+timeout "$(awk "BEGIN { print int($minutes * 90 + 600) }")" wine build/win32/orvane_soak.exe "$minutes" "${@:2}" || status=$?
+case $status in
+    0) ;;
+    1) fail "a limit was broken" "read the lines above" ;;
+    124) fail "the player hung" "run it again with the seed above, and look with winedbg" ;;
+    *) fail "the player ended by itself ($status)" "run it again with the seed above" ;;
+esac

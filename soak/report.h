@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "soak/host.h"
+#include "soak/log_check.h"
+#include "soak/process_state.h"
+
+namespace orvane::soak {
+
+// One phase's figures.
+struct Row {
+    std::string name, note;
+    unsigned rounds = 0;
+    unsigned kills = 0;
+    unsigned messages = 0;    // that the application read
+    unsigned unreadable = 0;  // that it could not read
+    Longest call;
+    double blockMs = 0;
+    double blockLimitMs = 0;
+    double handlesPerRound = 0;
+    LogCheck::Tally log;
+    ProcessState before{};
+    ProcessState after{};
+};
+
+// What of it should not have been, in plain words; one line each.
+std::vector<std::string> faultsOf(const Row& row);
+void printTable(const std::vector<Row>& rows);
+
+}  // namespace orvane::soak
