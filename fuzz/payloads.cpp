@@ -29,9 +29,18 @@ bool sameUnits(const juce::String& a, const juce::String& b) {
            std::u16string_view(reinterpret_cast<const char16_t*>(unitsOf(b)), lengthOf(unitsOf(b)));
 }
 
+juce::String inCapitals(const juce::String& key) {
+    std::u16string units;
+    for (const StringUnit* unit = unitsOf(key); *unit != 0; ++unit)
+        units += static_cast<char16_t>(*unit >= 'a' && *unit <= 'z' ? *unit - ('a' - 'A') : *unit);
+    return stringOfUnits(units);
+}
+
 void requireReadable(const OrvaneMessage& message) {
-    for (const auto& [key, value] : message.getParameters())
+    for (const auto& [key, value] : message.getParameters()) {
         require(sameUnits(message.getValue(key), value), "a value is found under its own key");
+        require(sameUnits(message.getValue(inCapitals(key)), value), "keys ignore case");
+    }
     juce::StringArray list;
     require(message.getList("t", list) == !list.isEmpty(), "a list says whether it holds anything");
     for (int i = 0; i < list.size(); ++i)
