@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/juce/session.h"
+#include "platform/thread_library.h"
 #include "util/shared_log/shared_log.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processExit) {
@@ -21,6 +22,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processE
             if (processExit != nullptr) break;
             orvane::endServer();
             orvane::JuceSession::detach();
+            orvane::giveBackThreadSlotsAtEnd();
             break;
         default:
             break;

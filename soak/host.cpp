@@ -24,8 +24,10 @@ standin::PlayerOptions options() {
 }
 
 std::vector<std::wstring> somePaths() {
+    constexpr int kCount = 1000;
     std::vector<std::wstring> paths;
-    for (int i = 0; i < 1000; ++i)
+    paths.reserve(kCount);
+    for (int i = 0; i < kCount; ++i)
         paths.push_back(L"M:\\Now and then\\" + std::to_wstring(i) + L".wma");
     return paths;
 }

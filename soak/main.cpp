@@ -99,6 +99,7 @@ int soak(double minutes, unsigned seed) {
         } catch (const Broken& e) {
             faults.push_back(std::string(phase->name) + ": " + e.what());
             host.letGo();
+            host.selects = true;
             if (GetModuleHandleW(L"OrVaneWmpPlugin.dll") == nullptr) host.load();
         }
     }

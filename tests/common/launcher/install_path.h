@@ -28,7 +28,7 @@ public:
     InstallPath& operator=(const InstallPath&) = delete;
 
     void set(const std::wstring& folder) {
-        set(REG_SZ, folder.c_str(), static_cast<DWORD>((folder.size() + 1) * sizeof(wchar_t)));
+        set(REG_SZ, folder.c_str(), static_cast<DWORD>(folder.size() + 1) * sizeof(wchar_t));
     }
     void set(DWORD type, const void* data, DWORD bytes) {
         EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Path", type, data, bytes),

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 namespace orvane {
@@ -22,23 +21,6 @@ TEST(LogFormat, ReplacesErrorDirectivesAndLeavesEveryOtherAlone) {
     EXPECT_EQ(translated("100%%m %%%M %", "e", "W"), "100%%m %%W %");
     // A text is not searched for directives again.
     EXPECT_EQ(translated("%m", "%%M", "W"), "%%M");
-}
-
-TEST(LogFormat, AnErrorTextIsSafeInsideAFormat) {
-    for (const auto& [text, expected] :
-         {std::pair{"%1 is not a valid application.", "%1 is not a valid application."},
-          {"%", "%"},
-          {"%s%n", "%s%n"},
-          {"50%% of %d", "50% of %d"},
-          {"%%%", "%%"}}) {
-        const OwnedText escaped = escapePercents(text);
-        ASSERT_TRUE(escaped);
-        EXPECT_FALSE(hasLonePercent(escaped.get())) << escaped.get();
-        char printed[64];
-        // No argument follows: anything but literal text would read one.
-        std::snprintf(printed, sizeof printed, escaped.get(), 0);
-        EXPECT_STREQ(printed, expected);
-    }
 }
 
 }  // namespace
