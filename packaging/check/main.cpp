@@ -108,16 +108,16 @@ bool Check::mayBegin(bool player) {
     std::string why;
     if (!m_report.isOpen())
         why =
-            "report.txt cannot be written here. Unpack the whole zip into a folder of your own, "
-            "such as one on the desktop.";
+            "report.txt cannot be written here. Unpack the whole zip into a folder of\r\n"
+            "your own, such as one on the desktop.";
     else if (orvaneRuns())
         why = "OrVane is running. Please close it, and start this again.";
     else if (playerRuns())
         why = "Windows Media Player is running. Please close it, and start this again.";
     else if (player && !m_rights)
         why =
-            "Trying the real player needs an administrator's rights: open a command prompt with "
-            "\"Run as administrator\", and start check.cmd player from there.";
+            "Trying the real player needs an administrator's rights: open a command prompt\r\n"
+            "with \"Run as administrator\", and start check.cmd player from there.";
     if (why.empty()) return true;
     m_report.both(why);
     m_report.screen("Nothing was done.");
@@ -198,9 +198,9 @@ void Check::runCourse(bool player, const fs::path& playerPath) {
     }
     placeStandIn(m_runtime.empty());
     m_report.screen(player
-                        ? "  The player opens now and closes by itself within a minute or two. If "
-                          "it asks how\r\n  to be set up, choose the recommended settings; touch "
-                          "nothing else."
+                        ? "  The player opens now and closes by itself within a minute or two.\r\n"
+                          "  If it asks how to be set up, choose the recommended settings.\r\n"
+                          "  Touch nothing else."
                         : "  A small window or two will come and go (half a minute) ...");
     try {
         tell(player ? runRealPlayer(m_kit, playerPath) : runDemo(m_kit));
@@ -231,12 +231,12 @@ int Check::end() {
     if (m_count.notRun > 0)
         summary += "test programs not run: " + std::to_string(m_count.notRun) + "; ";
     const bool well = m_count.failed == 0 && m_missed == 0 && left.empty();
-    m_report.both("In all: " + summary +
-                  (well ? "all was well." : "not all was well, report.txt tells more."));
+    m_report.both("In all: " + summary + (well ? "all was well." : "not all was well."));
     if (!m_rights)
-        m_report.screen("For the rest, right-click check.cmd and choose \"Run as administrator\".");
+        m_report.screen("For the rest, right-click check.cmd, \"Run as administrator\".");
     m_report.screen("");
-    m_report.screen("Please send back this file: " + toUtf8((m_kit.top / "report.txt").native()));
+    m_report.screen("Please send back this file:");
+    m_report.screen("  " + toUtf8((m_kit.top / "report.txt").native()));
     return well ? allWell : somethingFailed;
 }
 
@@ -253,12 +253,11 @@ int Check::run(bool player, const fs::path& playerPath) {
     m_report.file(std::string("at: ") + when);
     tellMachine();
     m_report.screen("This tries OrVane's plug-in for Windows Media Player on this machine.");
-    m_report.screen("What happens next: " +
-                    std::string(player ? "the plug-in is registered, the real player is started "
-                                         "with it, and all of it is taken away again. "
-                                         "That takes about two minutes."
-                                       : "some twenty small programs run one after the other. "
-                                         "That takes three to five minutes."));
+    m_report.screen("What happens next:");
+    m_report.screen(player ? "  The plug-in is registered, the real player is started with it, and "
+                             "all of it\r\n  is taken away again. That takes about two minutes."
+                           : "  Some twenty small programs run one after the other. That takes "
+                             "three to\r\n  five minutes.");
     m_report.screen(
         "No music of yours is played, read or changed. What is changed on this machine");
     m_report.screen("meanwhile is put back in the end. Please leave OrVane and the player closed.");
