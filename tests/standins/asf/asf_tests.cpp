@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -42,11 +41,6 @@ Bytes serialised(const Header& header, std::uint64_t rest = 0) {
     return bytes.value_or(Bytes());
 }
 
-std::u16string textOf(const Header& header, std::u16string_view name) {
-    const Attribute* const found = header.find(name);
-    return found ? found->text() : u"(none)";
-}
-
 TEST(Asf, UnchangedIsWrittenByteForByte) {
     for (const auto& entry : std::filesystem::directory_iterator(test::testData())) {
         if (entry.path().extension() != ".wma") continue;
@@ -58,33 +52,6 @@ TEST(Asf, UnchangedIsWrittenByteForByte) {
         file.resize(size);
         EXPECT_EQ(written, file) << entry;
     }
-}
-
-TEST(Asf, WhatDoesNotFitGoesToTheMetadataLibraryInItsOrder) {
-    Header header = parsed(sample());
-    header.attributes().clear();
-    const auto add = [&](std::u16string_view name, std::size_t units) {
-        header.attributes().push_back(Attribute::fromText(name, std::u16string(units, u'x')));
-    };
-    add(u"Title", 1);
-    add(u"Author", 40'000);
-    add(u"Fits", 32'766);
-    add(u"Large", 32'767);
-    add(u"Fits", 5);  // a second value is read after the first
-    const Bytes bytes = serialised(header);
-    const Header again = parsed(bytes);
-    std::vector<Place> places;
-    for (const Attribute& a : again.attributes()) places.push_back(a.place);
-    using enum Place;
-    EXPECT_EQ(places, (std::vector{contentDescription, extendedContentDescription, metadataLibrary,
-                                   metadataLibrary, metadataLibrary}));
-    EXPECT_EQ(textOf(again, u"Author").size(), 40'000U);
-    EXPECT_EQ(textOf(again, u"Fits").size(), 32'766U);
-    EXPECT_EQ(serialised(again), bytes);
-    header.setText(std::u16string(32'767, u'n'), u"x");
-    std::string error;
-    EXPECT_FALSE(header.serialise(0, error));
-    EXPECT_NE(error, "");
 }
 
 TEST(Asf, FailureHalfWayLeavesTheOldFileAlone) {
