@@ -8,6 +8,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
 . scripts/build.sh
 . scripts/demo/processes.sh
+. scripts/prefix-snapshot.sh
 export LC_ALL=C.UTF-8
 
 build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
@@ -17,14 +18,6 @@ work=$build/installer-test
 music=$work/music
 rm -rf "$work" && mkdir -p "$work/broken" "$music" "$build/demo"
 claim_wine
-failed=0
-passed=0
-good() { passed=$((passed + 1)); }
-bad() {
-    failed=$((failed + 1))
-    echo "error: $*" >&2
-}
-expect_equal() { if [ "$2" = "$3" ]; then good; else bad "$1: expected '$2', got '$3'"; fi; }
 
 home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder
 home_windows='C:\OrVane é dir'
@@ -41,7 +34,6 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM
 
-in_wine() { timeout 60 wine "$@" </dev/null >/dev/null 2>&1; }
 # registry KEY [VALUE]: its text, or of its default value; empty when there is none. reg query would
 # print in a code page of Wine's choice.
 registry() {
@@ -62,30 +54,6 @@ uninstall() {
     in_wine "$1/OrVaneWmpPlugin-uninstall.exe" /S || true
     local deadline=$((SECONDS + 30))
     while [ -n "$(registry "$entry_key" DisplayName)" ] && [ $SECONDS -lt $deadline ]; do sleep 0.2; done
-}
-# snapshot NAME: the whole registry and the prefix's files. Wine writes the registry when it ends;
-# the copy of the uninstaller, which goes at the restart, is NSIS's own.
-snapshot() {
-    kill "$wine_session" 2>/dev/null || true
-    wineserver -k || true
-    wineserver -w
-    # What Wine writes of its own accord is left out: its display's date, fonts, the console's colours.
-    sed -e ':join' -e '/\\$/{N;s/\\\n *//;bjoin}' "$WINEPREFIX/system.reg" "$WINEPREFIX/user.reg" |
-        sed -e '/^#time=/d' -e '/^WINE REGISTRY/d' -e 's/^\(\[.*\]\) [0-9]*$/\1/' -e '/^"PendingFileRenameOperations"/d' \
-            -e '/^"DriverDateData"/d' -e '/^"Codepages"/d' -e '/\.FON"=/d' -e '/^\[Console\]/,/^$/d' >"$work/$1.registry"
-    (cd "$WINEPREFIX/drive_c" && find . -type f ! -path '*/~nsu*' ! -path './ProgramData/OrVaneMedia/*' -print0 |
-        sort -z | xargs -0 md5sum) >"$work/$1.files"
-    (cd "$WINEPREFIX/drive_c" && find . -type d ! -path '*/~nsu*' ! -path './ProgramData/OrVaneMedia' | sort) >>"$work/$1.files"
-    start_wine_session
-}
-expect_same() {
-    local kind difference
-    for kind in registry files; do
-        if difference=$(diff "$work/$2.$kind" "$work/$3.$kind"); then good; else
-            bad "$1: the $kind are not what they were:"
-            head -n 20 <<<"$difference" >&2
-        fi
-    done
 }
 is_installed() { # WHAT VERSION FOLDER FOLDER_WINDOWS
     expect_equal "$1: the entry's version" "$2" "$(registry "$entry_key" DisplayVersion)"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Prints the terms of everything that is linked into the module, out of the packages' own copyright
-# files, so that the text is the one of what was linked.
+# files, so that the text is the one of what was linked. With --tests: into the test programs, too.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -55,3 +55,6 @@ title "libgcc and libstdc++, of the GNU Compiler Collection"
 echo 'They are under the GNU General Public License, version 3 or later (LICENSE), with this exception:'
 echo
 lines gcc-mingw-w64-base '^GCC RUNTIME LIBRARY EXCEPTION' '^libquadmath/'
+[ "${1:-}" = --tests ] || exit 0
+title "GoogleTest, in the test programs only"
+stanzas googletest 'Files: \*'

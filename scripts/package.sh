@@ -6,9 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
-export LC_ALL=C.UTF-8 TZ=UTC
-export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-315619200}
-umask 022
+. scripts/archive.sh
 
 installer_only=0
 for argument in "$@"; do
@@ -26,16 +24,6 @@ output=$(realpath "$output")
 name=OrVaneWmpPlugin-$version
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-
-# zip_folder FOLDER ARCHIVE: in a fixed order, with fixed times and modes.
-zip_folder() {
-    find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
-    find "$1" -type f -exec chmod 644 {} +
-    rm -f "$2"
-    (cd "$1" && find . -type f -printf '%P\n' | LC_ALL=C sort | zip -q -X -9 "$2" -@)
-}
-# Windows' own editors want CR LF.
-windows_text() { sed -e "s/@VERSION@/$version/g" -e 's/$/\r/' "$1"; }
 
 # The class is named where the module names it.
 class_id() {

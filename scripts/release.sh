@@ -37,12 +37,12 @@ check_module() {
     step "the module takes $size bytes, with ASLR and NX"
 }
 
-# The kit for trying it all on a real Windows makes itself.
+# The kit for trying it all on a real Windows.
 add_check_kit() {
-    local tree=$1 output=$2
-    [ -x "$tree/scripts/check-kit.sh" ] || return 0
-    step "the check kit"
-    (cd "$tree" && quietly release-check-kit scripts/check-kit.sh --version="$version" --output="$output")
+    local tree=$1 output=$2 name=$3
+    step "the check kit: building the tests and stand-ins (some minutes)"
+    (cd "$tree" && quietly "release-check-kit-$name" env ORVANE_DEPS="$deps" \
+        scripts/check-kit.sh --version="$version" --output="$output")
 }
 
 # make_release TREE OUTPUT NAME
@@ -56,7 +56,7 @@ make_release() {
     rm -rf "$output" && mkdir -p "$output"
     (cd "$tree" && quietly "release-package-$name" env ORVANE_DEPS="$deps" scripts/package.sh \
         --module=build/win32/OrVaneWmpPlugin.dll --version="$version" --output="$output")
-    add_check_kit "$tree" "$output"
+    add_check_kit "$tree" "$output" "$name"
     (cd "$output" && sha256sum OrVaneWmpPlugin-* >SHA256SUMS)
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every test: the Windows programs under Wine, what needs no Windows under sanitizers, the demo.
-# Arguments go to ctest (for example -R pipes); then the demo is left out.
+# Every test: the Windows programs under Wine, what needs no Windows under sanitizers, the fuzzers,
+# the demo and the installer. Arguments go to ctest (for example -R pipes); then only ctest runs.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -29,6 +29,13 @@ run_tests() {
 }
 run_tests win32 "$@"
 run_tests native "$@"
+
+# A room that fails counts as a failed test.
+fuzz() {
+    say "the fuzzers"
+    scripts/fuzz.sh 10 2>&1 | tee "$build/logs/fuzz.log" || result=1
+}
+[ $# -gt 0 ] || fuzz
 
 if [ $# = 0 ]; then
     kill "$wine_session" 2>/dev/null || true

@@ -23,7 +23,9 @@ public:
         const juce::String name = message->getName();
         std::printf("%s %s\n", name.toRawUTF8(), message->getValue("return_value").toRawUTF8());
         std::fflush(stdout);
-        if (name == "PlayerHello") m_commands->send(orvane::OrvaneCommand("isPlaying"));
+        // The command pipe's own thread may wake up to its client a moment after the hello.
+        for (int i = 0; name == "PlayerHello" && i < 100; ++i, Sleep(10))
+            if (m_commands->send(orvane::OrvaneCommand("isPlaying"))) break;
         if (name == "PlayerGoodbye") SetEvent(m_goodbye);
     }
 

@@ -17,6 +17,7 @@
 #include "common/messages/orvane_message.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
+#include "tests/support/in_tree.h"
 #include "tests/support/process.h"
 
 namespace orvane::test {
@@ -24,7 +25,7 @@ namespace {
 
 // The fenced blocks of one kind, without their fences.
 std::vector<std::string> blocksOf(const std::string& kind) {
-    std::ifstream file(ORVANE_PROTOCOL_PAGE, std::ios::binary);
+    std::ifstream file(inTree("docs/protocol.md"), std::ios::binary);
     const std::string page{std::istreambuf_iterator<char>(file), {}};
     const std::string fence = "\n```" + kind + "\n";
     std::vector<std::string> blocks;

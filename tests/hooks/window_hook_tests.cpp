@@ -11,12 +11,13 @@
 namespace orvane {
 namespace {
 
+using test::AnsweringWindow;
 using test::CapturedLog;
 using test::TestWindow;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr UINT kTestMessage = WM_APP + 1;
+constexpr UINT kTestMessage = AnsweringWindow::kMessage;
 constexpr const wchar_t* kHookProperty = L"window_hook_this_ptr";
 
 class TestHook final : public WindowHook {
@@ -30,21 +31,6 @@ public:
 
     std::function<bool(UINT, WPARAM, LPARAM)> before;
     std::function<void(UINT, LRESULT)> after;
-};
-
-// A window that answers the test's message, and how often it got it.
-class AnsweringWindow : public TestWindow {
-public:
-    explicit AnsweringWindow(LRESULT answer) {
-        onMessage = [this, answer](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-            if (message != kTestMessage) return std::nullopt;
-            ++reached;
-            if (inside) inside();
-            return answer;
-        };
-    }
-    int reached = 0;
-    std::function<void()> inside;
 };
 
 TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothingBehind) {
@@ -180,45 +166,86 @@ TEST(WindowHook, EndsWithItsWindow) {
     EXPECT_TRUE(hook.InstallHook(next.hwnd()));
 }
 
+WNDPROC placeProc(HWND hwnd, WNDPROC proc) {
+    return reinterpret_cast<WNDPROC>(
+        SetWindowLongW(hwnd, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
+}
+
+// Somebody else who subclasses the window.
 WNDPROC belowOther = nullptr;
 bool otherSwallowsTheEnd = false;
-
 LRESULT CALLBACK otherProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
     if (otherSwallowsTheEnd && message == WM_NCDESTROY) return 0;
     return CallWindowProcW(belowOther, hwnd, message, wParam, lParam);
 }
 
-WNDPROC placeOther(HWND hwnd, WNDPROC proc) {
-    return reinterpret_cast<WNDPROC>(
-        SetWindowLongW(hwnd, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
-}
-
-TEST(WindowHook, GetsOnWithAnotherSubclasser) {
+TEST(WindowHook, LeavesAloneTheWindowWhoseEndWasKeptFromIt) {
     TestHook hook;
-    {
-        TestWindow window;
-        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-        belowOther = placeOther(window.hwnd(), &otherProc);
-        hook.RemoveHook();
-        EXPECT_TRUE(window.hasOwnProcedure());
-        // The other one restores what it found: our procedure, with nobody behind it.
-        placeOther(window.hwnd(), belowOther);
-        EXPECT_EQ(window.send(kTestMessage), 0);
-    }
-
-    // It keeps the window's end from us: what now has the handle is not ours to change.
     HWND dead = nullptr;
     {
         TestWindow window;
         dead = window.hwnd();
         ASSERT_TRUE(hook.InstallHook(window.hwnd()));
-        belowOther = placeOther(window.hwnd(), &otherProc);
+        belowOther = placeProc(window.hwnd(), &otherProc);
         otherSwallowsTheEnd = true;
     }
     otherSwallowsTheEnd = false;
     EXPECT_EQ(hook.getHwnd(), dead);
-    hook.RemoveHook();
+    hook.RemoveHook();  // what has the handle now is not ours to change
     EXPECT_EQ(hook.getHwnd(), nullptr);
+}
+
+// Our procedure, back in a window after the hook has gone, passes on what comes, where it was.
+TEST(ProcedurePutBack, PassesMessagesOnAndMayBeHookedAgain) {
+    AnsweringWindow window;
+    WNDPROC ours = nullptr;
+    {
+        TestHook hook;
+        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+        ours = reinterpret_cast<WNDPROC>(GetWindowLongW(window.hwnd(), GWL_WNDPROC));
+    }
+    placeProc(window.hwnd(), ours);
+    EXPECT_EQ(window.send(kTestMessage), 42);
+    {
+        TestHook hook;
+        int seen = 0;
+        hook.before = [&](UINT message, WPARAM, LPARAM) {
+            seen += message == kTestMessage ? 1 : 0;
+            return true;
+        };
+        ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+        EXPECT_EQ(window.send(kTestMessage), 42);
+        EXPECT_EQ(seen, 1);
+    }
+    EXPECT_TRUE(window.hasOwnProcedure());
+
+    AnsweringWindow never;
+    placeProc(never.hwnd(), ours);
+    EXPECT_EQ(never.send(kTestMessage), 0);
+    placeProc(never.hwnd(), &DefWindowProcW);  // for its end
+}
+
+TEST(ProcedurePutBack, MayLieBelowAnotherSubclasserOfAWindowHookedAgain) {
+    AnsweringWindow window;
+    TestHook hook;
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    belowOther = placeProc(window.hwnd(), &otherProc);
+    hook.RemoveHook();  // takes the other one out of the window as well
+    EXPECT_TRUE(window.hasOwnProcedure());
+    placeProc(window.hwnd(), &otherProc);  // which comes back, with our procedure below it
+    EXPECT_EQ(window.send(kTestMessage), 42);
+
+    int seen = 0;
+    hook.before = [&](UINT message, WPARAM, LPARAM) {
+        seen += message == kTestMessage ? 1 : 0;
+        return true;
+    };
+    ASSERT_TRUE(hook.InstallHook(window.hwnd()));
+    EXPECT_EQ(window.send(kTestMessage), 42);
+    EXPECT_EQ(seen, 1);
+    hook.RemoveHook();
+    EXPECT_EQ(window.send(kTestMessage), 42);
+    window.destroy();
 }
 
 }  // namespace

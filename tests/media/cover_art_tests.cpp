@@ -108,14 +108,6 @@ TEST_F(CoverArt, TakesThePlaceOfAllThatWereThere) {
     EXPECT_TRUE(picture->description.empty());
 }
 
-TEST_F(CoverArt, LargeFirstPictureIsNotPassedOverForASmallOne) {
-    addPicture(track, someImage(90'000));
-    addPicture(track, someImage(50, 2));
-    EXPECT_EQ(count(), 1);
-    ASSERT_TRUE(retrieve(folder.path(L"out.jpg")));
-    EXPECT_EQ(contentOf(folder.path(L"out.jpg")), someImage(90'000));
-}
-
 TEST_F(CoverArt, IsLeftAloneByAnImageThatCannotBeTaken) {
     addPicture(track, someImage(100));
     const Bytes before = contentOf(track);

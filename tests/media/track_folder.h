@@ -6,6 +6,7 @@
 
 #include "standins/asf/asf_file.h"
 #include "standins/asf/picture.h"
+#include "tests/support/in_tree.h"
 #include "tests/support/temp_folder.h"
 
 namespace orvane::test {
@@ -23,7 +24,7 @@ inline Bytes someImage(std::size_t size, unsigned seed = 1) {
 }
 
 inline Bytes sample(const char* name) {
-    std::ifstream stream(std::filesystem::path(ORVANE_TEST_DATA) / name, std::ios::binary);
+    std::ifstream stream(testData() / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 

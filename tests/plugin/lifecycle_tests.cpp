@@ -1,5 +1,5 @@
-// Creation, attachment to the player's core, reconnecting and release; also with a command running
-// on the command pipe's thread, whose calls a real player serves on its own.
+// Creation, attachment to the player's core and release; also with a command running on the command
+// pipe's thread, and in a player that calls from several threads or lets the object go on another.
 
 #include <gtest/gtest.h>
 #include <olectl.h>
@@ -56,30 +56,24 @@ TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
 TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
     const std::filesystem::path log =
         std::filesystem::path(std::getenv("ProgramData")) / L"OrVaneMedia" / L"OrVane.log";
-    const auto lineOf = [&](const char* text) {
-        const std::size_t before = readText(log).size();
-        syslog(LOG_INFO, "masked");
-        syslog(LOG_NOTICE, "%s", text);
-        return readText(log).substr(before);
-    };
-    const std::string ours = " OrVaneWmpPlugin : [" + std::to_string(GetCurrentProcessId()) + "] ";
+    const std::size_t before = readText(log).size();
     // An application that runs is not launched, wherever it may be.
     const InstallPath nowhere(L"C:\\no such folder");
-    const std::size_t before = readText(log).size();
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_TRUE(m_window->isHooked());
-    EXPECT_EQ(readText(log).size(), before);
-    const std::string line = lineOf("ours");
-    EXPECT_TRUE(line.ends_with("<5>" + ours + "ours\n")) << line;
-    EXPECT_EQ(line.find('\n'), line.size() - 1) << line;
+    syslog(LOG_INFO, "masked");
+    syslog(LOG_NOTICE, "ours");
     m_plugin.Release();
     EXPECT_TRUE(m_app->events.lines().empty()) << "no core was ever set, so there is no goodbye";
 
     m_app->closePipes();
     IWMPEvents* object = nullptr;
     EXPECT_EQ(create(&object), E_FAIL);
-    const std::string theirs = lineOf("somebody else");
-    EXPECT_TRUE(theirs.ends_with("else\n") && theirs.find(ours) == std::string::npos) << theirs;
+    syslog(LOG_NOTICE, "theirs");
+    const std::string added = readText(log).substr(before);
+    const std::string ours = "<5> OrVaneWmpPlugin : [" + std::to_string(GetCurrentProcessId());
+    EXPECT_TRUE(added.substr(0, added.find('\n')).ends_with(ours + "] ours")) << added;
+    EXPECT_TRUE(added.ends_with("<5> unknown : theirs\n")) << added;
 }
 
 TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
@@ -118,6 +112,7 @@ TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
         m_player->during(call, [answer = answer] { return answer; });
         EXPECT_EQ(m_plugin->SetCore(m_player->core()), expected) << call;
         EXPECT_EQ(m_player->coreReferences(), 2U);
+        EXPECT_EQ(standin::liveObjects(), 2) << "the cores, and no connection point";
         EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
         EXPECT_EQ(m_player->coreReferences(), 1U);
     }
@@ -153,6 +148,8 @@ TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
     EXPECT_EQ(second.coreReferences(), 1U);
     EXPECT_EQ(third.sinkCount(), 1U);
     EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
+    const Names expected{kGoodbye, kGoodbye, kHello, kHello, kGoodbye, kGoodbye};
+    EXPECT_EQ(m_app->events.lines(expected.size()), expected);
     for (const auto* player : {m_player.get(), &second, &third}) {
         EXPECT_EQ(player->coreReferences(), 1U);
         EXPECT_EQ(player->sinkCount(), 0U);
@@ -211,7 +208,101 @@ TEST_F(LifecycleTest, ReleaseWaitsForTheCommandAndServesItsCallsAndThePlayers) {
     EXPECT_EQ(m_player->coreReferences(), 1U) << "the command was over when Release returned";
     EXPECT_EQ(other.coreReferences(), 1U);
     EXPECT_EQ(canUnloadNow(), S_OK);
-    EXPECT_EQ(eventNames(1), Names{"PlayerGoodbye"});
+    EXPECT_EQ(lines(1), Names{kGoodbye});
+}
+
+TEST_F(LifecycleTest, EventsAndReferencesMayComeFromAnyThread) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    constexpr int kRounds = 3'000'000;
+    constexpr int kEventEvery = 10'000;
+    constexpr int kThreads = 3;
+    std::atomic<int> started{0};
+    std::atomic<int> running{kThreads};
+    std::vector<std::thread> raisers;
+    for (int i = 0; i < kThreads; ++i)
+        raisers.emplace_back([&, events = CComPtr<IWMPEvents>(sink())]() mutable {
+            for (++started; started < kThreads;) std::this_thread::yield();
+            for (int round = 0; round < kRounds; ++round) {
+                const CComPtr<IUnknown> another(events);
+                std::atomic_signal_fence(std::memory_order_seq_cst);  // nothing is optimized away
+                if (round % kEventEvery == 0) {
+                    events->PlayStateChange(wmppsStopped);
+                    events->Error();
+                }
+            }
+            // Its own goes here, perhaps as the last one.
+            events.Release();
+            --running;
+        });
+    for (int round = 0; running > 0; ++round) {
+        CComPtr<IUnknown> another(m_plugin);
+        if (round % 1000 == 0) {
+            EXPECT_EQ(m_plugin->SetCore(round % 2000 == 0 ? m_player->core() : nullptr), S_OK);
+        }
+        pumpUntil([] { return true; });
+    }
+    for (auto& raiser : raisers) raiser.join();
+    EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
+    m_plugin->AddRef();
+    EXPECT_EQ(m_plugin->Release(), 1U);
+}
+
+TEST_F(LifecycleTest, TheLastReferenceTakesTheObjectDownOnItsOwnThreadWhereverItIsGivenBack) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    DWORD unadvisedOn = 0;
+    m_player->during("IConnectionPoint::Unadvise", [&] {
+        unadvisedOn = GetCurrentThreadId();
+        return S_OK;
+    });
+    std::thread([&] { m_plugin.Release(); }).join();
+    EXPECT_EQ(canUnloadNow(), S_FALSE) << "not before its own thread comes by";
+    EXPECT_TRUE(m_window->isHooked());
+    EXPECT_TRUE(pumpUntil([] { return canUnloadNow() == S_OK; }));
+    EXPECT_EQ(unadvisedOn, GetCurrentThreadId());
+    EXPECT_FALSE(m_window->isHooked());
+    EXPECT_EQ(lines(1), Names{kGoodbye});
+    EXPECT_TRUE(pumpUntil([] { return !JuceSession::isUp(); }));
+}
+
+TEST_F(LifecycleTest, ACommandMayGiveTheLastReferenceBack) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    m_player->during("IWMPCore::get_playState", [&] {
+        m_plugin.Release();
+        return S_OK;
+    });
+    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
+    EXPECT_EQ(m_app->commands.lines(1), Names{"isPlaying return_value=false"});
+    EXPECT_EQ(m_plugin, nullptr);
+    EXPECT_TRUE(pumpUntil([] { return canUnloadNow() == S_OK; }));
+}
+
+TEST_F(LifecycleTest, TheEndOfTheProgramIsNotSwallowedByAWait) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    PostQuitMessage(17);
+    EXPECT_TRUE(static_cast<COrVaneWmpPlugin*>(m_plugin.p)->stop());
+    m_plugin.Release();
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) && message.message != WM_QUIT)
+        DispatchMessageW(&message);
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+    EXPECT_EQ(message.wParam, 17U);
+}
+
+TEST_F(LifecycleTest, AnIdleLinkLeavesThePlayerAlone) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    const unsigned long calls = m_player->callCount();
+    int messages = 0;
+    const ULONGLONG end = GetTickCount64() + 5000;
+    while (GetTickCount64() < end) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            ++messages;
+            DispatchMessageW(&message);
+        }
+        MsgWaitForMultipleObjectsEx(0, nullptr, 50, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
+    EXPECT_LE(messages, 4) << "the reconnect timer's, every two seconds";
+    EXPECT_EQ(m_player->callCount(), calls);
 }
 
 }  // namespace

@@ -1,15 +1,166 @@
-// The real module comes and goes, is freed while it is in use, and ends with its process.
+// The real module: what it writes into the registry, how it comes and goes, is freed while it is in
+// use, and ends with its process.
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <thread>
 
-#include "tests/plugin/module_fixture.h"
+#include "platform/atl/atlcomcli.h"
+#include "platform/handles.h"
+#include "platform/wmp_plugin_ui.h"
+#include "tests/plugin/fake_app.h"
+#include "tests/plugin/test_player.h"
 #include "tests/support/process.h"
 #include "tests/support/process_counts.h"
 
 namespace orvane::test {
 namespace {
+
+constexpr const wchar_t* kModuleName = L"OrVaneWmpPlugin.dll";
+constexpr const wchar_t* kClassId = L"{9893A0E1-EE98-448F-81EE-D2D15666215E}";
+
+// The real module, as a stranger loads it: nothing but exports, registry and resources.
+class Module {
+public:
+    Module() : m_module(LoadLibraryW(kModuleName)) {
+        EXPECT_TRUE(m_module) << "error " << GetLastError();
+    }
+    [[nodiscard]] HMODULE get() const { return m_module.get(); }
+    [[nodiscard]] HRESULT call(const char* name) const { return find<HRESULT(WINAPI*)()>(name)(); }
+
+    // A new object; null when it cannot be made.
+    [[nodiscard]] CComPtr<IWMPPluginUI> createPlugin() const {
+        CLSID clsid{};
+        CLSIDFromString(kClassId, &clsid);
+        CComPtr<IClassFactory> factory;
+        CComPtr<IWMPPluginUI> plugin;
+        const auto getClassObject =
+            find<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>("DllGetClassObject");
+        EXPECT_EQ(getClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+                  S_OK);
+        factory->CreateInstance(nullptr, __uuidof(IWMPPluginUI), reinterpret_cast<void**>(&plugin));
+        return plugin;
+    }
+
+private:
+    template <typename Function>
+    [[nodiscard]] Function find(const char* name) const {
+        return reinterpret_cast<Function>(
+            reinterpret_cast<void*>(GetProcAddress(m_module.get(), name)));
+    }
+
+    UniqueModule m_module;
+};
+
+// What the module meets in a player that loads it.
+class ModuleTest : public testing::Test {
+protected:
+    standin::ComApartment m_apartment;
+    PlayerWindow m_window;
+    FakeApp m_app;
+    TestPlayer m_player{standin::PlayerOptions()};
+};
+
+using Entries = std::set<std::string>;
+
+const std::string kClass = utf8(kClassId);
+const std::string kOurClass = "HKEY_CLASSES_ROOT\\CLSID\\" + kClass;
+const std::wstring kPlugins = PLUGIN_INSTALLREGKEY;
+const std::string kPluginsKey = "HKEY_LOCAL_MACHINE\\" + utf8(kPlugins);
+
+UniqueRegKey makeKey(HKEY root, const std::wstring& path, DWORD options = 0) {
+    UniqueRegKey key;
+    EXPECT_EQ(RegCreateKeyExW(root, path.c_str(), 0, nullptr, options, KEY_ALL_ACCESS, nullptr,
+                              key.put(), nullptr),
+              ERROR_SUCCESS);
+    return key;
+}
+
+const Entries kNoKey{"no such key"};
+
+// All that a key holds, in reg.exe's lines.
+Entries entriesOf(const std::string& key) {
+    const Process reg(L"reg.exe query " + wide(key) + L" /s");
+    Entries entries;
+    if (reg.exitCode(20'000) != 0U) return kNoKey;
+    std::istringstream lines(reg.output());
+    for (std::string line; std::getline(lines >> std::ws, line);)
+        entries.insert(line.substr(0, line.find('\r')));
+    return entries;
+}
+
+class Registration : public ModuleTest {
+protected:
+    [[nodiscard]] HRESULT add() const { return m_module.call("DllRegisterServer"); }
+    [[nodiscard]] HRESULT remove() const { return m_module.call("DllUnregisterServer"); }
+
+    const Module m_module;
+};
+
+TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlayers) {
+    int told = 0;
+    m_window.onMessage = [&](UINT message, WPARAM wParam, LPARAM lParam) {
+        const UINT notice = RegisterWindowMessageA("WMPlayer_PluginAddRemove");
+        if (message == notice && wParam == 0 && lParam == 0) ++told;
+        return std::nullopt;
+    };
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(m_module.get(), path, MAX_PATH);
+    const Entries inClass{kOurClass, "(Default)    REG_SZ    OrVaneWmpPlugin Class",
+                          kOurClass + "\\InprocServer32", "(Default)    REG_SZ    " + utf8(path),
+                          "ThreadingModel    REG_SZ    Apartment"};
+    const Entries inEntry{kPluginsKey + "\\" + kClass,
+                          "FriendlyName    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#102",
+                          "Description    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#103",
+                          "Capabilities    REG_DWORD    0x58000001"};
+    EXPECT_EQ(remove(), S_OK);
+    makeKey(HKEY_LOCAL_MACHINE, kPlugins + L"\\{neighbour}");
+    makeKey(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}");
+    const Entries before = entriesOf(kPluginsKey);
+    // What somebody added to our keys goes with the next registration.
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(add(), S_OK);
+        EXPECT_EQ(entriesOf(kOurClass), inClass);
+        EXPECT_EQ(entriesOf(kPluginsKey + "\\" + kClass), inEntry);
+        makeKey(HKEY_CLASSES_ROOT, std::wstring(L"CLSID\\") + kClassId + L"\\TypeLib\\deeper");
+        makeKey(HKEY_LOCAL_MACHINE, kPlugins + L"\\" + kClassId + L"\\deeper");
+    }
+    EXPECT_EQ(remove(), S_OK);
+    EXPECT_EQ(remove(), S_OK);
+    EXPECT_EQ(entriesOf(kPluginsKey), before);
+    EXPECT_EQ(entriesOf(kOurClass), kNoKey);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, (kPlugins + L"\\{neighbour}").c_str()),
+              ERROR_SUCCESS);
+    EXPECT_TRUE(pumpUntil([&] { return told == 5; })) << told;
+}
+
+TEST_F(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
+    ASSERT_EQ(remove(), S_OK);
+    // A place that lasts until the system stops refuses keys that last longer.
+    const UniqueRegKey moved = makeKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
+    RegCopyTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str(), moved.get());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str());
+    makeKey(HKEY_LOCAL_MACHINE, kPlugins, REG_OPTION_VOLATILE);
+
+    EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_EQ(entriesOf(kOurClass), kNoKey) << "nothing was there before";
+    makeKey(HKEY_CLASSES_ROOT, std::wstring(L"CLSID\\") + kClassId + L"\\InprocServer32");
+    const Entries old = entriesOf(kOurClass);
+    EXPECT_EQ(add(), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_EQ(entriesOf(kOurClass), old);
+
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPlugins.c_str());
+    RegCopyTreeW(moved.get(), nullptr, makeKey(HKEY_LOCAL_MACHINE, kPlugins).get());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
+    EXPECT_EQ(remove(), S_OK);
+}
 
 bool isLoaded() { return GetModuleHandleW(kModuleName) != nullptr; }
 
@@ -116,17 +267,6 @@ constexpr UINT kPosted = WM_APP + 2;
 constexpr LRESULT kAnswer = 42;
 constexpr int kPassed = 45;
 
-WNDPROC beneathAnother = nullptr;
-
-LRESULT CALLBACK anotherProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return CallWindowProcW(beneathAnother, window, message, wParam, lParam);
-}
-
-WNDPROC setProc(HWND window, WNDPROC proc) {
-    return reinterpret_cast<WNDPROC>(
-        SetWindowLongW(window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(proc))));
-}
-
 class ModuleChild : public ModuleTest {
 protected:
     void SetUp() override {
@@ -194,9 +334,10 @@ TEST_F(ModuleChild, DISABLED_TurnsItOffWhileTheCoreIsTakenBack) {
 }
 
 TEST_F(ModuleChild, DISABLED_PutsItsProcedureBackLater) {
-    beneathAnother = setProc(m_window.hwnd(), &anotherProc);
+    const auto another = reinterpret_cast<LONG_PTR>(&DefWindowProcW);
+    const LONG ours = SetWindowLongW(m_window.hwnd(), GWL_WNDPROC, static_cast<LONG>(another));
     turnOff();
-    setProc(m_window.hwnd(), beneathAnother);
+    SetWindowLongW(m_window.hwnd(), GWL_WNDPROC, ours);
     EXPECT_EQ(m_window.send(kDialog), kAnswer);
 }
 

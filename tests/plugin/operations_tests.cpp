@@ -23,12 +23,10 @@ protected:
     bool playFirst() { return play(m_player->itemPath(0).c_str()); }
     void expectNothingWorks() {
         CapturedLog log;
-        EXPECT_FALSE(command(&Plugin::pause));
-        EXPECT_FALSE(command(&Plugin::stop));
-        EXPECT_FALSE(command(&Plugin::startCurrent));
+        for (const auto operation : {&Plugin::pause, &Plugin::stop, &Plugin::startCurrent,
+                                     &Plugin::isPlaying, &Plugin::isShufflePlay})
+            EXPECT_FALSE(command(operation));
         EXPECT_FALSE(playFirst());
-        EXPECT_FALSE(command(&Plugin::isPlaying));
-        EXPECT_FALSE(command(&Plugin::isShufflePlay));
         EXPECT_THAT(log.take(), Not(HasSubstr("timeout")));
     }
 };

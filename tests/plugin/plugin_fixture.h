@@ -53,7 +53,7 @@ protected:
     void start() {
         ASSERT_NO_FATAL_FAILURE(open());
         ASSERT_EQ(m_player->attach(m_plugin), S_OK);
-        ASSERT_EQ(eventNames(1), Names{"PlayerHello"});
+        ASSERT_EQ(lines(1), Names{kHello});
     }
 
     // The plug-in's events; not counted.
@@ -84,13 +84,10 @@ protected:
         m_app->forget();
         return found;
     }
-    Names eventNames(std::size_t expected) {
-        Names names;
-        for (const OrvaneMessage& event : events(expected)) {
-            EXPECT_EQ(event.getValue("Player"), "wmp");
-            names.push_back(event.getName().toStdString());
-        }
-        return names;
+    Names lines(std::size_t expected) {
+        Names lines;
+        for (const auto& event : events(expected)) lines.push_back(lineOf(event));
+        return lines;
     }
 
     standin::ComApartment m_apartment;

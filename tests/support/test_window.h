@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <string>
@@ -58,6 +59,24 @@ private:
 
     std::wstring m_className;
     HWND m_hwnd = nullptr;
+};
+
+// A window that answers one message, and how often that reached it.
+class AnsweringWindow : public TestWindow {
+public:
+    static constexpr UINT kMessage = WM_APP + 1;
+
+    explicit AnsweringWindow(LRESULT answer = 42) {
+        onMessage = [this, answer](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (message != kMessage) return std::nullopt;
+            ++reached;
+            if (inside) inside();
+            return answer;
+        };
+    }
+
+    std::atomic<int> reached{0};
+    std::function<void()> inside;
 };
 
 }  // namespace orvane::test

@@ -7,6 +7,7 @@
 
 #include "platform/last_error.h"
 #include "util/log/log.h"
+#include "util/registry/environment.h"
 #include "util/registry/registry_value.h"
 #include "util/text/failed_call.h"
 
@@ -109,8 +110,9 @@ OwnedText RegistryUtil::GetValue(const char* name, bool* notFound) noexcept {
                                self, GetKeyString(), name);
         return nullptr;
     }
-    const RegistryValue value(GetKeyString(), name, data.get(), std::min(size, delivered), m_log);
-    return value.ValueToUTF8(type);
+    const RegistryValue value(GetKeyString(), name, data.get(), std::min(size, delivered),
+                              &expand_environment_strings_w, m_log);
+    return value.ValueToUTF8(static_cast<ValueType>(type));
 }
 
 bool RegistryUtil::Close() noexcept {

@@ -1,19 +1,16 @@
 #include "util/registry/registry_value.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
+#include <string>
 
 #include "util/log/log.h"
-#include "util/registry/environment.h"
 #include "util/text/text.h"
 
 namespace orvane {
 
-OwnedText RegistryValue::ValueToUTF8(std::uint32_t type) const noexcept {
+OwnedText RegistryValue::ValueToUTF8(ValueType type) const noexcept {
     constexpr const char* self = "RegistryUtil::ValueToUTF8";
     if (m_size == 0) {
         OwnedText empty = duplicateText("");
@@ -21,19 +18,19 @@ OwnedText RegistryValue::ValueToUTF8(std::uint32_t type) const noexcept {
         return empty;
     }
     switch (type) {
-        case REG_NONE:
-        case REG_BINARY:
+        case ValueType::none:
+        case ValueType::binary:
             return BinaryToUTF8();
-        case REG_SZ:
-        case REG_LINK:
+        case ValueType::sz:
+        case ValueType::link:
             return SzToUTF8();
-        case REG_EXPAND_SZ:
+        case ValueType::expandSz:
             return ExpandSzToUTF8();
-        case REG_DWORD:
-        case REG_DWORD_BIG_ENDIAN:
-        case REG_QWORD:
+        case ValueType::dword:
+        case ValueType::dwordBigEndian:
+        case ValueType::qword:
             return NumericToUTF8(type);
-        case REG_MULTI_SZ:
+        case ValueType::multiSz:
             return MultiSzToUTF8();
         default:
             log_if(m_log, LOG_ERR, "%s: unsupported data type %d", self, static_cast<int>(type));
@@ -49,10 +46,10 @@ OwnedText RegistryValue::SzToUTF8() const noexcept {
                m_key, m_name);
     }
     // A copy in either case: the data need not be aligned for units.
-    const OwnedWide text = terminatedCopy(m_size / sizeof(wchar_t) + 1);
+    const OwnedWide text = terminatedCopy(m_size / sizeof(Wide) + 1);
     if (!text) {
         log_if(m_log, LOG_ERR, "%s: error allocating %d bytes for NUL-terminated string", self,
-               static_cast<int>(m_size + sizeof(wchar_t)));
+               static_cast<int>(m_size + sizeof(Wide)));
         return nullptr;
     }
     return utl_wide_to_utf8_intl(text.get(), m_log);
@@ -60,14 +57,14 @@ OwnedText RegistryValue::SzToUTF8() const noexcept {
 
 OwnedText RegistryValue::ExpandSzToUTF8() const noexcept {
     constexpr const char* self = "RegistryUtil::ExpandSzToUTF8";
-    const std::size_t units = m_size / sizeof(wchar_t) + m_size % sizeof(wchar_t) + 1;
+    const std::size_t units = m_size / sizeof(Wide) + m_size % sizeof(Wide) + 1;
     const OwnedWide text = terminatedCopy(units);
     if (!text) {
         log_if(m_log, LOG_ERR, "%s: error allocating %d bytes for NUL-terminated string", self,
-               static_cast<int>(units * sizeof(wchar_t)));
+               static_cast<int>(units * sizeof(Wide)));
         return nullptr;
     }
-    const OwnedWide expanded = expand_environment_strings_w(text.get(), m_log);
+    const OwnedWide expanded = m_expand(text.get(), m_log);
     if (!expanded) return nullptr;
     return utl_wide_to_utf8_intl(expanded.get(), m_log);
 }
@@ -79,33 +76,33 @@ OwnedText RegistryValue::MultiSzToUTF8() const noexcept {
         log_if(m_log, LOG_NOTICE, "%s: handling REG_MULTI_SZ value %s\\%s without NUL terminator",
                self, m_key, m_name);
     }
-    const std::size_t units = m_size / sizeof(wchar_t);
+    const std::size_t units = m_size / sizeof(Wide);
     const OwnedWide list = terminatedCopy(units + 1);
     if (!list) {
         log_if(m_log, LOG_ERR, "%s: error allocating %d byte(s)", self,
-               static_cast<int>((units + 1) * sizeof(wchar_t)));
+               static_cast<int>((units + 1) * sizeof(Wide)));
         return nullptr;
     }
-    wchar_t* const end = list.get() + units;
-    for (wchar_t* next = list.get(); next != end && *next != 0;) {
-        wchar_t* const stringEnd = std::find(next, end, wchar_t{0});
+    Wide* const end = list.get() + units;
+    for (Wide* next = list.get(); next != end && *next != 0;) {
+        Wide* const stringEnd = std::find(next, end, Wide{0});
         log_if(m_log, LOG_DEBUG, "%s: parsing %d character string", self,
                static_cast<int>(stringEnd - next));
         if (stringEnd == end || stringEnd + 1 == end || stringEnd[1] == 0) break;
         log_if(m_log, LOG_DEBUG, "%s: replacing NUL with , at character %d", self,
                static_cast<int>(stringEnd - list.get()));
-        *stringEnd = L',';
+        *stringEnd = Wide{','};
         next = stringEnd + 1;
     }
     log_if(m_log, LOG_DEBUG, "%s: parsed multi string is %d character(s)", self,
-           static_cast<int>(std::wcslen(list.get())));
+           static_cast<int>(std::char_traits<Wide>::length(list.get())));
     return utl_wide_to_utf8_intl(list.get(), m_log);
 }
 
-OwnedText RegistryValue::NumericToUTF8(std::uint32_t type) const noexcept {
+OwnedText RegistryValue::NumericToUTF8(ValueType type) const noexcept {
     constexpr const char* self = "RegistryUtil::NumericToUTF8";
     constexpr std::size_t kDigits = 66;
-    if (type != REG_DWORD && type != REG_DWORD_BIG_ENDIAN && type != REG_QWORD) {
+    if (type != ValueType::dword && type != ValueType::dwordBigEndian && type != ValueType::qword) {
         log_if(m_log, LOG_ERR, "%s: called with incorrect data type %d", self,
                static_cast<int>(type));
         return nullptr;
@@ -115,13 +112,13 @@ OwnedText RegistryValue::NumericToUTF8(std::uint32_t type) const noexcept {
         log_if(m_log, LOG_ERR, "%s: error allocating 66 bytes", self);
         return nullptr;
     }
-    const std::size_t width = std::min<std::size_t>(m_size, type == REG_QWORD ? 8 : 4);
+    const std::size_t width = std::min<std::size_t>(m_size, type == ValueType::qword ? 8 : 4);
     std::uint64_t number = 0;
     for (std::size_t i = 0; i < width; ++i) {
-        const std::size_t next = type == REG_DWORD_BIG_ENDIAN ? i : width - 1 - i;
+        const std::size_t next = type == ValueType::dwordBigEndian ? i : width - 1 - i;
         number = number << 8 | m_data[next];
     }
-    const long long value = type == REG_QWORD
+    const long long value = type == ValueType::qword
                                 ? static_cast<std::int64_t>(number)
                                 : static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
     std::snprintf(text.get(), kDigits, "%lld", value);
@@ -146,7 +143,7 @@ OwnedText RegistryValue::BinaryToUTF8() const noexcept {
 }
 
 bool RegistryValue::isOdd(const char* self) const noexcept {
-    if (m_size % sizeof(wchar_t) == 0) return false;
+    if (m_size % sizeof(Wide) == 0) return false;
     log_if(m_log, LOG_ERR,
            "%s: REG_SZ value \"%s\\%s\" has an odd number of bytes (%d), can not be a valid "
            "wchar_t string",

@@ -8,13 +8,13 @@
 #include <fstream>
 #include <string>
 
-int main() {
+int main() try {
     const auto utf8 = [](const wchar_t* text) {
         const std::u8string result = std::filesystem::path(text).u8string();
         return std::string(result.begin(), result.end());
     };
     const auto environment = [](const char* name) {
-        const char* const value = std::getenv(name);
+        const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
         return std::string(value != nullptr ? value : "");
     };
     wchar_t directory[1024] = {};
@@ -27,4 +27,6 @@ int main() {
     if (exit != "stay") return std::atoi(exit.c_str());
     WaitForSingleObject(CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave"), 20000);
     return 0;
+} catch (...) {
+    return 99;
 }

@@ -69,10 +69,7 @@ protected:
     OrvaneLauncher m_launcher{kWmp};
 
 private:
-    static void removeAll() {
-        std::error_code ignored;
-        std::filesystem::remove_all(openable(root()), ignored);
-    }
+    static void removeAll() { removeTree(openable(root()).native()); }
 
     const UniqueHandle m_leave{CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave")};
 };
@@ -135,7 +132,7 @@ TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
         EXPECT_FALSE(m_launcher.isInstalled());
         log.take();
         EXPECT_FALSE(m_launcher.launch());
-        const std::string lines = log.take();
+        std::string lines = log.take();
         EXPECT_THAT(lines, HasSubstr("OrvaneLauncher::getPath: looking for OrVane executable path "
                                      "in HKLM\\Software\\OrVaneMedia\\Settings\\Path"));
         EXPECT_THAT(lines,

@@ -160,37 +160,4 @@ private:
     std::vector<std::string> m_payloads;
 };
 
-// A window on the thread that makes it, which counts the messages that others send to it.
-class CountingWindow {
-public:
-    static constexpr UINT kMessage = WM_APP + 1;
-
-    CountingWindow()
-        : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
-                                   nullptr)) {
-        SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&proc));
-    }
-    CountingWindow(const CountingWindow&) = delete;
-    CountingWindow& operator=(const CountingWindow&) = delete;
-    ~CountingWindow() { DestroyWindow(m_window); }
-
-    [[nodiscard]] LRESULT send() const { return SendMessageW(m_window, kMessage, 0, 0); }
-    void post() const { PostMessageW(m_window, kMessage, 0, 0); }
-
-    std::atomic<int> count{0};
-    std::function<void()> onMessage;
-
-private:
-    static LRESULT CALLBACK proc(HWND window, UINT id, WPARAM wParam, LPARAM lParam) {
-        auto* self = reinterpret_cast<CountingWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        if (id != kMessage || self == nullptr) return DefWindowProcW(window, id, wParam, lParam);
-        ++self->count;
-        if (self->onMessage) self->onMessage();
-        return 42;
-    }
-
-    HWND m_window;
-};
-
 }  // namespace orvane::test

@@ -11,6 +11,7 @@
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/process_counts.h"
+#include "tests/support/test_window.h"
 
 namespace orvane {
 namespace {
@@ -216,23 +217,23 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
     for (const bool inApartment : {false, true}) {
         SCOPED_TRACE(inApartment);
         const Apartment apartment(inApartment);
-        CountingWindow window;
+        AnsweringWindow window;
         Signal begun;
         std::atomic<bool> ended{false};
         listener.onMessage = [&] {
-            window.post();
+            PostMessageW(window.hwnd(), AnsweringWindow::kMessage, 0, 0);
             begun.give();
             EXPECT_TRUE(eventually([&] { return !listener.isConnected(); }));
-            EXPECT_EQ(window.send(), 42);
+            EXPECT_EQ(window.send(AnsweringWindow::kMessage), 42);
             ended = true;
         };
-        window.onMessage = [&] { EXPECT_FALSE(listener.send(OrvaneEvent("e"))); };
+        window.inside = [&] { EXPECT_FALSE(listener.send(OrvaneEvent("e"))); };
         connect();
         server.writeFrame("go");
         ASSERT_TRUE(begun.await());
         listener.terminate();
         EXPECT_TRUE(ended);
-        EXPECT_EQ(window.count, 1);
+        EXPECT_EQ(window.reached, 1);
         server.reopen();
     }
     EXPECT_EQ(listener.lost, 2);
@@ -241,21 +242,21 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
 // What a command makes on the reader thread (the player's helper windows, COM's own) needs its
 // messages dispatched also after the command.
 TEST_F(PipeTest, TheReaderIsAnApartmentThatServesItsMessages) {
-    std::unique_ptr<CountingWindow> window;
+    std::unique_ptr<AnsweringWindow> window;
     std::atomic<int> apartment{-1};
     listener.onMessage = [&] {
         APTTYPE type{};
         APTTYPEQUALIFIER qualifier{};
         CoGetApartmentType(&type, &qualifier);
-        window = window == nullptr ? std::make_unique<CountingWindow>() : nullptr;
+        window = window == nullptr ? std::make_unique<AnsweringWindow>() : nullptr;
         apartment = type;
     };
     connect();
     server.writeFrame("make");
     ASSERT_TRUE(eventually([&] { return apartment >= 0; }));
     EXPECT_TRUE(apartment == APTTYPE_STA || apartment == APTTYPE_MAINSTA);
-    window->post();
-    EXPECT_TRUE(eventually([&] { return window->count == 1; }));
+    PostMessageW(window->hwnd(), AnsweringWindow::kMessage, 0, 0);
+    EXPECT_TRUE(eventually([&] { return window->reached == 1; }));
     server.writeFrame("unmake");
     EXPECT_TRUE(eventually([&] { return listener.payloads().size() == 2; }));
 }

@@ -44,37 +44,6 @@ TEST(Frame, HasItsMagicAndLengthLittleEndian) {
     EXPECT_TRUE(encode(Bytes(kPayloadLimit)).empty());
 }
 
-TEST(Frame, IsReadHoweverTheStreamIsCut) {
-    const std::vector<Bytes> sent{pattern(1), pattern(300), pattern(200'000), pattern(65'536)};
-    Bytes stream;
-    for (const Bytes& payload : sent) {
-        const Bytes frame = encode(payload);
-        stream.insert(stream.end(), frame.begin(), frame.end());
-    }
-    for (const std::size_t step : {std::size_t{1}, std::size_t{7}, std::size_t{1'000'000}}) {
-        Reader reader;
-        EXPECT_EQ(read(reader, stream, step), sent) << step;
-        EXPECT_FALSE(reader.cut()) << "nothing is left";
-    }
-}
-
-TEST(Frame, WhatIsNoHeaderIsDroppedEightBytesAtATime) {
-    const Bytes good = encode(pattern(5));
-    Bytes stream(16, 0x41);
-    const Header tooLong = encodeHeader(kPayloadLimit);
-    const Header empty = encodeHeader(0);
-    stream.insert(stream.end(), tooLong.begin(), tooLong.end());
-    stream.insert(stream.end(), empty.begin(), empty.end());
-    stream.insert(stream.end(), good.begin(), good.end());
-    Reader reader;
-    EXPECT_EQ(read(reader, stream, 3), std::vector<Bytes>{pattern(5)});
-
-    // One byte too many shifts all that follows out of step.
-    stream.insert(stream.begin(), 0x41);
-    Reader shifted;
-    EXPECT_TRUE(read(shifted, stream, 3).empty());
-}
-
 TEST(Frame, CutShortYieldsWhatArrived) {
     Reader reader;
     Bytes stream = encode(pattern(100'000));

@@ -107,39 +107,6 @@ TEST(Message, KeysIgnoreCaseAndKeepTheirPlace) {
     EXPECT_EQ(copy.getValue("player"), "copied");
 }
 
-// One after the other and all at once from a document, against the plain way to do it.
-TEST(Message, KeysAreFoundInWhateverOrderTheyCame) {
-    juce::Random random(1);
-    OrvaneCommand command("c");
-    std::string document = "<command>";
-    std::vector<Parameter> expected;
-    for (int i = 0; i < 1500; ++i) {
-        juce::String key;
-        for (int length = 1 + random.nextInt(8); length > 0; --length)
-            key += juce::String::charToString("abcABC"[random.nextInt(6)]);
-        const juce::String value(i);
-        command.setValue(key, value);
-        document += ("<" + key + ">" + value + "</" + key + ">").toStdString();
-        const auto same = [&](const Parameter& p) { return p.key.equalsIgnoreCase(key); };
-        const auto at = std::find_if(expected.begin(), expected.end(), same);
-        if (at == expected.end())
-            expected.push_back({key, value});
-        else
-            at->value = value;
-    }
-    const auto parsed = read(document + "</command>");
-    ASSERT_NE(parsed, nullptr);
-    const OrvaneMessage* const both[] = {&command, parsed.get()};
-    for (const OrvaneMessage* const message : both) {
-        ASSERT_EQ(message->getParameters().size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            EXPECT_EQ(message->getParameters()[i].key, expected[i].key);
-            EXPECT_EQ(message->getValue(expected[i].key.toUpperCase()), expected[i].value);
-        }
-        EXPECT_EQ(message->getValue("kabsent"), "");
-    }
-}
-
 TEST(Message, ListsEndAtTheFirstEmptyValue) {
     OrvaneEvent event("e");
     event.addList("none", {});

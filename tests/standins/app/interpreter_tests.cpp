@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <string_view>
-#include <thread>
 
 namespace orvane::standin::app {
 namespace {
@@ -105,22 +104,6 @@ TEST_F(ScriptLines, WhateverIsMissedOrNotUnderstoodFailsIt) {
         EXPECT_FALSE(Interpreter(*this, m_arrivals).runScript(line, "test")) << line;
     m_interpreter.problemCame();
     EXPECT_FALSE(m_interpreter.runScript("say nothing is missed", "test"));
-}
-
-TEST_F(ScriptLines, TakesEachEventOnceInOrderAndWaitsForIt) {
-    event("PlayerMoved", "1,1,8,6");
-    event("PlayerMoved", "2,2,8,6");
-    std::thread later([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        event("PlayerHello");
-    });
-    EXPECT_TRUE(
-        m_interpreter.runScript("expect event PlayerMoved PlayerRect=2,* within 0\n"
-                                "expect no event PlayerMoved within 0\n"
-                                "expect event PlayerHello within 5000\n",
-                                "test"))
-        << m_printed;
-    later.join();
 }
 
 TEST(DocumentForm, IsThatOfTheProtocolByteForByte) {

@@ -136,12 +136,12 @@ TEST_F(Log, ALogThatCannotBeWrittenDropsItsLines) {
     }
     m_appData.remove();
     syslog(LOG_ERR, "no such folder is known");
-    m_appData.set("Q:\\none");
+    m_appData.set(L"Q:\\none");
     syslog(LOG_ERR, "no such drive");
-    m_appData.set("");
+    m_appData.set(L"");
     syslog(LOG_ERR, "an empty folder name");
 
-    m_appData.set(m_base);
+    m_appData.set(test::wide(m_base));
     syslog(LOG_ERR, "back");
     ASSERT_EQ(lines().size(), 1U);
     EXPECT_THAT(lines()[0], EndsWith(": back"));

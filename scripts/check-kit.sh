@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Packs the kit that tries the plug-in on a real Windows: tests, stand-ins, sample tracks, check.cmd.
+# Called by release.sh in the tree of the commit, whose build/win32 is configured.
+#   check-kit.sh --version=0.1.6 --output=FOLDER
+# SOURCE_DATE_EPOCH dates what is packed: the same inputs give the same bytes.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+. scripts/common.sh
+. scripts/archive.sh
+
+for argument in "$@"; do
+    case $argument in
+        --version=*) version=${argument#*=} ;;
+        --output=*) output=$(realpath -m "${argument#*=}") ;;
+        *) fail "check-kit.sh has no option '$argument'" "read its first lines" ;;
+    esac
+done
+mkdir -p "$output"
+kit=$(mktemp -d)
+trap 'rm -rf "$kit"' EXIT
+
+say "the check's programs and tests"
+cmake --build build/win32 --target check_kit
+mkdir -p "$kit/programs/stand-in" "$kit/tests/data" "$kit/demo" "$kit/docs"
+while IFS= read -r file; do
+    [ -n "$file" ] || continue
+    target=$kit/programs/$(basename "$file")
+    i686-w64-mingw32-strip -o "$target" "$file"
+done <build/win32/check-kit/files.txt
+mv "$kit/programs/wmvcore.dll" "$kit/programs/stand-in/"
+# The module as it ships, with its link to the debug information.
+cp build/win32/OrVaneWmpPlugin.dll "$kit/programs/"
+! scripts/sign.sh --wanted || scripts/sign.sh "$kit/programs/OrVaneWmpPlugin.dll" "$kit/programs/check.exe"
+windows_text build/win32/check-kit/tests.txt >"$kit/programs/tests.txt"
+cp tests/data/*.wma tests/data/cover.* "$kit/tests/data/"
+cp scripts/demo/[1-9]*.txt packaging/check/real-player.txt "$kit/demo/"
+cp docs/protocol.md "$kit/docs/"
+windows_text packaging/check/README.txt >"$kit/README.txt"
+windows_text packaging/check/check.cmd >"$kit/check.cmd"
+windows_text LICENSE >"$kit/LICENSE"
+scripts/notices.sh --tests | sed 's/$/\r/' >"$kit/NOTICES"
+zip_folder "$kit" "$output/OrVaneWmpPlugin-$version-check.zip"
