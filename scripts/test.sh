@@ -30,7 +30,7 @@ run_tests() {
 run_tests win32 "$@"
 run_tests native "$@"
 
-# A room that fails counts as a failed test.
+# One that fails counts as a failed test.
 fuzz() {
     say "the fuzzers"
     scripts/fuzz.sh 10 2>&1 | tee "$build/logs/fuzz.log" || result=1
