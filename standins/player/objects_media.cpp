@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "standins/player/media_base.h"
+
 namespace orvane::standin {
 
 namespace {
@@ -10,7 +12,7 @@ namespace {
 constexpr IID kOwnMedia = {
     0x6d2f5b1e, 0x3a70, 0x4c5f, {0x9b, 0x44, 0x10, 0x8e, 0x5d, 0x27, 0xc6, 0x31}};
 
-class MediaObject final : public DispatchObject<IWMPMedia3> {
+class MediaObject final : public MediaBase {
 public:
     MediaObject(ModelPtr model, TrackPtr track)
         : m_model(std::move(model)), m_track(std::move(track)) {}
@@ -50,23 +52,6 @@ public:
             return result;
         });
     }
-
-    ORVANE_PROPERTY_NOT_MADE(name, BSTR)
-    STDMETHOD(get_duration)(double*) override { return E_NOTIMPL; }
-    STDMETHOD(get_imageSourceWidth)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(get_imageSourceHeight)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(get_markerCount)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(getMarkerTime)(LONG, double*) override { return E_NOTIMPL; }
-    STDMETHOD(getMarkerName)(LONG, BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(get_durationString)(BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(get_attributeCount)(LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(getAttributeName)(LONG, BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(getItemInfoByAtom)(LONG, BSTR*) override { return E_NOTIMPL; }
-    STDMETHOD(isMemberOf)(IWMPPlaylist*, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(isReadOnlyItem)(BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHOD(get_error)(IWMPErrorItem**) override { return E_NOTIMPL; }
-    STDMETHOD(getAttributeCountByType)(BSTR, BSTR, LONG*) override { return E_NOTIMPL; }
-    STDMETHOD(getItemInfoByType)(BSTR, BSTR, LONG, VARIANT*) override { return E_NOTIMPL; }
 
 protected:
     void* find(REFIID iid) override {

@@ -57,26 +57,27 @@ inline asf::Header headerOf(const std::filesystem::path& track) {
     return header.value_or(asf::Header());
 }
 
-// The pictures in the file itself, in order.
-inline std::vector<Bytes> picturesIn(const std::filesystem::path& track) {
-    std::vector<Bytes> images;
+// Names and values of all but the pictures.
+inline std::vector<std::pair<std::u16string, Bytes>> tagsOf(const std::filesystem::path& track) {
+    std::vector<std::pair<std::u16string, Bytes>> tags;
     const asf::Header header = headerOf(track);
-    for (const auto& attribute : header.attributes()) {
-        if (attribute.name != asf::kPictureName) continue;
-        const auto picture = asf::Picture::parse(attribute.value);
-        EXPECT_TRUE(picture);
-        if (picture) images.emplace_back(picture->data.begin(), picture->data.end());
-    }
-    return images;
+    for (const auto& attribute : header.attributes())
+        if (attribute.name != asf::kPictureName) tags.emplace_back(attribute.name, attribute.value);
+    return tags;
+}
+
+inline asf::Attribute pictureAttribute(const Bytes& image, std::uint16_t language = 0) {
+    asf::Attribute attribute;
+    attribute.name = asf::kPictureName;
+    attribute.type = asf::AttributeType::bytes;
+    attribute.language = language;
+    attribute.value = asf::Picture{3, u"image/png", u"cover", image}.serialise();
+    return attribute;
 }
 
 inline void addPicture(const std::filesystem::path& track, const Bytes& image) {
     auto header = headerOf(track);
-    asf::Attribute attribute;
-    attribute.name = asf::kPictureName;
-    attribute.type = asf::AttributeType::bytes;
-    attribute.value = asf::Picture{3, u"image/png", u"cover", image}.serialise();
-    header.attributes().push_back(attribute);
+    header.attributes().push_back(pictureAttribute(image));
     std::string error;
     ASSERT_TRUE(asf::replaceHeader(openable(track), header, error)) << error;
 }
@@ -84,13 +85,9 @@ inline void addPicture(const std::filesystem::path& track, const Bytes& image) {
 // Everything behind the header: the sound.
 inline Bytes soundOf(const std::filesystem::path& track) {
     const Bytes all = contentOf(track);
-    std::uint64_t headerSize = 0;
-    if (all.size() >= 24)
-        for (int i = 7; i >= 0; --i)
-            headerSize = headerSize << 8 | all[16 + static_cast<std::size_t>(i)];
+    const std::size_t headerSize = all.at(16) | all.at(17) << 8 | all.at(18) << 16;
     EXPECT_LT(headerSize, all.size());
-    if (headerSize >= all.size()) return {};
-    return {all.begin() + static_cast<std::ptrdiff_t>(headerSize), all.end()};
+    return {all.begin() + static_cast<std::ptrdiff_t>(std::min(headerSize, all.size())), all.end()};
 }
 
 }  // namespace orvane::test
