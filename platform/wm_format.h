@@ -12,9 +12,6 @@
 #ifndef __IWMMetadataEditor2_INTERFACE_DEFINED__
 #define __IWMMetadataEditor2_INTERFACE_DEFINED__
 
-// COM interfaces have no destructor: objects end in Release.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 MIDL_INTERFACE("203CFFE3-2E18-4FDF-B59D-6E71530534CF")
 IWMMetadataEditor2 : public IWMMetadataEditor {
 public:
@@ -22,7 +19,6 @@ public:
     virtual HRESULT STDMETHODCALLTYPE OpenEx(const WCHAR* fileName, DWORD desiredAccess,
                                              DWORD shareMode) = 0;
 };
-#pragma GCC diagnostic pop
 __CRT_UUID_DECL(IWMMetadataEditor2, 0x203cffe3, 0x2e18, 0x4fdf, 0xb5, 0x9d, 0x6e, 0x71, 0x53, 0x05,
                 0x34, 0xcf)
 

@@ -30,10 +30,6 @@ constexpr const wchar_t* PLUGIN_MISC_PLAYLISTSENDTO = L"PlaylistSendTo";
 // plug-ins changed.
 constexpr const char* PLUGIN_ADD_REMOVE_MESSAGE = "WMPlayer_PluginAddRemove";
 
-// No COM interface has a virtual destructor: objects end in Release.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // Implemented by the plug-in; the player calls it on its user-interface thread only. A background
 // plug-in gets neither Create nor Destroy.
 MIDL_INTERFACE("4c5e8f9f-ad3e-4bf9-9753-fcd30d6d38dd")
@@ -48,8 +44,6 @@ public:
     virtual HRESULT STDMETHODCALLTYPE SetProperty(const WCHAR* name, const VARIANT* value) = 0;
     virtual HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG * message) = 0;
 };
-
-#pragma GCC diagnostic pop
 
 #ifdef __CRT_UUID_DECL
 __CRT_UUID_DECL(IWMPPluginUI, 0x4c5e8f9f, 0xad3e, 0x4bf9, 0x97, 0x53, 0xfc, 0xd3, 0x0d, 0x6d, 0x38,

@@ -23,10 +23,6 @@ namespace orvane {
 // The class that the player finds in its registry key; both registry branches use it.
 extern const CLSID CLSID_OrVaneWmpPlugin;
 
-// COM objects end in Release; their interfaces have no virtual destructor by design.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // The object that the player creates. It links the player to the application: FinalConstruct starts
 // the application when it is not running, connects both pipes, hooks the player's main window and
 // starts the reconnect timer, or fails as a whole.
@@ -254,7 +250,5 @@ private:
     std::atomic<bool> m_released{false};  // end() has begun: no core is taken any more
     bool m_ended = false;                 // end() is done
 };
-
-#pragma GCC diagnostic pop
 
 }  // namespace orvane

@@ -31,7 +31,7 @@ for name in "${names[@]}"; do
     [ -d "fuzz/corpus/$name" ] || fail "there is no fuzzer '$name'" "these are there: ${all[*]}"
 done
 
-build_preset fuzz
+build_preset native --target fuzzers
 logs=$build/fuzz/logs
 crashes=build/fuzz/crashes
 rm -rf "$logs"
@@ -44,7 +44,7 @@ start() {
     mkdir -p "build/fuzz/found/$name"
     # Small runs need little memory held back, and stacks only when a failure is looked at.
     ASAN_OPTIONS=quarantine_size_mb=4:malloc_context_size=0:max_malloc_fill_size=0 \
-        UBSAN_OPTIONS=print_stacktrace=1 timeout -k 10 "$time_limit" "build/fuzz/fuzz_$name" \
+        UBSAN_OPTIONS=print_stacktrace=1 timeout -k 10 "$time_limit" "build/native/fuzz_$name" \
         "$limit" -max_len=$largest_input -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$crashes/$name-" "build/fuzz/found/$name" "fuzz/corpus/$name" \
         >"$logs/$name.log" 2>&1 </dev/null &
@@ -83,7 +83,7 @@ for name in "${failed[@]}"; do
         "$name" "${code_of[$name]}" "$name"
     grep -m 3 -E '^does not hold|ERROR: |runtime error: ' "$logs/$name.log" || tail -n 5 "$logs/$name.log"
     input=$(sed -n 's/.*Test unit written to //p' "$logs/$name.log" | tail -n 1)
-    [ -z "$input" ] || printf 'repeat it:    build/fuzz/fuzz_%s %s\nmake it less: build/fuzz/fuzz_%s -minimize_crash=1 -max_total_time=60 %s\n' \
+    [ -z "$input" ] || printf 'repeat it:    build/native/fuzz_%s %s\nmake it less: build/native/fuzz_%s -minimize_crash=1 -max_total_time=60 %s\n' \
         "$name" "$input" "$name" "$input"
 done
 fail "${#failed[@]} of ${#names[@]} fuzzers failed: ${failed[*]}" \

@@ -11,10 +11,6 @@
 
 #include <climits>
 
-// COM objects end in Release; their interfaces have no virtual destructor by design.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 namespace ATL {
 
 // One row of an interface map: how to get from the class to the interface.
@@ -290,7 +286,5 @@ public:
 };
 
 }  // namespace ATL
-
-#pragma GCC diagnostic pop
 
 #endif

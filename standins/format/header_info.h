@@ -18,10 +18,6 @@
 
 namespace orvane::standin {
 
-// No COM interface has a virtual destructor: objects end in Release.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // A reader's and an editor's base; they bring the IUnknown methods.
 class HeaderInfo : public IWMHeaderInfo3 {
 public:
@@ -76,7 +72,5 @@ private:
     OpenedFile m_file;
     const Kind m_kind;
 };
-
-#pragma GCC diagnostic pop
 
 }  // namespace orvane::standin

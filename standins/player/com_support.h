@@ -22,10 +22,6 @@ inline std::atomic<long>& liveObjects() {
     return count;
 }
 
-// No COM interface has a virtual destructor: objects end in Release.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // Counting is atomic: the player hands its objects to plug-ins that use them from any thread.
 template <typename... Interfaces>
 class ComObject : public Interfaces... {
@@ -83,8 +79,6 @@ public:
 #define ORVANE_PROPERTY_NOT_MADE(name, type)                    \
     STDMETHOD(get_##name)(type*) override { return E_NOTIMPL; } \
     STDMETHOD(put_##name)(type) override { return E_NOTIMPL; }
-
-#pragma GCC diagnostic pop
 
 // A new object, by one of its interfaces; its first reference belongs to the result.
 template <typename T, typename Interface, typename... Arguments>

@@ -81,9 +81,8 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
     std::vector<std::wstring> listedTwice = options.listTwice;
     for (std::wstring& part : listedTwice) part = foldCase(part);
     for (const auto& entry : ordered) {
-        const bool twice = std::any_of(
-            listedTwice.begin(), listedTwice.end(),
-            [&](const auto& part) { return entry.first.find(part) != std::wstring::npos; });
+        const auto named = [&](const auto& part) { return entry.first.find(part) != part.npos; };
+        const bool twice = std::any_of(listedTwice.begin(), listedTwice.end(), named);
         if (twice) add(entry.second);
         add(entry.second);
     }

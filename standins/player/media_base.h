@@ -9,9 +9,6 @@
 
 namespace orvane::standin {
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 class MediaBase : public DispatchObject<IWMPMedia3> {
 public:
     STDMETHOD(get_isIdentical)(IWMPMedia*, VARIANT_BOOL*) override { return E_NOTIMPL; }
@@ -32,7 +29,5 @@ public:
     STDMETHOD(getAttributeCountByType)(BSTR, BSTR, LONG*) override { return E_NOTIMPL; }
     STDMETHOD(getItemInfoByType)(BSTR, BSTR, LONG, VARIANT*) override { return E_NOTIMPL; }
 };
-
-#pragma GCC diagnostic pop
 
 }  // namespace orvane::standin

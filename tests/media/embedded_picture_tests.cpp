@@ -16,10 +16,6 @@ using test::Bytes;
 using test::pictureAttribute;
 using test::someImage;
 
-// COM interfaces have no virtual destructor by design.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // A real track's header that the stand-in runtime shows, and what another runtime may answer.
 class OddHeader final : public standin::HeaderInfo {
 public:
@@ -80,8 +76,6 @@ private:
 
     test::TrackFolder m_folder;
 };
-
-#pragma GCC diagnostic pop
 
 Bytes readFrom(OddHeader& header) {
     const auto read = EmbeddedPicture::read(&header);

@@ -12,9 +12,6 @@
 
 namespace orvane::test {
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // A media item of a player in memory: attributes in a map, every write written down, each call
 // made to fail on demand. Lives on the stack.
 class FakeMedia final : public standin::MediaBase {
@@ -51,7 +48,5 @@ protected:
         return match<IUnknown, IWMPMedia, IWMPMedia3>(iid, static_cast<IWMPMedia3*>(this));
     }
 };
-
-#pragma GCC diagnostic pop
 
 }  // namespace orvane::test
