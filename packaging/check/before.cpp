@@ -31,6 +31,8 @@ const Place kPlaces[] = {
     // The plug-in's class, as plugin/wmp_plugin.cpp names it.
     {HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\{9893A0E1-EE98-448F-81EE-D2D15666215E}",
      Extent::all},
+    // What one of the tests makes beside it.
+    {HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\{neighbour}", Extent::all},
     {HKEY_LOCAL_MACHINE, kShellFolders, Extent::oneValue, kAppData},
     {HKEY_LOCAL_MACHINE, kShellFolders, Extent::oneValue, L"Common AppData before OrVane's tests"},
     {HKEY_CURRENT_USER, L"Software\\Microsoft\\MediaPlayer", Extent::onlyItself},

@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <thread>
 
 #include "platform/atl/atlcomcli.h"
@@ -84,15 +84,33 @@ UniqueRegKey makeKey(HKEY root, const std::wstring& path, DWORD options = 0) {
 
 const Entries kNoKey{"no such key"};
 
-// All that a key holds, in reg.exe's lines.
+void addEntries(HKEY root, const std::wstring& path, const std::string& shown, Entries& entries) {
+    UniqueRegKey key;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS) return;
+    entries.insert(shown);
+    wchar_t name[256];
+    wchar_t data[1024];
+    for (DWORD i = 0, length = 256, type = 0, size = sizeof(data);
+         RegEnumValueW(key.get(), i, name, &length, nullptr, &type, reinterpret_cast<BYTE*>(data),
+                       &size) == ERROR_SUCCESS;
+         ++i, length = 256, size = sizeof(data)) {
+        DWORD number = 0;
+        std::memcpy(&number, data, sizeof(number));
+        entries.insert((length == 0 ? "(Default)" : utf8(name)) + "    " +
+                       (type == REG_DWORD ? "REG_DWORD    " + std::to_string(number)
+                                          : "REG_SZ    " + utf8(data)));
+    }
+    for (DWORD i = 0; RegEnumKeyW(key.get(), i, name, 256) == ERROR_SUCCESS; ++i)
+        addEntries(root, path + L"\\" + name, shown + "\\" + utf8(name), entries);
+}
+
+// All that a key holds, in lines like reg.exe's, whose own speak the user's language.
 Entries entriesOf(const std::string& key) {
-    const Process reg(L"reg.exe query " + wide(key) + L" /s");
+    const std::size_t root = key.find('\\');
     Entries entries;
-    if (reg.exitCode(20'000) != 0U) return kNoKey;
-    std::istringstream lines(reg.output());
-    for (std::string line; std::getline(lines >> std::ws, line);)
-        entries.insert(line.substr(0, line.find('\r')));
-    return entries;
+    addEntries(key.starts_with("HKEY_CLASSES_ROOT") ? HKEY_CLASSES_ROOT : HKEY_LOCAL_MACHINE,
+               wide(key.substr(root + 1)), key, entries);
+    return entries.empty() ? kNoKey : entries;
 }
 
 class Registration : public ModuleTest {
@@ -118,7 +136,7 @@ TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlay
     const Entries inEntry{kPluginsKey + "\\" + kClass,
                           "FriendlyName    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#102",
                           "Description    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#103",
-                          "Capabilities    REG_DWORD    0x58000001"};
+                          "Capabilities    REG_DWORD    " + std::to_string(0x58000001)};
     EXPECT_EQ(remove(), S_OK);
     makeKey(HKEY_LOCAL_MACHINE, kPlugins + L"\\{neighbour}");
     makeKey(HKEY_CLASSES_ROOT, L"CLSID\\{neighbour}");
