@@ -111,6 +111,10 @@ TEST(WindowHook, RefusesAWindowThatItCannotHook) {
         EXPECT_FALSE(another.InstallHook(window.hwnd()));
         EXPECT_THAT(log.take(), HasSubstr(refusal));
     }
+    // Nor does a hook that has its window leave it for another one.
+    TestWindow other;
+    EXPECT_FALSE(hook.InstallHook(other.hwnd()));
+    EXPECT_TRUE(other.hasOwnProcedure());
     EXPECT_EQ(window.send(kTestMessage), 7);
     EXPECT_EQ(hook.getHwnd(), window.hwnd());
 }

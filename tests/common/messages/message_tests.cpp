@@ -73,6 +73,8 @@ TEST(Document, ComesBackAsItWasAndAsItsKind) {
     command.setValue("spaces", "   ");
     command.setValue("framed", "  a  b ");
     command.setValue("wide", units(u"\u2003x y\u3000"));
+    const juce::String clef = units(u"\U0001D11E");  // names stand as they are, in UTF-8
+    command.setValue(clef, "G");
     for (const auto& back : {read(written(command)), OrvaneMessage::parse(command.toDocument())}) {
         ASSERT_NE(dynamic_cast<OrvaneCommand*>(back.get()), nullptr);
         EXPECT_EQ(back->getName(), "setMediaInfoToPath");
@@ -80,6 +82,7 @@ TEST(Document, ComesBackAsItWasAndAsItsKind) {
         EXPECT_EQ(back->getValue("spaces"), "");
         EXPECT_EQ(back->getValue("framed"), "a  b");
         EXPECT_EQ(back->getValue("wide"), "x y");
+        EXPECT_EQ(back->getValue(clef), "G");
     }
     EXPECT_NE(dynamic_cast<OrvaneEvent*>(read(written(OrvaneEvent("a"))).get()), nullptr);
     OrvaneResponse answer("b");
@@ -111,8 +114,10 @@ TEST(Message, ListsEndAtTheFirstEmptyValue) {
     OrvaneEvent event("e");
     event.addList("none", {});
     event.addList("p", {"a", "", "c"});
+    event.addList("late", {"", "b"});
     juce::StringArray list;
     EXPECT_FALSE(event.getList("none", list));
+    EXPECT_FALSE(event.getList("late", list));
     EXPECT_TRUE(event.getList("p", list));
     EXPECT_EQ(list, juce::StringArray({"a"}));
     EXPECT_TRUE(event.getList("none", list)) << "what the list held before counts";
