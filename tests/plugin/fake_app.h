@@ -106,6 +106,9 @@ public:
     [[nodiscard]] bool isHooked() const {
         return GetPropW(hwnd(), L"window_hook_this_ptr") != nullptr;
     }
+    void moveTo(int left, int top) const {
+        SetWindowPos(hwnd(), nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
 };
 
 }  // namespace orvane::test

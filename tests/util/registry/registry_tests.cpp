@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -174,6 +175,14 @@ TEST_F(Registry, AValueThatChangesMeanwhileIsReadWholeOrNotAtAll) {
     }
     stop = true;
     changer.join();
+}
+
+// The error of a failed read must not be hidden by the close of its key.
+TEST(Handle, TheLastErrorSurvivesItsClose) {
+    UniqueHandle handle(reinterpret_cast<HANDLE>(std::uintptr_t{0x7FFF'FFF0}));  // closing fails
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    handle.reset();
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
 }
 
 }  // namespace

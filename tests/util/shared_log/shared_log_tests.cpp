@@ -12,6 +12,7 @@
 
 #include "tests/support/process.h"
 #include "tests/util/shared_log/log_fixture.h"
+#include "util/shared_log/log_format.h"
 #include "util/shared_log/log_lock.h"
 
 namespace orvane {
@@ -90,16 +91,23 @@ TEST_F(Log, ErrorTextsAreTheCallersAndItsErrorsSurvive) {
     // Without an English text there is no message.
     SetLastError(0x2FFFFFFF);
     syslog(LOG_ERR, "dropped -- %M");
+    syslog(LOG_ERR, "asks for none -- %%M");
     EXPECT_EQ(GetLastError(), 0x2FFFFFFFU);
 
     const std::vector<std::string> written = lines();
-    ASSERT_EQ(written.size(), 3U);
+    ASSERT_EQ(written.size(), 4U);
+    EXPECT_EQ(afterTime(written[3]), "<3> unknown : asks for none -- %M");
     EXPECT_THAT(afterTime(written[0]), testing::AllOf(HasSubstr("100%M %m: failed (5) -- Access"),
                                                       EndsWith(" / No such file or directory")));
     EXPECT_EQ(afterTime(written[1]), "<3> unknown : %M 50%m");
 
     EXPECT_THAT(afterTime(written[2]),
                 testing::AllOf(StartsWith("<3> unknown : 193 -- "), HasSubstr("%1")));
+}
+
+// A text of the system's inside a format: it is printed as it would be read there.
+TEST(LogFormat, LonePercentSignsAreDoubledAndPairsKept) {
+    EXPECT_STREQ(escapePercents("5% of 50%% %%% %").get(), "5%% of 50%% %%%% %%");
 }
 
 TEST_F(Log, TheFolderIsMadeAndWhatStandsInItsWayReplaced) {
