@@ -16,7 +16,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr Turns kTurns{.blocks = 100, .samples = 50};
+constexpr int kRounds = 20;
+constexpr Turns kTurns{.blocks = 8, .samples = 32};
 constexpr const wchar_t* kEventPipe = L"\\\\.\\pipe\\IpcOrvaneEventPipe";
 constexpr const wchar_t* kCommandPipe = L"\\\\.\\pipe\\IpcOrvaneCommandPipe";
 constexpr const wchar_t* kBarePipe = L"\\\\.\\pipe\\OrvaneBenchBarePipe";
@@ -69,7 +70,7 @@ private:
 
 Bytes frameOf(const OrvaneMessage& message) { return frame::encode(message.toPayload()); }
 
-void measureRoundTrip(End& commands) {
+void measureRoundTrip(End& commands, Comparison& row) {
     const OrvaneCommand command("isPlaying");
     const Bytes request = frameOf(command);
     OrvaneResponse expected(command.getName());
@@ -87,13 +88,13 @@ void measureRoundTrip(End& commands) {
         Bytes answer(response.size());
         require(end.write(request) && end.read(answer) && answer == response, "a wrong answer");
     };
-    compare({"`isPlaying` over the command pipe", [&] { exchange(commands); }},
-            {"ping-pong of the same bytes", [&] { exchange(server); }}, kTurns);
+    row.round({"`isPlaying` over the command pipe", [&] { exchange(commands); }},
+              {"ping-pong of the same bytes", [&] { exchange(server); }}, kTurns);
     static_cast<void>(server.write(Bytes(request.size())));
     echo.join();
 }
 
-void measureEvent(OrvaneAppConnector& connector, End& events) {
+void measureEvent(OrvaneAppConnector& connector, End& events, Comparison& row) {
     OrvaneEvent event("PlayStopped");
     event.setValue("Player", "wmp");
     const Bytes frame = frameOf(event);
@@ -113,10 +114,10 @@ void measureEvent(OrvaneAppConnector& connector, End& events) {
     const auto settle = [&] {
         for (++written; taken < written;) Sleep(0);
     };
-    compare({"an event on the player's thread", [&] { connector.playStopped("wmp"); }, settle},
-            {"a write of the same bytes", [&] { require(client.write(frame), "a write failed"); },
-             settle},
-            kTurns);
+    row.round({"an event on the player's thread", [&] { connector.playStopped("wmp"); }, settle},
+              {"a write of the same bytes", [&] { require(client.write(frame), "a write failed"); },
+               settle},
+              kTurns);
     Bytes end(frame.size());
     static_cast<void>(client.write(end));
     bareReader.join();
@@ -130,12 +131,18 @@ void measureEvent(OrvaneAppConnector& connector, End& events) {
 
 void measureLink() {
     const juce::ScopedJuceInitialiser_GUI juce;
-    End events = End::made(kEventPipe);
-    End commands = End::made(kCommandPipe);
-    OrvaneAppConnector connector(nullptr);
-    require(connector.connect(), "the connector does not connect");
-    measureRoundTrip(commands);
-    measureEvent(connector, events);
+    Comparison roundTrips;
+    Comparison written;
+    for (int i = 0; i < kRounds; ++i) {
+        End events = End::made(kEventPipe);
+        End commands = End::made(kCommandPipe);
+        OrvaneAppConnector connector(nullptr);
+        require(connector.connect(), "the connector does not connect");
+        measureRoundTrip(commands, roundTrips);
+        measureEvent(connector, events, written);
+    }
+    roundTrips.print();
+    written.print();
 }
 
 }  // namespace orvane::bench

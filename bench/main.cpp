@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     try {
         run(argc == 2 && std::strcmp(argv[1], "link") == 0);
         return 0;
-    } catch (const std::exception& e) {
+    } catch (const std::exception& e) {  // of a library's
         std::fprintf(stderr, "error: %s\n", e.what());
         return 1;
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 // The rows of orvane_bench, a group each. COM is up on the calling thread; JUCE is not, but for
-// those that say so. std::runtime_error when a row cannot be taken.
+// those that say so. The program ends with a sentence when a row cannot be taken.
 
 namespace orvane::bench {
 

@@ -25,4 +25,4 @@ for _ in $(seq "$(nproc)"); do
     loops+=($!)
 done
 trap 'kill "${loops[@]}" "$wine_session" 2>/dev/null || true; stop_wine' EXIT
-timeout 60 wine build/win32/orvane_bench.exe link || fail "the measurement ended early" "read the line above"
+timeout 120 wine build/win32/orvane_bench.exe link || fail "the measurement ended early" "read the line above"
