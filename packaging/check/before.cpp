@@ -91,7 +91,7 @@ std::string get(const std::string& in, std::size_t& at) {
     if (in.size() - at < sizeof(length)) return at = in.size(), std::string();
     std::memcpy(&length, in.data() + at, sizeof(length));
     at += sizeof(length);
-    const std::string part = in.substr(at, length);
+    std::string part = in.substr(at, length);
     at += part.size();
     return part;
 }

@@ -71,9 +71,10 @@ std::string registerPlugin(const Kit& kit, bool registered) {
         return "regsvr32 ended with code " + (code ? std::to_string(*code) : "none in a minute");
     if (!registered) return {};
     const std::wstring folder = kit.programs().native();
+    const std::size_t bytes = (folder.size() + 1) * sizeof(wchar_t);
     const LSTATUS result =
         RegSetKeyValueW(HKEY_LOCAL_MACHINE, L"Software\\OrVaneMedia\\Settings", L"Path", REG_SZ,
-                        folder.c_str(), static_cast<DWORD>((folder.size() + 1) * sizeof(wchar_t)));
+                        folder.c_str(), static_cast<DWORD>(bytes));
     if (result == ERROR_SUCCESS) return {};
     return "OrVane's folder cannot be named in the registry: error " + std::to_string(result);
 }

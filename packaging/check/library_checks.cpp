@@ -108,9 +108,10 @@ void checkLibrary(const fs::path& report, const fs::path& music, const fs::path&
                   std::string& problems) {
     bool tagsRight = true, coversRight = true, soundSame = true, untouched = true, filed = true;
     std::size_t count = 0, pictures = 0, notFound = 0;
-    const auto problem = [&](bool& claim, const std::string& what) {
+    const auto problem = [&](bool& claim, const auto&... parts) {
         claim = false;
-        problems += what + "\n";
+        (problems.append(parts), ...);
+        problems += '\n';
     };
     const auto playlists = playlistsIn(playerOutput);
     std::istringstream lines(contentOf(report));
@@ -122,21 +123,21 @@ void checkLibrary(const fs::path& report, const fs::path& music, const fs::path&
         const std::string shown = toUtf8(name.native());
         const fs::path track = music / name;
         if (!playlists.contains(cells[kPlaylist] + "\t" + cells[kPath]))
-            problem(filed, shown + " is not in the playlist " + cells[kPlaylist]);
+            problem(filed, shown, " is not in the playlist ", cells[kPlaylist]);
         const std::string sound = soundOf(track);
         if (sound.empty() || sound != soundOf(originals / name))
-            problem(soundSame, shown + ": the audio data has changed");
+            problem(soundSame, shown, ": the audio data has changed");
         if (cells[kVerdict] == "not found") {
             ++notFound;
             if (contentOf(track) != contentOf(originals / name))
-                problem(untouched, shown + " was not found, but its file has changed");
+                problem(untouched, shown, " was not found, but its file has changed");
             continue;
         }
         const auto expectTag = [&](std::u16string_view tag, const std::string& wanted) {
             std::string is = tagOf(track, tag);
             if (is.ends_with('/')) is.pop_back();  // an empty count of discs
             if (is != wanted)
-                problem(tagsRight, shown + ": a tag is '" + is + "', not '" + wanted + "'");
+                problem(tagsRight, shown, ": a tag is '", is, "', not '", wanted, "'");
         };
         for (const auto& [column, tag] : kTags) expectTag(tag, cells[column]);
         expectTag(u"WM/PartOfSet",
@@ -144,7 +145,7 @@ void checkLibrary(const fs::path& report, const fs::path& music, const fs::path&
         if (cells[kArtFrom] == "-") continue;
         ++pictures;
         if (const auto wrong = checkPicture(track, toWide(cells[kArtFrom])); !wrong.empty())
-            problem(coversRight, shown + " " + wrong);
+            problem(coversRight, shown, " ", wrong);
     }
     std::size_t files = 0;
     for ([[maybe_unused]] const auto& entry : fs::directory_iterator(originals)) ++files;

@@ -27,6 +27,7 @@ TEST_F(ComServerTest, ThereIsOneClassObjectHoweverManyThreadsAsk) {
     endServer();  // as when it was never asked for
     std::array<CComPtr<IUnknown>, 8> answers;
     std::vector<std::thread> threads;
+    threads.reserve(answers.size());
     for (auto& answer : answers)
         threads.emplace_back([&] {
             EXPECT_EQ(getClassObject(CLSID_OrVaneWmpPlugin, IID_IUnknown,

@@ -55,7 +55,7 @@ TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
 
 TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
     const std::filesystem::path log =
-        std::filesystem::path(std::getenv("ProgramData")) / L"OrVaneMedia" / L"OrVane.log";
+        std::filesystem::path(_wgetenv(L"ProgramData")) / L"OrVaneMedia" / L"OrVane.log";
     const std::size_t before = readText(log).size();
     // An application that runs is not launched, wherever it may be.
     const InstallPath nowhere(L"C:\\no such folder");
@@ -219,6 +219,7 @@ TEST_F(LifecycleTest, EventsAndReferencesMayComeFromAnyThread) {
     std::atomic<int> started{0};
     std::atomic<int> running{kThreads};
     std::vector<std::thread> raisers;
+    raisers.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i)
         raisers.emplace_back([&, events = CComPtr<IWMPEvents>(sink())]() mutable {
             for (++started; started < kThreads;) std::this_thread::yield();

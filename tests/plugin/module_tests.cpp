@@ -73,6 +73,7 @@ const std::string kClass = utf8(kClassId);
 const std::string kOurClass = "HKEY_CLASSES_ROOT\\CLSID\\" + kClass;
 const std::wstring kPlugins = PLUGIN_INSTALLREGKEY;
 const std::string kPluginsKey = "HKEY_LOCAL_MACHINE\\" + utf8(kPlugins);
+const std::string kOurEntry = kPluginsKey + "\\" + kClass;
 
 UniqueRegKey makeKey(HKEY root, const std::wstring& path, DWORD options = 0) {
     UniqueRegKey key;
@@ -133,7 +134,7 @@ TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlay
     const Entries inClass{kOurClass, "(Default)    REG_SZ    OrVaneWmpPlugin Class",
                           kOurClass + "\\InprocServer32", "(Default)    REG_SZ    " + utf8(path),
                           "ThreadingModel    REG_SZ    Apartment"};
-    const Entries inEntry{kPluginsKey + "\\" + kClass,
+    const Entries inEntry{kOurEntry,
                           "FriendlyName    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#102",
                           "Description    REG_SZ    res://OrVaneWmpPlugin.dll/RT_STRING/#103",
                           "Capabilities    REG_DWORD    " + std::to_string(0x58000001)};
@@ -145,7 +146,7 @@ TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlay
     for (int round = 0; round < 2; ++round) {
         ASSERT_EQ(add(), S_OK);
         EXPECT_EQ(entriesOf(kOurClass), inClass);
-        EXPECT_EQ(entriesOf(kPluginsKey + "\\" + kClass), inEntry);
+        EXPECT_EQ(entriesOf(kOurEntry), inEntry);
         makeKey(HKEY_CLASSES_ROOT, std::wstring(L"CLSID\\") + kClassId + L"\\TypeLib\\deeper");
         makeKey(HKEY_LOCAL_MACHINE, kPlugins + L"\\" + kClassId + L"\\deeper");
     }

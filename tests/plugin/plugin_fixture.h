@@ -80,7 +80,7 @@ protected:
     std::vector<OrvaneMessage> events(std::size_t expected) {
         m_app->events.messages(expected);
         pumpFor(60);
-        const auto found = m_app->events.messages();
+        auto found = m_app->events.messages();
         m_app->forget();
         return found;
     }

@@ -53,8 +53,8 @@ public:
     // A line for its standard input.
     void tell(const std::string& line) {
         DWORD written = 0;
-        WriteFile(m_input.get(), (line + "\n").data(), static_cast<DWORD>(line.size() + 1),
-                  &written, nullptr);
+        const std::string whole = line + "\n";
+        WriteFile(m_input.get(), whole.data(), static_cast<DWORD>(whole.size()), &written, nullptr);
     }
     // It has ended then.
     void kill() {
