@@ -21,7 +21,7 @@ zips=("${1:-}")
 zip=$(realpath "${zips[0]}")
 work=$build/check-kit-test
 kit=$work/kit\ é
-rm -rf "$work" && mkdir -p "$kit" "$build/demo"
+rm -rf "$work" && mkdir -p "$kit"
 (cd "$kit" && unzip -q "$zip")
 claim_wine
 trap end_everything EXIT

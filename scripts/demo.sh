@@ -24,6 +24,7 @@ done
 build_preset win32 --target OrVaneWmpPlugin OrVaneApp player wmvcore
 
 demo=$build/demo
+[ $installed = 0 ] || demo=$build/installed-demo # what a failed demo has left stays to be read
 music=$demo/music
 originals=$demo/originals
 claim_wine
@@ -175,6 +176,6 @@ if [ "$failures" -gt 0 ]; then
     grep -E 'error: |PROBLEM ' "$transcript" | head -n 5 | sed 's/^/  application: /' >&2 || true
     [ ${#problems[@]} = 0 ] || printf '  %s\n' "${problems[@]}" >&2
     fail "$failures of ${#ticks[@]} things were not seen" \
-        "read the lines above, then transcript.txt, player.txt and log.txt in build/demo"
+        "read the lines above, then transcript.txt, player.txt and log.txt in ${demo#"$top"/}"
 fi
-say "all ${#ticks[@]} things were seen; the conversation is in build/demo/transcript.txt; try it yourself with ./dev console"
+say "all ${#ticks[@]} things were seen; the conversation is in ${demo#"$top"/}/transcript.txt; try it yourself with ./dev console"

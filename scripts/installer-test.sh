@@ -16,7 +16,7 @@ install_packages nsis zip
 
 work=$build/installer-test
 music=$work/music
-rm -rf "$work" && mkdir -p "$work/broken" "$music" "$build/demo"
+rm -rf "$work" && mkdir -p "$work/broken" "$music"
 claim_wine
 
 home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder

@@ -62,6 +62,7 @@ void Pipe::connectionLost() {
 Pipe::Sending Pipe::trySend(const OrvaneMessage& message) {
     const auto stream = currentStream();
     if (stream == nullptr || !stream->isUsable()) return {false, 0};
+    if (m_closing && GetCurrentThreadId() != m_readerId) return {false, 0};
     auto bytes = frame::begin();
     message.appendPayload(bytes);
     if (!frame::finish(bytes)) return {false, bytes.size() - frame::kHeaderSize};
@@ -71,7 +72,7 @@ Pipe::Sending Pipe::trySend(const OrvaneMessage& message) {
 bool Pipe::isConnected() const {
     const auto stream = currentStream();
     // While a message is handled nobody reads, and the other end may have gone.
-    return stream != nullptr && stream->isUsable() && stream->hasOtherEnd();
+    return stream != nullptr && !m_closing && stream->isUsable() && stream->hasOtherEnd();
 }
 
 bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
@@ -84,6 +85,7 @@ bool Pipe::open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs) {
         m_readerAtWork = true;
     }
     m_gaveUp = false;
+    m_closing = false;
     m_made = true;
     connectionMade();
     try {
@@ -113,9 +115,19 @@ void Pipe::endStream() {
 }
 
 void Pipe::close() {
+    const Deadline deadline(kClosePatienceMs);
+    m_closing = true;
+    letAnswer();
     endStream();
-    waitForReader();
+    waitForReader(deadline.remaining());
     lost();
+}
+
+// Whoever has asked the player to close is still owed the answer when the player does so at once.
+void Pipe::letAnswer() const {
+    const auto stream = currentStream();
+    if (stream == nullptr || !m_handling || onReader()) return;
+    if (stream->isUsable() && stream->hasOtherEnd()) static_cast<void>(readerEnds(kAnswerMs));
 }
 
 void Pipe::closeForGood() {
@@ -133,8 +145,8 @@ bool Pipe::readerEnds(DWORD timeoutMs) const {
     return !m_reader || waitServingCalls(m_reader.get(), timeoutMs) == WaitOutcome::signalled;
 }
 
-void Pipe::waitForReader() {
-    if (m_gaveUp || onReader() || readerEnds(kClosePatienceMs)) return;
+void Pipe::waitForReader(DWORD timeoutMs) {
+    if (m_gaveUp || onReader() || readerEnds(timeoutMs)) return;
     m_gaveUp = true;
     syslog(LOG_ERR, "Pipe \"%s\": a message is still being handled; its thread stays until it ends",
            m_logName.c_str());
@@ -171,7 +183,7 @@ void Pipe::run() {
         // Out of memory for the next payload: this connection ends, as after a failed read.
     }
     std::shared_ptr<PipeStream> stream;
-    {
+    if (!m_closing) {
         const juce::ScopedLock lock(m_lock);
         stream.swap(m_stream);
     }
@@ -219,7 +231,7 @@ void Pipe::readFrames() {
         } else {
             take(reader, std::span(ahead).first(result.count));
         }
-        if (result.status == PipeStream::ReadStatus::failed) return;
+        if (m_closing || result.status == PipeStream::ReadStatus::failed) return;
     }
 }
 
@@ -232,16 +244,18 @@ void Pipe::take(frame::Reader& reader, std::span<const std::uint8_t> bytes) {
         if (!reader.advance(count)) continue;
         deliver(reader.payload());
         // Closed while the message was handled: what came after it is not for us any more.
-        if (currentStream() == nullptr) return;
+        if (m_closing || currentStream() == nullptr) return;
     }
 }
 
 void Pipe::deliver(std::span<const std::uint8_t> payload) {
+    m_handling = true;
     try {
         messageReceived(payload);
     } catch (...) {
         syslog(LOG_ERR, "Pipe \"%s\": a message could not be handled", m_logName.c_str());
     }
+    m_handling = false;
 }
 
 }  // namespace orvane

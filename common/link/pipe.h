@@ -21,8 +21,9 @@ class Reader;
 // apartment that dispatches its messages while it waits. Opened, closed and destroyed by its owner,
 // one call at a time; send() and isConnected() may come from any thread while the object lives.
 //
-// Closing closes the pipe's handle at once. It waits for the reader thread, and with it for a
-// message being handled, for kClosePatienceMs at most, and serves calls into the waiting thread
+// Closing closes the pipe's handle at once; a message being handled first has kAnswerMs to be
+// answered, while nothing else is sent or received. Closing waits for the reader thread, and with
+// it for that message, for kClosePatienceMs in all, and serves calls into the waiting thread
 // meanwhile; posted messages stay in that thread's queue. On the reader thread itself (from
 // messageReceived) nothing waits; opening and destroying are not possible there.
 //
@@ -69,6 +70,7 @@ public:
     void closeForGood();
 
     static constexpr DWORD kWriteTimeoutMs = 2000;
+    static constexpr DWORD kAnswerMs = 500;
     static constexpr DWORD kLetGoMs = 100;  // for a reader that handles nothing
     static constexpr DWORD kClosePatienceMs = 4000;
 
@@ -101,7 +103,8 @@ private:
     void deliver(std::span<const std::uint8_t> payload);
     void endStream();
     void lost();
-    void waitForReader();
+    void letAnswer() const;
+    void waitForReader(DWORD timeoutMs);
     [[nodiscard]] bool onReader() const;
     [[nodiscard]] bool readerEnds(DWORD timeoutMs) const;
     [[nodiscard]] bool leaveReaderBehind();
@@ -112,7 +115,9 @@ private:
     std::shared_ptr<void> m_kept;  // for a reader that was left behind
     UniqueHandle m_reader;         // the thread; kept after its end until the next one
     std::atomic<DWORD> m_readerId{0};
-    bool m_gaveUp = false;  // on the present reader
+    std::atomic<bool> m_handling{false};  // a message, on the reader thread
+    std::atomic<bool> m_closing{false};   // until it is opened again
+    bool m_gaveUp = false;                // on the present reader
     DWORD m_receiveTimeoutMs = INFINITE;
     std::atomic<bool> m_made{false};
 };

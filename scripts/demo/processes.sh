@@ -55,8 +55,8 @@ shared_log() {
 start_player() {
     local output=$1
     shift
-    local fifo=$build/demo/player.fifo
-    mkdir -p "$build/demo"
+    local fifo
+    fifo=$(dirname "$output")/player.fifo
     rm -f "$fifo" && mkfifo "$fifo"
     env "$@" wine "$build/win32/player.exe" "--library=$(windows_path "$music")" --script=- \
         <"$fifo" >"$output" 2>&1 &

@@ -212,8 +212,8 @@ TEST_F(PipeTest, ClosingEndsAWriteAtOnce) {
 }
 
 // The player may serve a command's call on the very thread that closes the pipe. What was posted to
-// that thread is for the player's own loop.
-TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
+// that thread is for the player's own loop. The command is still answered, and no other begun.
+TEST_F(PipeTest, ClosingServesTheRunningMessageWaitsForItAndLetsItAnswer) {
     for (const bool inApartment : {false, true}) {
         SCOPED_TRACE(inApartment);
         const Apartment apartment(inApartment);
@@ -225,18 +225,26 @@ TEST_F(PipeTest, ClosingServesTheRunningMessageAndWaitsForIt) {
             begun.give();
             EXPECT_TRUE(eventually([&] { return !listener.isConnected(); }));
             EXPECT_EQ(window.send(AnsweringWindow::kMessage), 42);
+            EXPECT_TRUE(listener.send(OrvaneEvent("answer")));
             ended = true;
         };
         window.inside = [&] { EXPECT_FALSE(listener.send(OrvaneEvent("e"))); };
         connect();
         server.writeFrame("go");
+        server.writeFrame("one too many");
         ASSERT_TRUE(begun.await());
+        Bytes answer;
+        std::thread application([&] { answer = server.readPayload(); });
         listener.terminate();
         EXPECT_TRUE(ended);
         EXPECT_EQ(window.reached, 1);
+        EXPECT_EQ(listener.lostOn, GetCurrentThreadId());
+        application.join();
+        EXPECT_FALSE(answer.empty());
         server.reopen();
     }
     EXPECT_EQ(listener.lost, 2);
+    EXPECT_EQ(listener.payloads(), (Strings{"go", "go"}));
 }
 
 // What a command makes on the reader thread (the player's helper windows, COM's own) needs its
