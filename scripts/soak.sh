@@ -9,7 +9,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 minutes=${1:-5}
 [[ $minutes =~ ^[0-9]+(\.[0-9]+)?$ ]] || fail "'$minutes' is no number of minutes" "./dev soak 5"
 
-build_preset win32 --target orvane_soak
+build_preset win32 --target orvane_soak wmvcore
 start_wine_session
 trap 'kill "$wine_session" 2>/dev/null || true; stop_wine' EXIT
 

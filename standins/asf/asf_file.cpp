@@ -1,7 +1,6 @@
 #include "standins/asf/asf_file.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <exception>
 

@@ -1,11 +1,18 @@
-// The two functions that the runtime's users find by name.
+// The module's entry point and the two functions that the runtime's users find by name.
 
 #include <windows.h>
 
 #include <new>
 
+#include "platform/compiler_runtime.h"
 #include "standins/format/metadata_editor.h"
 #include "standins/format/sync_reader.h"
+
+// It comes and goes with its user; the process may see thousands of them.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processExit) {
+    if (reason == DLL_PROCESS_DETACH && processExit == nullptr) orvane::giveBackRuntimeAtEnd();
+    return TRUE;
+}
 
 extern "C" HRESULT WINAPI WMCreateSyncReader(IUnknown*, DWORD, IWMSyncReader** reader) {
     if (!reader) return E_POINTER;

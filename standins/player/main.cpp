@@ -17,7 +17,6 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "standins/player/com_support.h"

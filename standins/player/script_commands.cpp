@@ -2,9 +2,7 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <iterator>
-#include <utility>
 
 #include "standins/player/com_support.h"
 #include "standins/player/model.h"
