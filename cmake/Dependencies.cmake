@@ -28,3 +28,6 @@ target_compile_options(pugixml PRIVATE -fno-exceptions -fno-unwind-tables -fno-a
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
 add_subdirectory(${GTEST_SOURCES} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+foreach(library gtest gmock)
+  target_compile_options(${library} PRIVATE -O0 -g1) # it costs more to build than to run
+endforeach()
