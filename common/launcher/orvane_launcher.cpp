@@ -63,13 +63,15 @@ juce::String OrvaneLauncher::getPath() {
     return path;
 }
 
-std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(IOrvanePluginMethods* methods,
-                                                              KeepAlive keepAlive) {
+std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(
+    std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) {
     try {
-        return std::make_unique<OrvaneAppConnector>(methods, std::move(keepAlive));
+        return std::make_unique<OrvaneAppConnector>(std::move(methods), std::move(whenLost));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
+
+bool OrvaneLauncher::canBeReached() { return OrvaneAppConnector::canConnect(); }
 
 }  // namespace orvane

@@ -16,9 +16,11 @@ public:
     // there is such a file.
     [[nodiscard]] juce::String getPath() override;
 
-    using HostLauncher::createConnector;
-    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods* methods,
-                                                                KeepAlive keepAlive) override;
+    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(
+        std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) override;
+
+protected:
+    [[nodiscard]] bool canBeReached() override;
 };
 
 }  // namespace orvane

@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -26,12 +28,25 @@ inline std::string lineOf(const OrvaneMessage& message) {
     return line.toStdString();
 }
 
-// The application's end of one pipe: keeps every message.
-class AppPipe final : public PipeBroadcaster {
+// The application's end of one pipe: keeps every message. Each client has a connection of its own.
+class AppPipe {
 public:
-    using PipeBroadcaster::PipeBroadcaster;
-    ~AppPipe() override { closeForGood(); }
+    explicit AppPipe(const char* name) : m_name(name) {}
+    AppPipe(const AppPipe&) = delete;
+    AppPipe& operator=(const AppPipe&) = delete;
 
+    bool initConnection() {
+        m_connection.reset();  // there is one instance of the pipe
+        m_connection = makePipe<Connection>(m_name, *this);
+        return m_connection->initConnection();
+    }
+    void terminate() { m_connection.reset(); }
+    [[nodiscard]] bool isConnected() const {
+        return m_connection != nullptr && m_connection->isConnected();
+    }
+    bool send(const OrvaneMessage& message) {
+        return m_connection != nullptr && m_connection->send(message);
+    }
     // Waits until the plug-in has opened the pipe, and pumps meanwhile.
     bool deliver(const OrvaneMessage& message) {
         return pumpUntil([&] { return send(message); });
@@ -52,20 +67,36 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_messages.clear();
     }
-    void messageReceived(std::span<const std::uint8_t> payload) override {
-        const auto message = OrvaneMessage::parsePayload(payload);
-        const std::scoped_lock lock(m_mutex);
-        m_messages.push_back(message ? *message : OrvaneMessage("none", "unreadable"));
-    }
+    // Runs for each message, on the connection's thread.
+    std::function<void()> onMessage;
 
 private:
+    class Connection final : public PipeBroadcaster {
+    public:
+        Connection(const char* name, AppPipe& owner) : PipeBroadcaster(name), m_owner(owner) {}
+        void messageReceived(std::span<const std::uint8_t> payload) override {
+            const auto message = OrvaneMessage::parsePayload(payload);
+            {
+                const std::scoped_lock lock(m_owner.m_mutex);
+                m_owner.m_messages.push_back(message ? *message
+                                                     : OrvaneMessage("none", "unreadable"));
+            }
+            if (m_owner.onMessage) m_owner.onMessage();
+        }
+
+    private:
+        AppPipe& m_owner;
+    };
+
     [[nodiscard]] std::size_t count() const {
         const std::scoped_lock lock(m_mutex);
         return m_messages.size();
     }
 
+    const char* const m_name;
     mutable std::mutex m_mutex;
     std::vector<OrvaneMessage> m_messages;
+    std::shared_ptr<Connection> m_connection;  // last: its thread uses the others
 };
 
 struct FakeApp {

@@ -124,7 +124,6 @@ private:
 class TestListener final : public PipeListener {
 public:
     using PipeListener::PipeListener;
-    ~TestListener() override { closeForGood(); }
 
     void connectionMade() override {
         PipeListener::connectionMade();
