@@ -11,15 +11,8 @@ namespace orvane::standin {
 namespace {
 
 HRESULT openFailure(DWORD error) {
-    switch (error) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-            return NS_E_FILE_NOT_FOUND;
-        case ERROR_ACCESS_DENIED:
-            return E_ACCESSDENIED;
-        default:
-            return NS_E_FILE_OPEN_FAILED;
-    }
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return NS_E_FILE_NOT_FOUND;
+    return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : NS_E_FILE_OPEN_FAILED;
 }
 
 }  // namespace
