@@ -227,8 +227,8 @@ void Job::file(TrackReport& track) {
 
 void Job::tellAbout(const TrackReport& track, int count) const {
     const bool good = track.problems.isEmpty();
-    m_tell(fitted(String(track.index + 1) + "/" + String(count), 9) +
-           fitted(good ? about(track.verdict).name : "PROBLEM", 10) +
+    m_tell((String(track.index + 1) + "/" + String(count)).paddedRight(' ', 8) + " " +
+           String(good ? about(track.verdict).name : "PROBLEM").paddedRight(' ', 10) +
            onOneLine(nameOf(track.path)) + (good ? "" : "; ") +
            track.problems.joinIntoString("; "));
 }

@@ -68,7 +68,7 @@ extern "C" int wmain(int argc, wchar_t** argv) {
     }
     orvane::openlog("OrVaneApp", orvane::LOG_PID, 0);
     orvane::setlogmask(63);
-    const int result = Application(std::move(options)).run();
+    const int result = StandInApplication(std::move(options)).run();
     orvane::closelog();
     return result;
 }

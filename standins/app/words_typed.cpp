@@ -16,8 +16,7 @@ std::vector<Form> formsOf(const Word& word) {
     std::vector<Form> forms;
     for (const String& one : StringArray::fromTokens(word.usage, false)) {
         const String bare = one.removeCharacters("[]");
-        const String name = bare.upToFirstOccurrenceOf("=", false, false);
-        const String value = bare.fromFirstOccurrenceOf("=", false, false);
+        const auto [name, value] = split(bare, "=");
         const bool isMap = name == "FIELD";
         forms.push_back({isMap ? "metadata" : name, bare == one, value == "N", value == "yes|no",
                          value.containsChar(';'), isMap});
@@ -57,46 +56,44 @@ String sharedBeginning(const StringArray& names) {
 
 }  // namespace
 
-const Word* findWord(const String& typed, String& problem) {
+const Word& findWord(const String& typed) {
     const Word* found = nullptr;
     StringArray candidates;
     for (const Word& word : allWords()) {
-        if (typed.equalsIgnoreCase(word.name)) return &word;
+        if (typed.equalsIgnoreCase(word.name)) return word;
         if (!String(word.name).startsWithIgnoreCase(typed)) continue;
         found = &word;
         candidates.add(word.name);
     }
-    if (candidates.size() == 1) return found;
-    problem = "'" + onOneLine(typed, 60) + "' " +
-              (candidates.isEmpty() ? "is no word; 'help' lists them"
-                                    : "may be " + candidates.joinIntoString(", "));
-    return nullptr;
+    if (candidates.size() == 1) return *found;
+    throw Failure{"'" + onOneLine(typed, 60) + "' " +
+                  (candidates.isEmpty() ? "is no word; 'help' lists them"
+                                        : "may be " + candidates.joinIntoString(", "))};
 }
 
-String fillCommand(OrvaneCommand& command, const Word& word, const StringArray& words) {
+OrvaneCommand commandFrom(const Word& word, const StringArray& words) {
     const std::vector<Form> forms = formsOf(word);
     // Gathered before they are put in the order in which they are sent.
     std::vector<StringPairArray> given(forms.size());
     for (const String& text : words) {
-        String value = text;
-        String key = text.upToFirstOccurrenceOf("=", false, false);
+        auto [key, value] = split(text, "=");
         std::size_t at = 0;
         // A path may have an equals sign in it as well.
         if (key.length() < text.length() && !key.containsAnyOf(":\\/ ")) {
-            value = text.fromFirstOccurrenceOf("=", false, false);
             while (at < forms.size() && keyFor(forms[at], key).isEmpty()) ++at;
             if (at < forms.size()) key = keyFor(forms[at], key);
         } else {
             while (at < forms.size() && !forms[at].isList && given[at].size() > 0) ++at;
             if (at < forms.size()) key = forms[at].name;
+            value = text;
         }
         if (at == forms.size() || key == "metadata")
-            return "'" + onOneLine(text, 60) + "' is not for " + word.name +
-                   "; it goes: " + word.name + " " + word.usage;
+            throw Failure{"'" + onOneLine(text, 60) + "' is not for " + word.name +
+                          "; it goes: " + word.name + " " + word.usage};
         const Form& form = forms[at];
-        if (form.isNumber && !parseNumber(value)) return form.name + " is a number from 0";
+        if (form.isNumber && !parseNumber(value)) throw Failure{form.name + " is a number from 0"};
         if (form.isYesNo && !value.equalsIgnoreCase("yes") && !value.equalsIgnoreCase("no"))
-            return form.name + " is yes or no";
+            throw Failure{form.name + " is yes or no"};
         if (form.isList && key == form.name) {
             for (const String& element : StringArray::fromTokens(value, ";", ""))
                 if (element.isNotEmpty()) given[at].set(key + String(given[at].size()), element);
@@ -104,14 +101,15 @@ String fillCommand(OrvaneCommand& command, const Word& word, const StringArray& 
             given[at].set(key, value);
         }
     }
+    OrvaneCommand command(word.name);
     for (std::size_t at = 0; at < forms.size(); ++at) {
         const Form& form = forms[at];
-        if (given[at].size() == 0 && form.needed) return "it needs " + form.name + "=...";
+        if (given[at].size() == 0 && form.needed) throw Failure{"it needs " + form.name + "=..."};
         if (given[at].size() == 0 && !form.isList && !form.isMap)
             given[at].set(form.name, form.isYesNo ? "no" : "");
         for (const String& key : given[at].getAllKeys()) command.setValue(key, given[at][key]);
     }
-    return {};
+    return command;
 }
 
 Completion complete(const String& line) {
@@ -121,21 +119,24 @@ Completion complete(const String& line) {
     const auto offer = [&](const String& text) {
         if (text.startsWithIgnoreCase(typed)) candidates.add(text);
     };
-    String ignored;
-    const Word* const word = findWord(before.upToFirstOccurrenceOf(" ", false, false), ignored);
     if (before.isEmpty() || before == "help ") {
-        for (const Word& one : allWords()) offer(String(one.name) + " ");
-    } else if (word != nullptr && word->run == nullptr) {
-        for (const Form& form : formsOf(*word)) {
-            if (form.isMap)
-                for (const String& field : fields()) offer(field + "=");
-            else
-                offer(form.name + "=");
+        for (const Word& word : allWords()) offer(String(word.name) + " ");
+    } else {
+        try {
+            const Word& word = findWord(split(before, " ").first);
+            if (word.run != nullptr) return {line, {}};
+            for (const Form& form : formsOf(word))
+                if (!form.isMap) offer(form.name + "=");
+            for (const String& field : fields())
+                if (String(word.usage).contains("FIELD")) offer(field + "=");
+        } catch (const Failure&) {
+            // Nothing is known about what follows an unknown word.
         }
     }
     if (candidates.isEmpty()) return {line, {}};
-    const Completion completion{before + sharedBeginning(candidates), candidates};
-    return candidates.size() > 1 ? completion : Completion{completion.line, {}};
+    const String completed = before + sharedBeginning(candidates);
+    if (candidates.size() == 1) candidates.clear();
+    return {completed, candidates};
 }
 
 String helpOverview() {
