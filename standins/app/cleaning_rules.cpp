@@ -1,12 +1,9 @@
 #include "standins/app/cleaning_rules.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace orvane::standin::app {
 namespace {
-
-using Characters = std::vector<juce::juce_wchar>;
 
 // Letters of ASCII and Latin-1; everything else has no case here.
 bool isUpper(juce::juce_wchar c) {
@@ -24,37 +21,33 @@ bool isSmallWord(const String& word) {
 
 // Whether the capitals look like nobody's choice: a word that begins small without being one of
 // the small ones, or capitals throughout (but for a short name, which may be an abbreviation).
-bool hasCarelessCase(const StringArray& words) {
+bool hasCarelessCase(const String& text, const StringArray& words) {
     int uppers = 0;
-    int lowers = 0;
-    bool smallBeginning = false;
-    for (const String& word : words) {
-        smallBeginning = smallBeginning || (isLower(word[0]) && !isSmallWord(word));
-        for (auto c = word.getCharPointer(); !c.isEmpty(); ++c) {
-            uppers += isUpper(*c) ? 1 : 0;
-            lowers += isLower(*c) ? 1 : 0;
-        }
+    bool hasLowers = false;
+    for (auto c = text.getCharPointer(); !c.isEmpty(); ++c) {
+        uppers += isUpper(*c) ? 1 : 0;
+        hasLowers = hasLowers || isLower(*c);
     }
-    return lowers == 0 ? uppers > 4 : smallBeginning;
+    if (!hasLowers) return uppers > 4;
+    return std::ranges::any_of(
+        words, [](const String& word) { return isLower(word[0]) && !isSmallWord(word); });
 }
 
 // Each word with a capital, but for small ones within.
 String capitalised(const String& text) {
-    const juce::CharPointer_UTF32 begin = text.toUTF32();
-    Characters all(begin.getAddress(), begin.getAddress() + text.length());
-    const auto endsWord = [](juce::juce_wchar c) { return String(" -/([\"").containsChar(c); };
-    for (auto from = all.begin(); from != all.end();) {
-        const auto end = std::find_if(from, all.end(), endsWord);
-        const String word = text.substring(static_cast<int>(from - all.begin()),
-                                           static_cast<int>(end - all.begin()));
-        const bool small = from != all.begin() && isSmallWord(word);
-        for (auto c = from; c != end; ++c) {
-            if (c == from && !small ? isLower(*c) : isUpper(*c)) *c ^= 0x20;
+    String result;
+    for (String rest = text; rest.isNotEmpty();) {
+        const int end = rest.indexOfAnyOf(" -/([\"");
+        const String word = end < 0 ? rest : rest.substring(0, end);
+        bool capital = result.isEmpty() || !isSmallWord(word);
+        for (auto c = word.getCharPointer(); !c.isEmpty(); ++c) {
+            result += (capital ? isLower(*c) : isUpper(*c)) ? *c ^ 0x20 : *c;
+            capital = false;
         }
-        from = end == all.end() ? end : end + 1;
+        if (end >= 0) result += rest[end];
+        rest = rest.substring(word.length() + 1);
     }
-    all.push_back(0);
-    return String(juce::CharPointer_UTF32(all.data()));
+    return result;
 }
 
 // Without what downloads and rips add ("[HQ]", an address), the spaces right, capitals if careless.
@@ -67,7 +60,7 @@ String cleanTitle(const String& text) {
             words.remove(i);
     }
     const String tidy = words.joinIntoString(" ");
-    return hasCarelessCase(words) ? capitalised(tidy) : tidy;
+    return hasCarelessCase(tidy, words) ? capitalised(tidy) : tidy;
 }
 
 // As a title; "Burns, Robert" the right way round, but not "Earth, Wind & Fire".

@@ -122,11 +122,11 @@ std::optional<String> Terminal::readTypedLine() {
 }
 
 void Terminal::complete() {
-    const String typed(m_typed.c_str());
-    const Completion completion = app::complete(typed);
-    if (!completion.candidates.isEmpty() && completion.line == typed)
-        write(completion.candidates.joinIntoString("  ") + "\n");
-    m_typed = completion.line.toWideCharPointer();
+    String line(m_typed.c_str());
+    const StringArray candidates = app::complete(line);
+    if (!candidates.isEmpty() && line == String(m_typed.c_str()))
+        write(candidates.joinIntoString("  ") + "\n");
+    m_typed = line.toWideCharPointer();
 }
 
 }  // namespace orvane::standin::app

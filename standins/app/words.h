@@ -31,12 +31,9 @@ const Word& findWord(const String& typed);
 // left out, as the real application sends them. Throws a Failure when a word is wrong or missing.
 OrvaneCommand commandFrom(const Word& word, const StringArray& words);
 
-// What may stand at the end of an unfinished line: names, or a command's parameters.
-struct Completion {
-    String line;             // with what all candidates share filled in
-    StringArray candidates;  // more than one when it is still open
-};
-Completion complete(const String& line);
+// Adds to an unfinished line what all names or parameters that may follow share. Returns these, or
+// nothing when there is at most one.
+StringArray complete(String& line);
 
 String helpOverview();
 String helpFor(const Word& word);

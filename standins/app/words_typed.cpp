@@ -7,19 +7,22 @@
 namespace orvane::standin::app {
 namespace {
 
+// A parameter of a command, as its usage tells it.
 struct Form {
-    String name;  // "metadata" for FIELD
-    bool needed, isNumber, isYesNo, isList, isMap;
+    String name, value;
+    bool needed;
+
+    [[nodiscard]] bool isNumber() const { return value == "N"; }
+    [[nodiscard]] bool isYesNo() const { return value == "yes|no"; }
+    [[nodiscard]] bool isList() const { return value.containsChar(';'); }
+    [[nodiscard]] bool isMap() const { return name == "metadata"; }
 };
 
 std::vector<Form> formsOf(const Word& word) {
     std::vector<Form> forms;
     for (const String& one : StringArray::fromTokens(word.usage, false)) {
-        const String bare = one.removeCharacters("[]");
-        const auto [name, value] = split(bare, "=");
-        const bool isMap = name == "FIELD";
-        forms.push_back({isMap ? "metadata" : name, bare == one, value == "N", value == "yes|no",
-                         value.containsChar(';'), isMap});
+        const auto [name, value] = split(one.removeCharacters("[]"), "=");
+        forms.push_back({name == "FIELD" ? "metadata" : name, value, !one.startsWithChar('[')});
     }
     return forms;
 }
@@ -36,22 +39,15 @@ const StringArray& fields() {
 
 // The key as it is sent, "" when the parameter is not meant.
 String keyFor(const Form& form, const String& key) {
-    if (form.isMap) {
+    if (form.isMap()) {
         if (key.startsWithIgnoreCase("metadata.")) return form.name + key.substring(8);
         const int field = fields().indexOf(key, true);
         return field < 0 ? String() : form.name + "." + fields()[field];
     }
     if (key.equalsIgnoreCase(form.name)) return form.name;
-    const bool isElement = form.isList && key.startsWithIgnoreCase(form.name) &&
+    const bool isElement = form.isList() && key.startsWithIgnoreCase(form.name) &&
                            parseNumber(key.substring(form.name.length()));
     return isElement ? form.name + key.substring(form.name.length()) : String();
-}
-
-String sharedBeginning(const StringArray& names) {
-    String shared = names[0];
-    for (const String& name : names)
-        while (!name.startsWithIgnoreCase(shared)) shared = shared.dropLastCharacters(1);
-    return shared;
 }
 
 }  // namespace
@@ -83,7 +79,7 @@ OrvaneCommand commandFrom(const Word& word, const StringArray& words) {
             while (at < forms.size() && keyFor(forms[at], key).isEmpty()) ++at;
             if (at < forms.size()) key = keyFor(forms[at], key);
         } else {
-            while (at < forms.size() && !forms[at].isList && given[at].size() > 0) ++at;
+            while (at < forms.size() && !forms[at].isList() && given[at].size() > 0) ++at;
             if (at < forms.size()) key = forms[at].name;
             value = text;
         }
@@ -91,10 +87,11 @@ OrvaneCommand commandFrom(const Word& word, const StringArray& words) {
             throw Failure{"'" + onOneLine(text, 60) + "' is not for " + word.name +
                           "; it goes: " + word.name + " " + word.usage};
         const Form& form = forms[at];
-        if (form.isNumber && !parseNumber(value)) throw Failure{form.name + " is a number from 0"};
-        if (form.isYesNo && !value.equalsIgnoreCase("yes") && !value.equalsIgnoreCase("no"))
+        if (form.isNumber() && !parseNumber(value))
+            throw Failure{form.name + " is a number from 0"};
+        if (form.isYesNo() && !value.equalsIgnoreCase("yes") && !value.equalsIgnoreCase("no"))
             throw Failure{form.name + " is yes or no"};
-        if (form.isList && key == form.name) {
+        if (form.isList() && key == form.name) {
             for (const String& element : StringArray::fromTokens(value, ";", ""))
                 if (element.isNotEmpty()) given[at].set(key + String(given[at].size()), element);
         } else {
@@ -105,14 +102,14 @@ OrvaneCommand commandFrom(const Word& word, const StringArray& words) {
     for (std::size_t at = 0; at < forms.size(); ++at) {
         const Form& form = forms[at];
         if (given[at].size() == 0 && form.needed) throw Failure{"it needs " + form.name + "=..."};
-        if (given[at].size() == 0 && !form.isList && !form.isMap)
-            given[at].set(form.name, form.isYesNo ? "no" : "");
+        if (given[at].size() == 0 && !form.isList() && !form.isMap())
+            given[at].set(form.name, form.isYesNo() ? "no" : "");
         for (const String& key : given[at].getAllKeys()) command.setValue(key, given[at][key]);
     }
     return command;
 }
 
-Completion complete(const String& line) {
+StringArray complete(String& line) {
     const String before = line.substring(0, line.lastIndexOfChar(' ') + 1);
     const String typed = line.substring(before.length());
     StringArray candidates;
@@ -124,19 +121,21 @@ Completion complete(const String& line) {
     } else {
         try {
             const Word& word = findWord(split(before, " ").first);
-            if (word.run != nullptr) return {line, {}};
+            if (word.run != nullptr) return {};
             for (const Form& form : formsOf(word))
-                if (!form.isMap) offer(form.name + "=");
+                if (!form.isMap()) offer(form.name + "=");
             for (const String& field : fields())
                 if (String(word.usage).contains("FIELD")) offer(field + "=");
         } catch (const Failure&) {
             // Nothing is known about what follows an unknown word.
         }
     }
-    if (candidates.isEmpty()) return {line, {}};
-    const String completed = before + sharedBeginning(candidates);
-    if (candidates.size() == 1) candidates.clear();
-    return {completed, candidates};
+    if (candidates.isEmpty()) return {};
+    String shared = candidates[0];
+    for (const String& candidate : candidates)
+        while (!candidate.startsWithIgnoreCase(shared)) shared = shared.dropLastCharacters(1);
+    line = before + shared;
+    return candidates.size() > 1 ? candidates : StringArray();
 }
 
 String helpOverview() {
