@@ -12,7 +12,7 @@ StandInPipe::~StandInPipe() {
 
 bool StandInPipe::keepOpen() {
     const std::lock_guard lock(m_owning);
-    // Not isConnected(): the reader may still be handing on what came before the client went.
+    // Not isConnected(): the reader may still deliver messages after the client has disconnected.
     if (m_open) return true;
     return initConnection();
 }

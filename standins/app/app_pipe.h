@@ -25,7 +25,7 @@ public:
     StandInPipe(PipeId id, Listener& listener);
     ~StandInPipe() override;
 
-    // Makes the pipe when it is not there, or its client has gone; false when it cannot be made.
+    // Creates the pipe if there is none, or its client has disconnected; false when that fails.
     bool keepOpen();
 
     [[nodiscard]] bool hasClient() const { return m_hasClient; }

@@ -63,7 +63,7 @@ void StandInApplication::runPrompt() {
         m_interpreter.run(*line);
         if (m_interpreter.hasQuit()) return;
     }
-    // Started by the plug-in there may be nobody to type: the pipes are served all the same.
+    // When the plug-in started this program there may be no input: it still serves the pipes.
     while (m_options.launchedBy.isNotEmpty()) juce::Thread::sleep(60'000);
 }
 

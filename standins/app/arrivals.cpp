@@ -37,7 +37,7 @@ bool Arrivals::waitUntil(std::chrono::milliseconds limit, const std::function<bo
     using std::chrono::steady_clock;
     for (const auto deadline = steady_clock::now() + limit; !isSo();) {
         const std::chrono::duration<double, std::milli> left = deadline - steady_clock::now();
-        // It stays signalled until somebody waits: no change between the question and here is lost.
+        // The event stays signalled until a thread waits, so no change since isSo() is missed.
         if (left.count() <= 0 || !m_came.wait(left.count())) return isSo();
     }
     return true;

@@ -18,7 +18,7 @@ using MessagePtr = std::shared_ptr<const OrvaneMessage>;
 class Arrivals {
 public:
     void add(MessagePtr message);
-    // Something else has changed that somebody may wait for: a pipe's client has come or gone.
+    // Wakes the waiting thread after another change: a client has connected or disconnected.
     void changed() { m_came.signal(); }
 
     // How many have come: a place to look from.
@@ -27,7 +27,8 @@ public:
     MessagePtr next(std::size_t& place,
                     const std::function<bool(const OrvaneMessage&)>& test) const;
 
-    // Asks at once, and again after each arrival and change; the last answer.
+    // Calls `isSo` at once, and again after each arrival and change, until it answers true or the
+    // time is up. Returns its last answer.
     bool waitUntil(std::chrono::milliseconds limit, const std::function<bool()>& isSo);
 
 private:

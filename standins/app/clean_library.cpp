@@ -25,7 +25,7 @@ String nameOf(const String& trackPath) {
     return trackPath.fromLastOccurrenceOf("\\", false, false);
 }
 
-// What kind of picture a file holds, from its first bytes: its name says nothing reliable.
+// The type of a picture, from its first bytes: the file's name is not reliable.
 String imageType(const juce::MemoryBlock& content) {
     const std::string_view bytes(static_cast<const char*>(content.getData()), content.getSize());
     if (bytes.starts_with("\xFF\xD8\xFF")) return "jpeg";

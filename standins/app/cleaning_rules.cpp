@@ -5,7 +5,7 @@
 namespace orvane::standin::app {
 namespace {
 
-// Letters of ASCII and Latin-1; everything else has no case here.
+// Letters of ASCII and Latin-1; other characters are treated as having no case.
 bool isUpper(juce::juce_wchar c) {
     return (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7);
 }
@@ -19,8 +19,8 @@ bool isSmallWord(const String& word) {
     return words.contains(word, true);
 }
 
-// Whether the capitals look like nobody's choice: a word that begins small without being one of
-// the small ones, or capitals throughout (but for a short name, which may be an abbreviation).
+// True when a word begins with a lower-case letter and is not one of the small words, or when all
+// letters are capitals (except in a short name, which may be an abbreviation).
 bool hasCarelessCase(const String& text, const StringArray& words) {
     int uppers = 0;
     bool hasLowers = false;
@@ -33,7 +33,7 @@ bool hasCarelessCase(const String& text, const StringArray& words) {
         words, [](const String& word) { return isLower(word[0]) && !isSmallWord(word); });
 }
 
-// Each word with a capital, but for small ones within.
+// Capitalises each word, except small words that are not the first.
 String capitalised(const String& text) {
     String result;
     for (String rest = text; rest.isNotEmpty();) {
@@ -50,7 +50,7 @@ String capitalised(const String& text) {
     return result;
 }
 
-// Without what downloads and rips add ("[HQ]", an address), the spaces right, capitals if careless.
+// Removes what downloads add ("[HQ]", an address) and extra spaces; corrects careless capitals.
 String cleanTitle(const String& text) {
     StringArray words = StringArray::fromTokens(text, false);
     for (int i = words.size(); --i >= 0;) {
@@ -63,7 +63,7 @@ String cleanTitle(const String& text) {
     return hasCarelessCase(tidy, words) ? capitalised(tidy) : tidy;
 }
 
-// As a title; "Burns, Robert" the right way round, but not "Earth, Wind & Fire".
+// As a title; "Burns, Robert" becomes "Robert Burns", "Earth, Wind & Fire" stays.
 String cleanName(const String& text) {
     const String tidy = cleanTitle(text);
     const StringArray words = StringArray::fromTokens(tidy, false);
@@ -103,7 +103,7 @@ String cleanGenre(const String& text) {
     return cleanTitle(text);
 }
 
-// What stands for "nothing" in a title, an artist or an album.
+// True for an empty title, artist or album, and for names like "Unknown artist" or "Track 7".
 bool isPlaceholder(const String& text) {
     return text.isEmpty() || text.startsWithIgnoreCase("unknown ") ||
            (text.startsWithIgnoreCase("track ") && parseNumber(text.substring(6)));
@@ -128,7 +128,7 @@ Decision decide(const StringPairArray& tags) {
     write("TrackTitle", title);
     const String album = cleanTitle(tags["AlbumTitle"]);
     if (!isPlaceholder(album)) write("AlbumTitle", album);
-    // Always, also when it is right: the plug-in puts the track's artist where it is missing.
+    // Written even when it is right: the plug-in reports the track's artist when it is missing.
     write("AlbumArtist", albumArtist);
     write("TrackArtist", artist);
     write("TrackNumber", cleanNumber(tags["TrackNumber"]));

@@ -78,7 +78,7 @@ void Interpreter::checkEvent(StringArray words, bool wanted, milliseconds within
     });
     if (came == wanted) return;
     if (came) throw Missed{"one came"};
-    // What came instead is most of the way to the reason.
+    // The events that came instead often show the reason.
     constexpr int shownAtMost = 8;
     StringArray others;
     m_arrivals.next(place, [&](const OrvaneMessage& message) {

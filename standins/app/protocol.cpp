@@ -46,7 +46,8 @@ private:
         m_at = end;
         return name;
     }
-    // Stops at what ends a text or an attribute; false where something is not escaped as it should.
+    // Stops at the end of a text or an attribute; false when a character is not escaped as it must
+    // be.
     bool takeEscaped(bool attribute) {
         static constexpr std::string_view plain =
             "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 "

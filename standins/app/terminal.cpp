@@ -45,8 +45,8 @@ void Terminal::write(const String& text) {
 
 void Terminal::showPrompt() {
     if (!m_prompting) return;
-    // A line longer than the window cannot be taken away again with plain characters: its end is
-    // what matters while typing.
+    // A line longer than the window cannot be erased with plain characters, so only its end is
+    // shown.
     CONSOLE_SCREEN_BUFFER_INFO info{};
     std::size_t width = 80;
     if (GetConsoleScreenBufferInfo(m_out, &info) && info.dwSize.X > 20)

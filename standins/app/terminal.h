@@ -1,8 +1,8 @@
 #pragma once
 
 // Where the application prints and reads lines: a console (ReadConsoleInputW, WriteConsoleW), or
-// whatever the standard handles are. Printing works from any thread; a line being typed is taken
-// away and put back around it.
+// whatever the standard handles are. Printing works from any thread; it erases the line
+// being typed and shows it again afterwards.
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-// From what is typed to a word and a command's parameters, and help with the typing.
+// Parses typed words and parameters; completion and help.
 
 #include "standins/app/words.h"
 
@@ -127,7 +127,7 @@ StringArray complete(String& line) {
             for (const String& field : fields())
                 if (String(word.usage).contains("FIELD")) offer(field + "=");
         } catch (const Failure&) {
-            // Nothing is known about what follows an unknown word.
+            // An unknown word has no parameters to complete.
         }
     }
     if (candidates.isEmpty()) return {};

@@ -114,8 +114,8 @@ std::optional<Header> readHeader(const std::filesystem::path& path, std::string&
 
 // Writes the file anew with this header and the old audio data, beside the old one, and puts it in
 // its place in one step: a failure half-way leaves the old file whole, and nothing beside it.
-// Nobody else may have the file open. Paths may be longer than 260 characters. For tests of what a
-// full disk leaves behind it can play one, after so many bytes written.
+// Nobody else may have the file open. Paths may be longer than 260 characters. For tests it can
+// simulate a disk that is full after so many bytes.
 bool replaceHeader(const std::filesystem::path& path, const Header& header, std::string& error,
                    std::optional<std::uint64_t> diskFullAfter = {});
 

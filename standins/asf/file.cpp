@@ -30,7 +30,7 @@ std::int64_t sizeFrom(std::FILE* file, std::int64_t position) {
 #ifdef _WIN32
 
 File openFile(const std::filesystem::path& path, Use use) {
-    // Who may not delete the file may not replace it: better to fail before anything is written.
+    // Replacing a file needs the right to delete it: fail before anything is written.
     DWORD access = GENERIC_READ | GENERIC_WRITE | DELETE;
     DWORD share = FILE_SHARE_READ;
     if (use == Use::read) {
@@ -56,7 +56,7 @@ File openFile(const std::filesystem::path& path, Use use) {
 
 void removeFile(const std::filesystem::path& path) noexcept { DeleteFileW(path.c_str()); }
 
-// That form takes no relative paths, no "/" and no "..", so the system makes the path full first.
+// The extended form allows no relative path, no "/" and no "..": the system resolves these first.
 std::wstring extendedLength(const std::filesystem::path& path) {
     const std::wstring& given = path.native();
     if (given.starts_with(LR"(\\?\)")) return given;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Files as replacing one safely takes them, over the C library's streams: on Windows these alone
-// say neither who else may have the file nor open a path of more than 260 characters.
+// Opens files for replacing one safely, as streams of the C library. On Windows fopen alone can
+// neither set the sharing mode nor open a path of more than 260 characters.
 
 #include <cstdint>
 #include <cstdio>

@@ -36,7 +36,7 @@ std::vector<std::size_t> positions(const Attributes& attributes, WORD stream) {
     return found;
 }
 
-// Gives what fits; `length` is what is needed in either case.
+// Copies the value if it fits; `length` becomes the size needed in either case.
 template <typename Length>
 HRESULT giveValue(const Attribute& attribute, WMT_ATTR_DATATYPE* type, BYTE* value,
                   Length* length) {

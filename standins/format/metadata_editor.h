@@ -14,7 +14,7 @@ class MetadataEditor final
 public:
     MetadataEditor() : FileObject(Kind::editor) {}
 
-    // For reading and writing, shared with nobody who writes.
+    // For reading and writing; no other handle may write to the file.
     STDMETHOD(Open)(const WCHAR* path) override {
         return OpenEx(path, GENERIC_READ | GENERIC_WRITE, 0);
     }

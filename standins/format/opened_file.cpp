@@ -21,8 +21,8 @@ HRESULT OpenedFile::open(const WCHAR* path, DWORD access, DWORD share) {
     if (!path) return E_POINTER;
     if (isOpen()) return ASF_E_INVALIDSTATE;
     const bool writable = (access & GENERIC_WRITE) != 0;
-    // Who may not delete the file may not replace it: better to fail now than when flushing. We
-    // read the header through a second handle, so reading is always shared.
+    // Replacing the file needs the right to delete it, so a missing right is an error now and not
+    // when flushing. The header is read through a second handle, so reading is always shared.
     UniqueFile lock(CreateFileW(
         asf::extendedLength(path).c_str(), GENERIC_READ | (writable ? GENERIC_WRITE | DELETE : 0),
         share | FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
