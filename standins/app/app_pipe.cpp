@@ -2,47 +2,48 @@
 
 namespace orvane::standin::app {
 
-AppPipe::AppPipe(PipeId id, Listener& listener)
+StandInPipe::StandInPipe(PipeId id, Listener& listener)
     : PipeBroadcaster(systemName(id)), m_id(id), m_listener(listener) {}
 
-AppPipe::~AppPipe() {
+StandInPipe::~StandInPipe() {
     m_whyClosed = "this program ends";
     closeForGood();
 }
 
-bool AppPipe::keepOpen() {
+bool StandInPipe::keepOpen() {
     const std::lock_guard lock(m_owning);
-    // Not isConnected(): the reader may still be handing on what came before the client went.
+    // Not isConnected(): the reader may still deliver messages after the client has disconnected.
     if (m_open) return true;
     return initConnection();
 }
 
-bool AppPipe::sendBytes(std::span<const std::uint8_t> bytes) {
+bool StandInPipe::sendBytes(std::span<const std::uint8_t> bytes) {
     constexpr DWORD limitMs = 30'000;  // for thousands of frames, each answered before the next
     const auto stream = currentStream();
     return stream != nullptr && stream->write(bytes, limitMs);
 }
 
-void AppPipe::drop() {
+void StandInPipe::drop() {
     const std::lock_guard lock(m_owning);
     m_whyClosed = "dropped by this program";
     initConnection();
     m_whyClosed = nullptr;
 }
 
-void AppPipe::clientConnected() {
+void StandInPipe::clientConnected() {
     m_hasClient = true;
-    m_listener.clientCame(m_id);
+    m_listener.clientChanged(m_id, "connected");
 }
 
-void AppPipe::connectionLost() {
-    const bool hadClient = m_hasClient.exchange(false);
+void StandInPipe::connectionLost() {
     const char* const why = m_whyClosed;
-    if (hadClient) m_listener.clientWent(m_id, why != nullptr ? why : "the plug-in closed it");
+    if (m_hasClient.exchange(false))
+        m_listener.clientChanged(
+            m_id, String("disconnected: ") + (why != nullptr ? why : "the plug-in closed it"));
     m_open = false;
 }
 
-void AppPipe::messageReceived(std::span<const std::uint8_t> payload) {
+void StandInPipe::messageReceived(std::span<const std::uint8_t> payload) {
     while (m_held && isConnected()) juce::Thread::sleep(5);
     m_listener.payloadCame(m_id, payload);
 }
