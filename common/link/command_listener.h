@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "common/link/pipe_listener.h"
+#include "common/names/names.h"
 
 namespace orvane {
 
@@ -17,7 +18,7 @@ public:
     // gone is dropped.
     explicit CommandListener(std::weak_ptr<IOrvanePluginMethods> methods,
                              ConnectionLost whenLost = nullptr,
-                             const juce::String& name = "IpcOrvaneCommandPipe")
+                             const juce::String& name = names::kCommandPipe.narrow())
         : PipeListener(name, std::move(whenLost)), pluginMethods(std::move(methods)) {}
 
     void messageReceived(std::span<const std::uint8_t> payload) override;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "common/link/pipe_listener.h"
+#include "common/names/names.h"
 
 namespace orvane {
 
@@ -11,7 +12,7 @@ namespace orvane {
 class EventProducer final : public PipeListener {
 public:
     explicit EventProducer(ConnectionLost whenLost = nullptr,
-                           const juce::String& name = "IpcOrvaneEventPipe")
+                           const juce::String& name = names::kEventPipe.narrow())
         : PipeListener(name, std::move(whenLost)) {}
 
     void messageReceived(std::span<const std::uint8_t>) override {}

@@ -4,15 +4,10 @@
 #include <utility>
 
 #include "common/messages/orvane_message.h"
+#include "common/names/names.h"
 #include "util/log/log.h"
 
 namespace orvane {
-namespace {
-
-constexpr const char* kEventPipe = "IpcOrvaneEventPipe";
-constexpr const char* kCommandPipe = "IpcOrvaneCommandPipe";
-
-}  // namespace
 
 OrvaneAppConnector::~OrvaneAppConnector() {
     // Each is closed outside the lock, since calls are served meanwhile.
@@ -65,17 +60,18 @@ bool OrvaneAppConnector::reopen(std::shared_ptr<PipeType>& held, std::string& la
 }
 
 bool OrvaneAppConnector::canConnect() {
-    return PipeStream::isOffered(kEventPipe) && PipeStream::isOffered(kCommandPipe);
+    return PipeStream::isOffered(names::kEventPipe.narrow()) &&
+           PipeStream::isOffered(names::kCommandPipe.narrow());
 }
 
 bool OrvaneAppConnector::connect() {
     try {
         const bool events = reopen(m_ep, m_eventFailure, "%s: m_ep->initConnection failed", [this] {
-            return makePipe<EventProducer>(m_whenLost, kEventPipe);
+            return makePipe<EventProducer>(m_whenLost);
         });
         const bool commands = reopen(
             m_cl, m_commandFailure, "%s: m_cl->initConnection failed",
-            [this] { return makePipe<CommandListener>(pluginMethods, m_whenLost, kCommandPipe); });
+            [this] { return makePipe<CommandListener>(pluginMethods, m_whenLost); });
         return events && commands;
     } catch (const std::exception& e) {
         syslog(LOG_ERR, "%s: %s", "OrvaneAppConnector::connect", e.what());

@@ -52,25 +52,33 @@ void Pipe::connectionLost() {
 }
 
 Pipe::Sending Pipe::trySend(const OrvaneMessage& message) {
-    const auto stream = currentStream();
-    if (stream == nullptr || !stream->isUsable() || !stream->isConnected()) return {false, 0};
-    if (m_closing && !onOwnThread()) return {false, 0};
+    if (!canSend()) return {false, 0};
     auto bytes = frame::begin();
     message.appendPayload(bytes);
     if (!frame::finish(bytes)) return {false, bytes.size() - frame::kHeaderSize};
-    switch (m_queue.put(std::move(bytes))) {
+    return {put(std::move(bytes)), 0};
+}
+
+bool Pipe::canSend() const {
+    const auto stream = currentStream();
+    return stream != nullptr && stream->isUsable() && stream->isConnected() &&
+           (!m_closing || onOwnThread());
+}
+
+bool Pipe::put(FrameQueue::Frame&& frame) {
+    if (!canSend()) return false;
+    switch (m_queue.put(std::move(frame))) {
         case FrameQueue::Put::queued:
-            return {!onOwnThread() || drain(), 0};
+            return !onOwnThread() || drain();
         case FrameQueue::Put::full:
             syslog(LOG_ERR, "Pipe \"%s\": too much waits to be sent; the connection is broken",
                    m_logName.c_str());
-            stream->shutDown();
             m_queue.close();
-            break;
+            if (const auto stream = currentStream()) stream->shutDown();
+            return false;
         default:
-            break;
+            return false;
     }
-    return {false, 0};
 }
 
 bool Pipe::isConnected() const {

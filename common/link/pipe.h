@@ -82,6 +82,9 @@ protected:
     // start.
     bool open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs);
 
+    // send() for bytes that are a frame already, or none.
+    bool put(FrameQueue::Frame&& frame);
+
     // Runs on the thread before the first read; false ends the connection.
     virtual bool prepareReading(PipeStream& stream);
 
@@ -92,6 +95,7 @@ protected:
 private:
     enum class Outcome { message, timedOut, ended };
 
+    [[nodiscard]] bool canSend() const;
     void run();
     void readMessages();
     Outcome exchange(PipeStream& stream, frame::Reader& reader);

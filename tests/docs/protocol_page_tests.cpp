@@ -15,10 +15,10 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
+#include "harness/child.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/support/in_tree.h"
-#include "tests/support/process.h"
 
 namespace orvane::test {
 namespace {
@@ -89,10 +89,8 @@ private:
 };
 
 TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
-    const juce::ScopedJuceInitialiser_GUI juce;
     FakeApp app;
-    PageMethods methods;
-    OrvaneAppConnector connector(&methods);
+    OrvaneAppConnector connector({});
     ASSERT_TRUE(connector.connect());
     const juce::String player("wmp");
     connector.playerHello(player);
@@ -152,11 +150,11 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
 }
 
 TEST(ProtocolPage, TheExampleHoldsASession) {
-    const Process application(L"minimal_application.exe");
+    const Child application(L"minimal_application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
-    PageMethods methods;
+    const std::shared_ptr<IOrvanePluginMethods> methods = std::make_shared<PageMethods>();
     {
-        OrvaneAppConnector connector(&methods);
+        OrvaneAppConnector connector(methods);
         ASSERT_TRUE(eventually([&] { return connector.connect(); }, 5000));
         connector.playerHello("wmp");
         EXPECT_TRUE(application.prints("isPlaying true", 5000)) << application.output();

@@ -7,10 +7,10 @@
 #include "common/link/pipe_trust.h"
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
+#include "harness/process_state.h"
 #include "platform/waiting.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/process_counts.h"
 #include "tests/support/test_window.h"
 
 namespace orvane {
@@ -133,9 +133,9 @@ TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrameAndComesAgain) {
     ASSERT_TRUE(eventually([&] { return listener->payloads().size() == 1; }));
     // Both ends of the pipe and the stream's three events: whatever of it stays would keep its
     // name.
-    const int unlinked = handlesOfThisProcess() - 5;
+    const int unlinked = ProcessState::now().handles - 5;
     int handles = 0;
-    listener->onLost = [&] { handles = handlesOfThisProcess(); };
+    listener->onLost = [&] { handles = ProcessState::now().handles; };
     Bytes frame = frame::encode(Bytes(5'000'000, 'x'));
     frame.resize(8 + 10'000);
     server.write(frame);

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <thread>
 
-namespace orvane::soak {
+namespace orvane::test {
 
 // Asks a window again and again whether its thread still answers. A wait of the plug-in's that lets
 // such questions in is no block.
@@ -50,4 +50,4 @@ private:
     std::thread m_thread;
 };
 
-}  // namespace orvane::soak
+}  // namespace orvane::test

@@ -1,4 +1,4 @@
-#include "soak/process_state.h"
+#include "harness/process_state.h"
 
 #include <windows.h>
 
@@ -9,7 +9,7 @@
 
 #include "platform/handles.h"
 
-namespace orvane::soak {
+namespace orvane::test {
 namespace {
 
 int countThreads() {
@@ -66,4 +66,4 @@ double committedMegabytes() {
 
 ProcessState ProcessState::now() { return {countThreads(), countHandles(), committedMegabytes()}; }
 
-}  // namespace orvane::soak
+}  // namespace orvane::test

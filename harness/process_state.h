@@ -1,6 +1,6 @@
 #pragma once
 
-namespace orvane::soak {
+namespace orvane::test {
 
 // What this process holds of the system.
 struct ProcessState {
@@ -11,4 +11,4 @@ struct ProcessState {
     static ProcessState now();
 };
 
-}  // namespace orvane::soak
+}  // namespace orvane::test
