@@ -23,9 +23,7 @@ constexpr const char* kAppFile = "OrVaneApp.exe";
 juce::String installationFolder(bool& found) {
     found = false;
     RegistryUtil registry(1);
-    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, kSettingsKey,
-                          KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, nullptr))
-        return {};
+    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, kSettingsKey, KEY_QUERY_VALUE, nullptr)) return {};
     const OwnedText folder = registry.GetValue(kPathValue, nullptr);
     found = folder != nullptr;
     return found ? juce::String::fromUTF8(folder.get()) : juce::String();
@@ -42,7 +40,9 @@ bool isDirectory(const juce::String& path) {
 
 bool OrvaneLauncher::isAppRunning() {
     const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, kAppMutex));
-    return mutex && GetLastError() == ERROR_ALREADY_EXISTS;
+    // An elevated application's mutex is there, and refuses itself to a player that is not elevated.
+    const DWORD error = GetLastError();
+    return error == (mutex ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED);
 }
 
 juce::String OrvaneLauncher::getPath() {
