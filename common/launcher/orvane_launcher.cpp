@@ -40,7 +40,8 @@ bool isDirectory(const juce::String& path) {
 
 bool OrvaneLauncher::isAppRunning() {
     const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, kAppMutex));
-    // An elevated application's mutex is there, and refuses itself to a player that is not elevated.
+    // An elevated application's mutex is there, and refuses itself to a player that is not
+    // elevated.
     const DWORD error = GetLastError();
     return error == (mutex ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED);
 }
