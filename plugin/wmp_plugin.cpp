@@ -1,6 +1,7 @@
 #include "plugin/wmp_plugin.h"
 
 #include <cstdint>
+#include <cwchar>
 #include <new>
 #include <optional>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
 #include "common/names/class_id.h"
+#include "media/file_rewrite.h"
 #include "platform/host_call.h"
 #include "platform/module.h"
 #include "platform/process_end.h"
@@ -26,6 +28,7 @@ namespace {
 constexpr int kPlayerId = 3;
 constexpr int kWrittenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
 constexpr UINT kReconnectPeriodMs = 2000;
+constexpr UINT kBusyTextId = 104;  // plugin/resources.rc.in
 
 template <typename T, typename... Arguments>
 std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
@@ -287,8 +290,18 @@ STDMETHODIMP COrVaneWmpPlugin::Destroy() { return S_OK; }
 
 STDMETHODIMP COrVaneWmpPlugin::DisplayPropertyPage(HWND) { return E_NOTIMPL; }
 
-STDMETHODIMP COrVaneWmpPlugin::GetProperty(const WCHAR*, VARIANT* value) {
-    return value == nullptr ? E_POINTER : E_NOTIMPL;
+STDMETHODIMP COrVaneWmpPlugin::GetProperty(const WCHAR* name, VARIANT* value) {
+    if (value == nullptr) return E_POINTER;
+    if (name == nullptr || std::wcscmp(name, PLUGIN_MISC_QUERYDESTROY) != 0) return E_NOTIMPL;
+    if (!FileRewrite::inProgress()) return E_NOTIMPL;
+    // In the module's read-only memory: with a size of 0 it is the address that is given.
+    const wchar_t* text = nullptr;
+    const int length = LoadStringW(thisModule(), kBusyTextId, reinterpret_cast<wchar_t*>(&text), 0);
+    BSTR const copy = SysAllocStringLen(text, static_cast<UINT>(length));
+    if (copy == nullptr) return E_OUTOFMEMORY;
+    value->vt = VT_BSTR;
+    value->bstrVal = copy;
+    return S_OK;
 }
 
 STDMETHODIMP COrVaneWmpPlugin::TranslateAccelerator(MSG*) { return E_NOTIMPL; }

@@ -74,6 +74,8 @@ public:
     STDMETHOD(Create)(HWND parent, HWND* window) override;
     STDMETHOD(Destroy)() override;
     STDMETHOD(DisplayPropertyPage)(HWND parent) override;
+    // "QueryDestroy" while a music file is being rewritten: a sentence for the user, in the user's
+    // language (LoadStringW). E_NOTIMPL otherwise.
     STDMETHOD(GetProperty)(const WCHAR* name, VARIANT* value) override;
     STDMETHOD(SetProperty)(const WCHAR* name, const VARIANT* value) override;
     STDMETHOD(TranslateAccelerator)(MSG* message) override;

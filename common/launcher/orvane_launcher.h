@@ -9,7 +9,8 @@ class OrvaneLauncher final : public HostLauncher {
 public:
     using HostLauncher::HostLauncher;
 
-    // Whether somebody holds the mutex "OrVaneApp_Process" in this session. CreateMutexW.
+    // Whether the mutex "OrVaneApp_Process" exists in this session, be it one that may not be
+    // opened. CreateMutexW.
     [[nodiscard]] bool isAppRunning() override;
 
     // "OrVaneApp.exe" in the folder that HKLM\Software\OrVaneMedia\Settings names as "Path", when

@@ -1,12 +1,13 @@
 // Creation, attachment to the player's core and release; also with a command running on the command
 // pipe's thread, and in a player that calls from several threads or lets the object go on another.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <olectl.h>
 
 #include <cstdlib>
 
 #include "harness/files.h"
+#include "media/file_rewrite.h"
 #include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
 #include "tests/support/captured_log.h"
@@ -80,7 +81,16 @@ TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
     ASSERT_NO_FATAL_FAILURE(open());
     VARIANT value{};
     EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", nullptr), E_POINTER);
-    EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", &value), E_NOTIMPL);
+    EXPECT_EQ(m_plugin->GetProperty(L"QueryDestroy", &value), E_NOTIMPL);
+    {
+        const FileRewrite rewrite;
+        EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", &value), E_NOTIMPL);
+        EXPECT_EQ(m_plugin->GetProperty(L"QueryDestroy", &value), S_OK);
+        ASSERT_EQ(value.vt, VT_BSTR);
+        EXPECT_THAT(value.bstrVal, testing::StartsWith(L"OrVane "));
+        VariantClear(&value);
+    }
+    EXPECT_EQ(m_plugin->GetProperty(L"QueryDestroy", &value), E_NOTIMPL);
     EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
 
     TestPlayer second(m_options);
