@@ -150,14 +150,14 @@ TEST(Message, MapsAreReadFromKeysThatHoldThePrefix) {
     command.setValue("metadata.TRACKTITLE2", "");
     command.setValue("a.metadata.trackTitle", "replaced");
     EXPECT_TRUE(command.getMap("metadata", map));
-    EXPECT_EQ(map.getAllKeys(), juce::StringArray({"TrackTitle", "metadata.x", "TRACKTITLE2"}));
-    EXPECT_EQ(map.getAllValues(), juce::StringArray({"replaced", "1", ""}));
+    EXPECT_EQ(map.getAllKeys(), juce::StringArray({"TrackTitle", "TRACKTITLE2", "metadata.x"}));
+    EXPECT_EQ(map.getAllValues(), juce::StringArray({"replaced", "", "1"}));
     EXPECT_FALSE(
         OrvaneCommand("none").getMap("metadata", *std::make_unique<juce::StringPairArray>()));
 
     OrvaneResponse response("c");
     response.addMap("metadataOut", map);
-    EXPECT_EQ(response.getParameters()[1].key, "metadataOut.metadata.x");
+    EXPECT_EQ(response.getParameters()[2].key, "metadataOut.metadata.x");
 }
 
 }  // namespace
