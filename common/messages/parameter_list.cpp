@@ -29,13 +29,13 @@ int compareKeys(const StringUnit* a, const StringUnit* b) {
 
 // A key in upper case, and its parameter's position.
 struct FoldedKey {
-    const StringUnit* units;
+    const char16_t* units;
     std::uint32_t length;
     std::uint32_t position;
 
     [[nodiscard]] int compare(const FoldedKey& other) const {
         if (length != other.length) return length < other.length ? -1 : 1;
-        return std::char_traits<StringUnit>::compare(units, other.units, length);
+        return std::char_traits<char16_t>::compare(units, other.units, length);
     }
 };
 
@@ -51,7 +51,7 @@ public:
         for (const Parameter& parameter : parameters) {
             const std::size_t begin = m_units.size();
             for (const StringUnit* unit = unitsOf(parameter.key); *unit != 0; ++unit)
-                m_units.push_back(static_cast<StringUnit>(folded(*unit)));
+                m_units.push_back(folded(*unit));
             m_keys.push_back({m_units.data() + begin,
                               static_cast<std::uint32_t>(m_units.size() - begin),
                               static_cast<std::uint32_t>(m_keys.size())});
@@ -64,7 +64,7 @@ public:
     [[nodiscard]] const std::vector<FoldedKey>& sorted() const { return m_keys; }
 
 private:
-    std::vector<StringUnit> m_units;
+    std::vector<char16_t> m_units;
     std::vector<FoldedKey> m_keys;
 };
 
