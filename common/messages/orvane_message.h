@@ -85,11 +85,11 @@ class OrvaneCommand : public OrvaneMessage {
 public:
     explicit OrvaneCommand(const juce::String& commandName);
 
-    // Runs the operation that the command names and returns the answer. What the operation throws
-    // is logged and answered with a return value of false.
+    // Calls the operation of the command's name and returns the answer. An unknown command is
+    // answered with a return value of false; so is an exception, which is logged.
     OrvaneResponse executeCommand(IOrvanePluginMethods* pluginMethods) const;
 
-    // The commands that have an operation behind them, in the order of their names.
+    // The names of the commands that executeCommand() knows, sorted.
     [[nodiscard]] static std::vector<std::string_view> names();
 };
 
