@@ -120,8 +120,9 @@ void sendSelectedTracks(const OrvaneCommand&, Methods& methods, OrvaneResponse& 
     response.setReturnValue(methods.sendSelectedTracks());
 }
 
-// In the order of their names, for the binary search. The protocol's seven further playlist
-// commands have no operation behind them in this plug-in; they are answered as unknown ones are.
+// Sorted by name, for the binary search. The protocol's seven further playlist commands are not
+// here on purpose, although the interface has operations of their names: the application gets the
+// answer to an unknown command, false.
 constexpr std::array kEntries = {
     Entry{"addToCleanedFolder", &addToFolder<&Methods::addToCleanedFolder>},
     Entry{"addToDirtyFolder", &addToFolder<&Methods::addToDirtyFolder>},
