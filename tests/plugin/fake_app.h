@@ -47,6 +47,7 @@ public:
     bool send(const OrvaneMessage& message) {
         return m_connection != nullptr && m_connection->send(message);
     }
+    bool sendFrame(FrameQueue::Frame&& frame) { return m_connection->put(std::move(frame)); }
     // Waits until the plug-in has opened the pipe, and pumps meanwhile.
     bool deliver(const OrvaneMessage& message) {
         return pumpUntil([&] { return send(message); });
@@ -74,6 +75,7 @@ private:
     class Connection final : public PipeBroadcaster {
     public:
         Connection(const char* name, AppPipe& owner) : PipeBroadcaster(name), m_owner(owner) {}
+        using PipeBroadcaster::put;
         void messageReceived(std::span<const std::uint8_t> payload) override {
             const auto message = OrvaneMessage::parsePayload(payload);
             {
