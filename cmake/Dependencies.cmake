@@ -1,6 +1,6 @@
 # What the project takes from elsewhere; docs/dependencies.md says why each is there.
 #
-# juce      Debian's juce-modules-source (7.0.5), juce_core and juce_events, 16-bit strings
+# juce      Debian's juce-modules-source (7.0.5), juce_core, 16-bit strings
 # pugixml   Debian's source package, unpacked by ./dev setup into build/deps/pugixml
 # gtest     Debian's googletest sources
 

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/atl/atlcom.h"
+#include "platform/process_end.h"
 #include "plugin/registration.h"
 #include "plugin/wmp_plugin.h"
 
@@ -11,11 +12,12 @@ namespace {
 
 class PluginModule : public CAtlDllModuleT<PluginModule> {};
 
-// Destroyed when the module is freed, and never at the process's end: others may still call in
-// then.
+// Not destroyed at the process's end: others may still call in then.
 union Server {
     Server() : module() {}
-    ~Server() {}
+    ~Server() {
+        if (!processIsEnding) std::destroy_at(&module);
+    }
     PluginModule module;
 } server;
 
@@ -41,9 +43,6 @@ HRESULT unregisterServer() noexcept {
     return result;
 }
 
-void endServer() noexcept {
-    server.module.Term();
-    std::destroy_at(&server.module);
-}
+void endServer() noexcept { server.module.Term(); }
 
 }  // namespace orvane

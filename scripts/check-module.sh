@@ -22,10 +22,4 @@ msvcrt.dll
 ole32.dll
 oleaut32.dll
 shell32.dll
-shlwapi.dll
-user32.dll
-version.dll
-wininet.dll
-winmm.dll
-ws2_32.dll' "$1"
-! grep -w timeBeginPeriod <<<"$tables" >&2 || exit 1
+user32.dll' "$1"

@@ -40,13 +40,11 @@ cat <<'TEXT'
 OrVaneWmpPlugin.dll is licensed under the GNU General Public License, version 3 or
 later (LICENSE). Linked into it are the following, each under its own terms.
 TEXT
-title "JUCE: the modules juce_core and juce_events"
+title "JUCE: the module juce_core"
 stanzas juce-modules-source 'modules/juce_core/\*'
 title "pugixml"
 grep -q 'Permission is hereby granted' "$pugixml/LICENSE.md" || not_there "$pugixml/LICENSE.md"
 cat "$pugixml/LICENSE.md"
-title "zlib"
-stanzas libz-mingw-w64-dev 'Files: \*'
 title "The mingw-w64 runtime"
 stanzas mingw-w64-i686-dev 'Files: \*|mingw-w64-crt/(crt/|gdtoa/|math/|misc/|stdio/)'
 title "winpthreads, of mingw-w64"
@@ -56,5 +54,7 @@ echo 'They are under the GNU General Public License, version 3 or later (LICENSE
 echo
 lines gcc-mingw-w64-base '^GCC RUNTIME LIBRARY EXCEPTION' '^libquadmath/'
 [ "${1:-}" = --tests ] || exit 0
+title "zlib, in the stand-in application only"
+stanzas libz-mingw-w64-dev 'Files: \*'
 title "GoogleTest, in the test programs only"
 stanzas googletest 'Files: \*'

@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
 
-largest_module=2000000 # bytes; it takes as much of the player's address space
+largest_module=1500000 # bytes; it takes as much of the player's address space
 started=$SECONDS
 step() { say "$(printf '%3d s' $((SECONDS - started)))  $*"; }
 
