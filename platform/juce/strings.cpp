@@ -21,24 +21,13 @@ this_will_fail_to_link_if_some_of_your_compile_units_are_built_in_release_mode::
 #endif
 
 #if JUCE_WINDOWS
-namespace {
-
-CRITICAL_SECTION* section(const void* lock) noexcept {
-    return static_cast<CRITICAL_SECTION*>(const_cast<void*>(lock));
-}
-
-}  // namespace
-
 CriticalSection::CriticalSection() noexcept {
     static_assert(sizeof(CRITICAL_SECTION) <= sizeof(lock));
-    InitializeCriticalSection(section(&lock));
+    InitializeCriticalSection((CRITICAL_SECTION*)&lock);
 }
-CriticalSection::~CriticalSection() noexcept { DeleteCriticalSection(section(&lock)); }
-void CriticalSection::enter() const noexcept { EnterCriticalSection(section(&lock)); }
-bool CriticalSection::tryEnter() const noexcept {
-    return TryEnterCriticalSection(section(&lock)) != FALSE;
-}
-void CriticalSection::exit() const noexcept { LeaveCriticalSection(section(&lock)); }
+CriticalSection::~CriticalSection() noexcept { DeleteCriticalSection((CRITICAL_SECTION*)&lock); }
+void CriticalSection::enter() const noexcept { EnterCriticalSection((CRITICAL_SECTION*)&lock); }
+void CriticalSection::exit() const noexcept { LeaveCriticalSection((CRITICAL_SECTION*)&lock); }
 #endif
 
 }  // namespace juce

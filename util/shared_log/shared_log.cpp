@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "platform/last_error.h"
+#include "platform/process_end.h"
 #include "util/log/log.h"
 #include "util/shared_log/log_diagnostics.h"
 #include "util/shared_log/log_file.h"
@@ -143,7 +144,7 @@ bool acquire(LogState& state, const char* who, LogLock::Wait& wait) noexcept {
 void closeState(LogState& state) noexcept {
     constexpr const char* self = "closelog";
     setLogOptions(0);
-    state.ident.reset();
+    if (!processIsEnding) state.ident.reset();  // the heap may be locked by a thread that is dead
     if (!s_exiting) {
         LogLock::Wait wait;
         if (!acquire(state, self, wait)) return;
