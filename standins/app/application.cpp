@@ -1,5 +1,6 @@
 #include "standins/app/application.h"
 
+#include "common/messages/frame.h"
 #include "standins/app/report_lines.h"
 
 namespace orvane::standin::app {
@@ -72,6 +73,27 @@ void Application::runPrompt() {
     while (m_options.launchedBy.isNotEmpty()) juce::Thread::sleep(60'000);
 }
 
+bool Application::send(const OrvaneMessage& message) {
+    if (m_options.record != juce::File())
+        record(PipeId::command, "plug-in", frame::encode(message.toPayload()));
+    return m_commands.send(message);
+}
+
+// Each pipe's frames in a file of its own, as they came and went, and a line for each in
+// times.jsonl.
+void Application::record(PipeId pipe, const char* to, std::span<const std::uint8_t> frame) {
+    const std::lock_guard lock(m_printing);
+    const auto file = m_options.record.getChildFile(pipe == PipeId::event ? "event-pipe.bin"
+                                                                          : "command-pipe.bin");
+    m_options.record.getChildFile("times.jsonl")
+        .appendText("{\"ms\":" + String(juce::Time::getMillisecondCounter() - m_begin) +
+                        ",\"file\":\"" + file.getFileName() +
+                        "\",\"offset\":" + String(file.getSize()) +
+                        ",\"bytes\":" + String(frame.size()) + ",\"to\":\"" + to + "\"}\n",
+                    false, false, nullptr);
+    file.appendData(frame.data(), frame.size());
+}
+
 bool Application::sendBytes(std::span<const std::uint8_t> bytes) {
     return m_commands.hasClient() && m_commands.sendBytes(bytes);
 }
@@ -87,6 +109,7 @@ void Application::clientWent(PipeId pipe, const char* why) {
 }
 
 void Application::payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) {
+    if (m_options.record != juce::File()) record(pipe, "application", frame::encode(payload));
     const Reading reading = readPayload(pipe, payload);
     for (const String& problem : reading.problems) {
         print(shownLine("PROBLEM", describe(pipe), problem), true);

@@ -16,6 +16,7 @@ struct Options {
     String launchedBy;      // the player that started this program, "" when a person did
     juce::File script;      // lines to run in place of a prompt
     juce::File transcript;  // receives everything printed
+    juce::File record;      // a folder that receives the bytes of both pipes
 };
 
 class Application : private Host, private AppPipe::Listener {
@@ -27,7 +28,7 @@ public:
 
 private:
     bool isConnected(PipeId pipe) override { return pipeOf(pipe).hasClient(); }
-    bool send(const OrvaneMessage& message) override { return m_commands.send(message); }
+    bool send(const OrvaneMessage& message) override;
     bool sendBytes(std::span<const std::uint8_t> bytes) override;
     void drop(PipeId pipe) override { pipeOf(pipe).drop(); }
     void hold(PipeId pipe, bool held) override { pipeOf(pipe).hold(held); }
@@ -38,6 +39,7 @@ private:
     void payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) override;
 
     void runPrompt();
+    void record(PipeId pipe, const char* to, std::span<const std::uint8_t> frame);
     AppPipe& pipeOf(PipeId pipe) { return pipe == PipeId::event ? m_events : m_commands; }
 
     const Options m_options;
@@ -46,6 +48,7 @@ private:
     std::unique_ptr<juce::FileOutputStream> m_transcript;
     Arrivals m_arrivals;
     Interpreter m_interpreter{*this, m_arrivals};
+    const juce::uint32 m_begin = juce::Time::getMillisecondCounter();
     UniqueHandle m_instance;
     AppPipe m_events{PipeId::event, *this};
     AppPipe m_commands{PipeId::command, *this};
