@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -195,7 +196,7 @@ int check(const Files& files, const fs::path& folder) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     const bool checks = !arguments.empty() && arguments[0] == "--check";
     const std::string page = arguments.size() < 2 ? "" : contentOf(arguments[arguments.size() - 2]);
@@ -214,4 +215,7 @@ int main(int argc, char** argv) {
         std::ofstream(folder / name, std::ios::binary) << content;
     std::printf("%zu files written\n", files.size());
     return 0;
+} catch (const std::exception& e) {
+    std::printf("error: %s\n", e.what());
+    return 1;
 }

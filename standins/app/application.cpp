@@ -23,8 +23,7 @@ int StandInApplication::run() {
             return wrongUsage;
         }
     }
-    m_instance.reset(CreateMutexW(nullptr, FALSE, kInstanceMutex));
-    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+    if (UniqueHandle(OpenMutexW(SYNCHRONIZE, FALSE, kInstanceMutex))) {
         print("another OrVaneApp is running already; this one ends", true);
         return good;
     }
@@ -35,6 +34,8 @@ int StandInApplication::run() {
               true);
         return noPipes;
     }
+    // After the pipes: a plug-in that finds the mutex expects both.
+    m_instance.reset(CreateMutexW(nullptr, FALSE, kInstanceMutex));
     m_keeper = std::jthread([this](const std::stop_token& stop) {
         for (; !stop.stop_requested(); juce::Thread::sleep(kLookAfterMs)) {
             m_events.keepOpen();
