@@ -13,6 +13,17 @@ fail() {
     exit 1
 }
 
+# The systems that ./dev is tested on.
+declare -A debians=([12]=bookworm [13]=trixie)
+known_debians() { printf '%s\n' "${!debians[@]}" | sort -n | paste -sd ' ' | sed 's/ / and /g'; }
+
+# The Debian mirror that apt is configured for, with a slash at its end; nothing on a system without one.
+debian_mirror() {
+    local site
+    site=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' 2>/dev/null) || true
+    printf '%s' "${site%%$'\n'*}"
+}
+
 # Runs a step whose output matters only when it fails.
 quietly() {
     local log=$build/logs/$1.log
