@@ -4,8 +4,7 @@
 # The module's debug information lies beside it (DLL.debug). SOURCE_DATE_EPOCH dates what is packed:
 # the same inputs give the same bytes. ORVANE_SIGN_PFX and ORVANE_SIGN_PASSWORD_FILE, when set, sign.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. scripts/common.sh
+. "$(dirname "$0")/common.sh"
 . scripts/archive.sh
 
 installer_only=0

@@ -2,7 +2,7 @@
 # Everything the build and the tests need, on a fresh Debian 12 or 13: packages as root or through sudo,
 # the rest as whoever calls.
 set -euo pipefail
-. "$(dirname "$(readlink -f "$0")")/common.sh"
+. "$(dirname "$0")/common.sh"
 
 packages=(wine wine64 g++-mingw-w64-i686-posix googletest cmake ninja-build ccache
     clang libclang-rt-dev xz-utils bzip2 ffmpeg libimage-exiftool-perl)
@@ -12,15 +12,15 @@ declare -A wine_sha256=(
     [10.0~repack-6]=fef4802a6553a17eaa40003333a86fc697440d1d21c5824f2dbd1c444f01527b)
 
 stamp=$build/.setup-done
-fingerprint=$(cat "$0" scripts/common.sh /etc/os-release 2>/dev/null | sha256sum | cut -d' ' -f1)
+fingerprint=$(cat scripts/setup.sh scripts/common.sh /etc/os-release 2>/dev/null | sha256sum | cut -d' ' -f1)
 if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$fingerprint" ] && [ -x "$(command -v wine)" ]; then
     exit 0
 fi
 
-read -r name id release < <(. /etc/os-release 2>/dev/null && echo "${PRETTY_NAME// /_} $ID ${VERSION_ID:-none}") || true
-if [ "${id:-}" != debian ] || [ -z "${debians[$release]:-}" ] || [ "$(uname -m)" != x86_64 ]; then
-    fail "./dev knows Debian $(known_debians) on x86-64, and this is ${name//_/ } on $(uname -m)" \
-        "run it in a Debian beside your own system, as root and with debootstrap installed: scripts/in-debian.sh 13 ${ORVANE_COMMAND:-test}"
+system=$(. /etc/os-release 2>/dev/null && echo "$ID ${VERSION_ID:-} $(uname -m)") || true
+if [[ ! $system =~ ^debian\ ([0-9]+)\ x86_64$ ]] || [ -z "${debians[${BASH_REMATCH[1]}]:-}" ]; then
+    fail "./dev knows Debian 12 and Debian 13 on x86_64, and this is ${system:-another system}" \
+        "run it in one of them beside your own system, as root and with debootstrap installed: scripts/in-debian.sh 13 ${ORVANE_COMMAND:-test}"
 fi
 install_packages "${packages[@]}"
 

@@ -238,8 +238,15 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     EXPECT_EQ(freeThreadSlots(), slots);
     EXPECT_LE(threadsOfThisProcess(), threads);
     EXPECT_EQ(standin::liveObjects(), 1) << "the core";
-    // The runtime's own four a load, and nothing beside.
-    EXPECT_LE(handlesOfThisProcess() - handles, 5 * (rounds - warmUp));
+    handles = handlesOfThisProcess() - handles;
+    // The compiler's runtime and the system leave some handles with each load, used or not.
+    int bare = -handlesOfThisProcess();
+    for (int round = 0; round < 10; ++round) {
+        { const Module module; }
+        ASSERT_TRUE(isGoneSoon());
+    }
+    bare += handlesOfThisProcess();
+    EXPECT_LE(handles, bare * (rounds - warmUp) / 10 + 10);
 }
 
 TEST_F(ModuleTest, IsUsedAgainAndOnAnotherThreadThanTheOneThatLoadedIt) {
