@@ -22,8 +22,7 @@ claim_wine
 home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder
 home_windows='C:\OrVane é dir'
 default_home=$WINEPREFIX/drive_c/Program\ Files\ \(x86\)/OrVane
-class='{9893A0E1-EE98-448F-81EE-D2D15666215E}'
-class_key="HKCR\\Wow6432Node\\CLSID\\$class\\InprocServer32"
+class_key='HKCR\Wow6432Node\CLSID\{9893A0E1-EE98-448F-81EE-D2D15666215E}\InprocServer32'
 entry_key='HKLM\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
 settings_key='HKLM\Software\OrVaneMedia\Settings'
 
@@ -33,11 +32,10 @@ trap 'exit 130' INT TERM
 # registry KEY [VALUE]: its text, or of its default value; empty when there is none. reg query would
 # print in a code page of Wine's choice.
 registry() {
-    local name=@
-    [ $# = 1 ] || name="\"$2\""
+    local name=${2:+\"$2\"}
     rm -f "$work/key.reg"
     in_wine reg export "$1" "$(windows_path "$work/key.reg")" /y || return 0
-    iconv -f UTF-16 -t UTF-8 "$work/key.reg" | tr -d '\r' | sed -n "s/^$name=\"\(.*\)\"\$/\1/p" | sed 's/\\\(.\)/\1/g'
+    iconv -f UTF-16 -t UTF-8 "$work/key.reg" | tr -d '\r' | sed -n "s/^${name:-@}=\"\(.*\)\"\$/\1/p" | sed 's/\\\(.\)/\1/g'
 }
 # setup VERSION [OPTION...]: its exit code, as far as one byte shows it: 3010 comes as 194.
 setup() {
@@ -75,9 +73,8 @@ echo "the user's own" >"$home/notes.txt"
 in_wine reg add "$settings_key" /v Path /t REG_SZ /d "$home_windows\\" /f /reg:32
 in_wine reg add 'HKCU\Software\Wine\AppDefaults\OrVaneWmpPlugin-vista-setup.exe' /v Version /d vista /f
 snapshot clean
-expect_equal "a damaged installer" 2 "$(setup damaged)"
-expect_equal "a Windows older than 7" 2 "$(setup vista)"
-expect_equal "a module that cannot be registered" 2 "$(setup 0.1.8)"
+# The last one holds a module that cannot be registered.
+for kind in damaged vista 0.1.8; do expect_equal "the installer '$kind'" 2 "$(setup $kind)"; done
 snapshot refused
 expect_same "after what was refused and what failed" clean refused
 

@@ -25,22 +25,15 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # The class is named where the module names it.
-class_id() {
-    sed -n '/^const CLSID CLSID_OrVaneWmpPlugin = {/,/};/p' plugin/wmp_plugin.cpp | tr -d '\n' |
-        sed 's/.*= {//; s/0x//g; s/[{}; ]//g' | tr 'a-f' 'A-F' |
-        awk -F, '{ printf "{%s-%s-%s-%s%s-%s%s%s%s%s%s}", $1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11 }'
-}
-class=$(class_id)
-[[ $class =~ ^\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}$ ]] ||
-    fail "plugin/wmp_plugin.cpp no longer names the class where package.sh looks" "mend class_id in scripts/package.sh"
+digits=$(sed -n '/^const CLSID CLSID_OrVaneWmpPlugin = {/,/};/p' plugin/wmp_plugin.cpp | grep -oE '0x[0-9A-Fa-f]+' | sed 's/0x//' | tr -d '\n')
+[[ ${digits^^} =~ ^([0-9A-F]{8})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{12})$ ]] ||
+    fail "plugin/wmp_plugin.cpp no longer names the class where package.sh looks" "mend scripts/package.sh"
+class="{$(IFS=-; echo "${BASH_REMATCH[*]:1}")}"
 
 stage=$work/stage
 mkdir -p "$stage"
 cp "$module" "$stage/OrVaneWmpPlugin.dll"
-if scripts/sign.sh --wanted; then
-    say "signing the module"
-    scripts/sign.sh "$stage/OrVaneWmpPlugin.dll"
-fi
+scripts/sign.sh "$stage/OrVaneWmpPlugin.dll"
 windows_text LICENSE >"$stage/LICENSE"
 scripts/notices.sh | sed 's/$/\r/' >"$stage/NOTICES"
 
@@ -51,20 +44,14 @@ nsis=(-V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DSTAGE=$stage" "-DCLASS_
 scripts/sign.sh --wanted && nsis+=("-DSIGN=$PWD/scripts/sign.sh")
 find "$stage" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 (cd packaging && makensis "${nsis[@]}" installer.nsi)
-if scripts/sign.sh --wanted; then
-    say "signing the installer (its uninstaller is signed within)"
-    scripts/sign.sh "$work/$name-setup.exe"
-fi
+scripts/sign.sh "$work/$name-setup.exe" # its uninstaller is signed within
 install -m 755 "$work/$name-setup.exe" "$output/$name-setup.exe"
 [ $installer_only = 0 ] || exit 0
 
 say "the archives"
-windows_text packaging/README.txt >"$stage/README.txt"
-windows_text packaging/register.cmd >"$stage/register.cmd"
-windows_text packaging/unregister.cmd >"$stage/unregister.cmd"
+for file in README.txt register.cmd unregister.cmd; do windows_text "packaging/$file" >"$stage/$file"; done
 zip_folder "$stage" "$output/$name.zip"
-symbols=$work/symbols
-mkdir -p "$symbols"
-cp "$module.debug" "$symbols/OrVaneWmpPlugin.dll.debug"
-cp docs/crash-addresses.md scripts/crash-line.sh "$symbols/"
-zip_folder "$symbols" "$output/$name-symbols.zip"
+mkdir "$work/symbols"
+cp "$module.debug" "$work/symbols/OrVaneWmpPlugin.dll.debug"
+cp docs/crash-addresses.md scripts/crash-line.sh "$work/symbols/"
+zip_folder "$work/symbols" "$output/$name-symbols.zip"
