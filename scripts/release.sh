@@ -71,7 +71,6 @@ step "done: dist/"
 if scripts/sign.sh --wanted; then
     say "the module, the installer and its uninstaller are signed, and the signatures verify"
 else
-    say "this release is unsigned (no ORVANE_SIGN_PFX): browsers may warn about the download, Windows SmartScreen says" \
-        "'Windows protected your PC' (More info, Run anyway), and the question for an administrator's rights names" \
-        "an unknown publisher"
+    say "this release is unsigned (no ORVANE_SIGN_PFX): browsers may warn about the download, and Windows about an" \
+        "unknown publisher ('Windows protected your PC': More info, Run anyway)"
 fi
