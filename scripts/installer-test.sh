@@ -70,6 +70,7 @@ in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$module")" || 
 mkdir -p "$home"
 cp "$build/win32/OrVaneApp.exe" "$home/"
 echo "the user's own" >"$home/notes.txt"
+in_wine reg add 'HKLM\Software\Microsoft\MediaPlayer\UIPlugins' /f /reg:32 # every player has it
 in_wine reg add "$settings_key" /v Path /t REG_SZ /d "$home_windows\\" /f /reg:32
 in_wine reg add 'HKCU\Software\Wine\AppDefaults\OrVaneWmpPlugin-vista-setup.exe' /v Version /d vista /f
 snapshot clean
