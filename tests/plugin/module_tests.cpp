@@ -239,8 +239,15 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     EXPECT_EQ(freeThreadSlots(), slots);
     EXPECT_LE(ProcessState::now().threads, threads);
     EXPECT_EQ(standin::liveObjects(), 1) << "the core";
-    // The runtime's own four a load, and nothing beside.
-    EXPECT_LE(ProcessState::now().handles - handles, 5 * (rounds - warmUp));
+    handles = ProcessState::now().handles - handles;
+    // The compiler's runtime and the system leave some handles with each load, used or not.
+    int bare = -ProcessState::now().handles;
+    for (int round = 0; round < 10; ++round) {
+        { const Module module; }
+        ASSERT_TRUE(isGoneSoon());
+    }
+    bare += ProcessState::now().handles;
+    EXPECT_LE(handles, bare * (rounds - warmUp) / 10 + 10);
 }
 
 TEST_F(ModuleTest, IsUsedAgainAndOnAnotherThreadThanTheOneThatLoadedIt) {
