@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <juce_events/juce_events.h>
-
 #include <cstdint>
 #include <vector>
 
@@ -34,8 +32,7 @@ juce::StringArray paths(int count) {
 }  // namespace
 
 void measureReconnect() {
-    const juce::ScopedJuceInitialiser_GUI juce;
-    OrvaneAppConnector connector(nullptr);
+    OrvaneAppConnector connector({});
     const auto attempt = [&] { require(!connector.connect(), "an application is running"); };
     const auto bare = [] {
         const UniqueFile pipe(CreateFileW(test::pipePath(names::kEventPipe.narrow()).c_str(),
@@ -52,8 +49,7 @@ void measureReconnect() {
 }
 
 void measureSelections() {
-    const juce::ScopedJuceInitialiser_GUI juce;
-    OrvaneAppConnector connector(nullptr);
+    OrvaneAppConnector connector({});
     CountingApp app;
     require(connector.connect(), "the connector does not connect");
 

@@ -131,13 +131,12 @@ void measureEvent(OrvaneAppConnector& connector, End& events, Comparison& row) {
 }  // namespace
 
 void measureLink() {
-    const juce::ScopedJuceInitialiser_GUI juce;
     Comparison roundTrips;
     Comparison written;
     for (int i = 0; i < kRounds; ++i) {
         End events = End::made(names::kEventPipe.narrow());
         End commands = End::made(names::kCommandPipe.narrow());
-        OrvaneAppConnector connector(nullptr);
+        OrvaneAppConnector connector({});
         require(connector.connect(), "the connector does not connect");
         measureRoundTrip(commands, roundTrips);
         measureEvent(connector, events, written);

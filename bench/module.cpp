@@ -1,8 +1,6 @@
-// Loading the module and making its object beside a module that has JUCE in it and nothing else.
+// Loading the module and making its object beside a module that only imports what it imports.
 
 #include <windows.h>
-
-#include <juce_events/juce_events.h>
 
 #include <optional>
 
@@ -23,13 +21,12 @@ void measureLoading() {
     // What an object asks for: an application, and the player's window on its own thread.
     standin::Player player({});
     require(player.createWindow(), "the player does not start");
-    const juce::ScopedJuceInitialiser_GUI juce;
     std::optional<CountingApp> app;
     app.emplace();
     const Turns turns{.blocks = 20, .samples = 2};
-    const Side juceAlone{"a module with JUCE alone: load and free",
-                         [] { test::LoadedModule(L"orvane_bench_juce.dll"); }};
-    compare({"load and free", [] { test::LoadedModule(); }, waitUntilGone}, juceAlone, turns);
+    const Side bare{"a module that only imports the same: load and free",
+                    [] { test::LoadedModule(L"orvane_bench_bare.dll"); }};
+    compare({"load and free", [] { test::LoadedModule(); }, waitUntilGone}, bare, turns);
     compare({"load, make an object, link, let it go, free",
              [] {
                  const test::LoadedModule module;
@@ -39,7 +36,7 @@ void measureLoading() {
                  waitUntilGone();
                  app.emplace();
              }},
-            juceAlone, turns);
+            bare, turns);
 }
 
 }  // namespace orvane::bench

@@ -12,6 +12,21 @@ std::string lineOf(const OrvaneMessage& message) {
     return line.toStdString();
 }
 
+class AppEnd::Connection final : public PipeBroadcaster {
+public:
+    Connection(const char* name, AppEnd& owner) : PipeBroadcaster(name), m_owner(owner) {}
+    void messageReceived(std::span<const std::uint8_t> payload) override { m_owner.take(payload); }
+
+private:
+    AppEnd& m_owner;
+};
+
+bool AppEnd::initConnection() {
+    m_connection.reset();  // there is one instance of the pipe
+    m_connection = makePipe<Connection>(m_name, *this);
+    return m_connection->initConnection();
+}
+
 bool AppEnd::deliver(const OrvaneMessage& message) {
     return pumpUntil([&] { return send(message); });
 }
@@ -37,7 +52,7 @@ void AppEnd::forget() {
     m_messages.clear();
 }
 
-void AppEnd::messageReceived(std::span<const std::uint8_t> payload) {
+void AppEnd::take(std::span<const std::uint8_t> payload) {
     const auto message = OrvaneMessage::parsePayload(payload);
     if (m_handler) return m_handler(message.get());
     const std::scoped_lock lock(m_mutex);

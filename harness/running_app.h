@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,17 +25,29 @@ using Names = std::vector<std::string>;
 // "Name key=value key=value".
 [[nodiscard]] std::string lineOf(const OrvaneMessage& message);
 
-// The application's end of one pipe. It keeps what arrives, or hands it on. Used by one thread.
-class AppEnd final : public PipeBroadcaster {
+// The application's end of one pipe. It keeps what arrives, or hands it on. Each client has a
+// connection of its own. Used by one thread.
+class AppEnd {
 public:
-    // On the reader thread; null for a payload that is no message.
+    // On the connection's thread; null for a payload that is no message.
     using Handler = std::function<void(const OrvaneMessage*)>;
 
     // With a handler nothing is kept.
     explicit AppEnd(const char* name, Handler handler = nullptr)
-        : PipeBroadcaster(name), m_handler(std::move(handler)) {}
-    ~AppEnd() override { closeForGood(); }
+        : m_name(name), m_handler(std::move(handler)) {}
+    AppEnd(const AppEnd&) = delete;
+    AppEnd& operator=(const AppEnd&) = delete;
 
+    // Makes the pipe for the next client; false when another program has it.
+    bool initConnection();
+    void terminate() { m_connection.reset(); }
+    // From the time that the pipe is there until its client has gone.
+    [[nodiscard]] bool isConnected() const {
+        return m_connection != nullptr && m_connection->isConnected();
+    }
+    bool send(const OrvaneMessage& message) {
+        return m_connection != nullptr && m_connection->send(message);
+    }
     // Waits until the plug-in has opened the pipe, and dispatches messages meanwhile.
     bool deliver(const OrvaneMessage& message);
     // What has been kept, once there is so much or the time is up; dispatches messages meanwhile.
@@ -42,12 +56,15 @@ public:
     Names lines(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
     void forget();
 
-    void messageReceived(std::span<const std::uint8_t> payload) override;
-
 private:
+    class Connection;
+    void take(std::span<const std::uint8_t> payload);
+
+    const char* const m_name;
     const Handler m_handler;
     mutable std::mutex m_mutex;
     std::vector<OrvaneMessage> m_messages;
+    std::shared_ptr<PipeBroadcaster> m_connection;  // last: its thread uses the others
 };
 
 struct RunningApp {

@@ -45,16 +45,23 @@ bool belongsToThisProcess(HWND hwnd) {
     return GetWindowThreadProcessId(hwnd, &process) != 0 && process == GetCurrentProcessId();
 }
 
-// The first such window, but rather one of this process: a second player's window looks the same
-// and cannot be hooked from here. The order of windows may change meanwhile, hence the limit.
-HWND findWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
-    HWND const first = FindWindowExW(parent, nullptr, className, caption);
-    HWND window = first;
-    for (int i = 0; window != nullptr && i < kMaxSameWindows; ++i) {
-        if (belongsToThisProcess(window)) return window;
+// The first such window of this process, with any caption when `caption` is null. The order of
+// windows may change meanwhile, hence the limit.
+HWND findOwnWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
+    HWND window = nullptr;
+    for (int i = 0; i < kMaxSameWindows; ++i) {
         window = FindWindowExW(parent, window, className, caption);
+        if (window == nullptr || belongsToThisProcess(window)) return window;
     }
-    return first;
+    return nullptr;
+}
+
+// A second player's window looks the same and cannot be hooked from here; it is the answer only
+// when this process has no window of the class at all.
+HWND findWindow(const wchar_t* caption, const wchar_t* className, HWND parent) {
+    if (HWND const window = findOwnWindow(caption, className, parent)) return window;
+    if (HWND const window = findOwnWindow(nullptr, className, parent)) return window;
+    return FindWindowExW(parent, nullptr, className, caption);
 }
 
 // The player's window procedure is no place for exceptions of ours.

@@ -31,7 +31,8 @@ public:
                                 LRESULT result);
 
     // Hooks the window with exactly this caption and class among `parent`'s children (null: among
-    // the top-level windows), after releasing the window hooked before. FindWindowExW.
+    // the top-level windows), after releasing the window hooked before. Without such a window in
+    // this process, its first window of the class is hooked, whatever the caption. FindWindowExW.
     [[nodiscard]] bool InstallHook(const wchar_t* caption, const wchar_t* className, HWND parent);
 
     // Only for an idle hook. Fails, and leaves the window alone, when the window is gone, belongs

@@ -65,7 +65,8 @@ bool WmpWindowHook::OnMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM) {
             onSize(hwnd, wParam);
             break;
         case WM_ACTIVATE:
-            if (wParam != 0) m_events->playerActivated(playerName());
+            // The high word tells whether the window is minimised.
+            if (LOWORD(wParam) != WA_INACTIVE) m_events->playerActivated(playerName());
             break;
         case WM_SHOWWINDOW:
             if (wParam != 0)

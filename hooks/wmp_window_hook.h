@@ -13,7 +13,8 @@ public:
     // `events` is not owned and outlives the hook; called on the window's thread.
     explicit WmpWindowHook(IOrvaneApplicationEvents* events);
 
-    // Hooks the top-level window of class "WMPlayerApp" with the caption "Windows Media Player".
+    // Hooks the top-level window of class "WMPlayerApp" with the caption "Windows Media Player", or
+    // with another one: the player translates its caption, the class is the same in all languages.
     [[nodiscard]] bool InstallHook();
 
     // Whether the window is in special mode now; false while there is no window. Any thread.

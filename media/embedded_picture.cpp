@@ -8,6 +8,7 @@
 #include <new>
 #include <vector>
 
+#include "media/step_log.h"
 #include "platform/wm_format.h"
 
 namespace orvane {
@@ -53,17 +54,15 @@ std::optional<Value> readByName(IWMHeaderInfo3* header) {
     return value;
 }
 
-// Where the pictures of a language (of any, with null) are, the highest index first.
-std::vector<WORD> pictureIndices(IWMHeaderInfo3* header, const WORD* language) {
-    WORD languageIndex = language ? *language : WORD{0};
-    WORD* const wanted = language ? &languageIndex : nullptr;
+// Where the pictures of all languages are, the highest index first.
+std::vector<WORD> pictureIndices(IWMHeaderInfo3* header) {
     WORD count = 0;
-    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, wanted,
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, nullptr,
                                            nullptr, &count)) ||
         count == 0)
         return {};
     std::vector<WORD> indices(count);
-    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, wanted,
+    if (FAILED(header->GetAttributeIndices(kWholeFile, wm_format::kPictureAttribute, nullptr,
                                            indices.data(), &count)))
         return {};
     indices.resize(std::min<std::size_t>(indices.size(), count));
@@ -85,7 +84,7 @@ bool attributeAt(IWMHeaderInfo3* header, WORD index, BYTE* bytes, DWORD& length)
 }
 
 std::optional<WORD> firstIndex(IWMHeaderInfo3* header) {
-    const std::vector<WORD> indices = pictureIndices(header, nullptr);
+    const std::vector<WORD> indices = pictureIndices(header);
     if (indices.empty()) return std::nullopt;
     return indices.back();
 }
@@ -135,12 +134,14 @@ std::optional<EmbeddedPicture> EmbeddedPicture::read(IWMHeaderInfo3* header) {
     return std::nullopt;
 }
 
-bool EmbeddedPicture::replace(IWMHeaderInfo3* header, std::span<const BYTE> image) {
-    if (image.empty() || image.size() > MAXDWORD) return false;
+bool EmbeddedPicture::replace(IWMHeaderInfo3* header, std::span<const BYTE> image,
+                              const StepLog& steps) {
+    const bool storable = !image.empty() && image.size() <= MAXDWORD;
+    if (!steps.ok("size of the image", storable ? S_OK : E_INVALIDARG)) return false;
 
     // From the highest index down: each deletion lowers the indices above it by one.
-    for (const WORD index : pictureIndices(header, &kDefaultLanguage))
-        header->DeleteAttribute(kWholeFile, index);
+    for (const WORD index : pictureIndices(header))
+        steps.ok("DeleteAttribute", header->DeleteAttribute(kWholeFile, index));
 
     wchar_t mimeType[] = L"image/jpeg";
     wchar_t description[] = L"";
@@ -150,9 +151,10 @@ bool EmbeddedPicture::replace(IWMHeaderInfo3* header, std::span<const BYTE> imag
     record.dwDataLen = static_cast<DWORD>(image.size());
     record.pbData = const_cast<BYTE*>(image.data());
     WORD index = 0;
-    return SUCCEEDED(header->AddAttribute(kWholeFile, wm_format::kPictureAttribute, &index,
-                                          WMT_TYPE_BINARY, kDefaultLanguage,
-                                          reinterpret_cast<const BYTE*>(&record), sizeof(record)));
+    return steps.ok("AddAttribute",
+                    header->AddAttribute(kWholeFile, wm_format::kPictureAttribute, &index,
+                                         WMT_TYPE_BINARY, kDefaultLanguage,
+                                         reinterpret_cast<const BYTE*>(&record), sizeof(record)));
 }
 
 }  // namespace orvane

@@ -1,7 +1,7 @@
 #pragma once
 
-// Image files named by the application, moved whole between file and memory. A file that cannot be
-// opened is logged in the caller's name ("Class::method"); other failures are not.
+// Image files named by the application, moved whole between file and memory. Each failure is one
+// line in the log in the caller's name ("Class::method").
 
 #include <windows.h>
 
@@ -30,14 +30,18 @@ struct ImageData {
 // or device would make the caller wait).
 [[nodiscard]] std::optional<ImageData> readImageFile(const char* caller, const juce::String& path);
 
-// Makes or overwrites the file. True only when all of it is in the file; a file that could be
-// written only in part is deleted, so that nobody takes it for the picture.
+// Makes or replaces the file. It is written beside its target first and moved over that when it is
+// whole: a failure leaves what was there.
 [[nodiscard]] bool writeImageFile(const char* caller, const juce::String& path,
                                   std::span<const BYTE> image);
 
-// The last step of writeImageFile, with the file's opened stream: closes it, and deletes the file
-// unless the stream took all of the image, also when it was closed.
-[[nodiscard]] bool writeWholeOrDelete(std::FILE* stream, const juce::String& path,
-                                      std::span<const BYTE> image);
+// The same with the content of the file `from`; the copy is an ordinary file, neither hidden nor
+// write-protected. CopyFileW.
+[[nodiscard]] bool copyImageFile(const char* caller, const juce::String& from,
+                                 const juce::String& to);
+
+// A step of writeImageFile: fills the stream and closes it. Whether it took all of the image, also
+// when it was closed.
+[[nodiscard]] bool writeWhole(std::FILE* stream, std::span<const BYTE> image);
 
 }  // namespace orvane

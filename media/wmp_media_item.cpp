@@ -9,6 +9,18 @@
 #include "util/log/log.h"
 
 namespace orvane {
+namespace {
+
+// Of several artists or genres getItemInfo gives the first; written back it would replace them all.
+bool isFirstOfSeveral(IWMPMedia* media, const CComBSTR& attribute, const juce::String& value) {
+    const CComQIPtr<IWMPMedia3> media3(media);
+    LONG count = 0;
+    CComBSTR first;
+    return media3 && SUCCEEDED(media3->getAttributeCountByType(attribute, CComBSTR(L""), &count)) &&
+           count > 1 && SUCCEEDED(media->getItemInfo(attribute, &first)) && textOf(first) == value;
+}
+
+}  // namespace
 
 WmpMediaItem::WmpMediaItem() : m_record(true) {}
 
@@ -77,7 +89,9 @@ bool WmpMediaItem::writeField(IWMPMedia* media, const juce::String& field) const
         attribute = fields::kWrittenYearAttribute;
         value = fields::writtenYear(value);
     }
-    return SUCCEEDED(media->setItemInfo(bstrOf(attribute), bstrOf(value)));
+    const CComBSTR name = bstrOf(attribute);
+    if (isFirstOfSeveral(media, name, value)) return true;
+    return SUCCEEDED(media->setItemInfo(name, bstrOf(value)));
 }
 
 juce::String WmpMediaItem::getTrackTitle() const { return m_record[fields::kTrackTitle]; }

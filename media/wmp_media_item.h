@@ -41,7 +41,9 @@ public:
     // One field from the item (getItemInfo); on failure it becomes the default and this is false.
     bool readField(IWMPMedia* media, const juce::String& field, const juce::String& defaultValue);
 
-    // One field into the item (setItemInfo); a field without an attribute is none to write: true.
+    // One field into the item (setItemInfo). Nothing is written, and the answer is true, for a
+    // field without an attribute and for the first of several values that the item has already: the
+    // others would be lost (getAttributeCountByType).
     [[nodiscard]] bool writeField(IWMPMedia* media, const juce::String& field) const;
 
     [[nodiscard]] juce::String getTrackTitle() const;
@@ -60,12 +62,19 @@ public:
     // The first picture file beside the track, by its path.
     [[nodiscard]] static bool findCoverArtFile(IWMPMedia* media, juce::String& path);
 
-    // Writes the embedded picture, as it is, to the file `path` (made or overwritten). False when
-    // there is none or it could not be written whole.
-    [[nodiscard]] static bool retrieveTrackCoverArt(IWMPMedia* media, const juce::String& path);
+    // What became of an embedded picture that was to be written to a file. The files beside the
+    // track stand in for it only when there is none.
+    enum class Retrieved { written, noneThere, failed };
+
+    // Writes the embedded picture, as it is, to the file `path` (made or replaced). A music file
+    // that is busy is tried again for 1000 ms, while the calling thread's messages are dispatched;
+    // busy for good is a failure. Each step that fails is one line in the log.
+    [[nodiscard]] static Retrieved retrieveTrackCoverArt(IWMPMedia* media,
+                                                         const juce::String& path);
 
     // Makes the image file at `path` the file's only embedded picture. False leaves the track as it
     // was, also for an empty image: it would put nothing in the place of the pictures there are.
+    // Waits for a busy file and logs as above; media/file_rewrite.h tells that it is at work.
     [[nodiscard]] static bool setAlbumCoverArt(IWMPMedia* media, const juce::String& path);
 
 private:

@@ -7,24 +7,39 @@
 
 #include <wmp.h>
 
+#include <algorithm>
 #include <optional>
+#include <tuple>
 
 #include "media/com_text.h"
 #include "media/embedded_picture.h"
 #include "media/file_name.h"
+#include "media/file_rewrite.h"
 #include "media/format_runtime.h"
 #include "media/image_file.h"
 #include "media/picture_files.h"
+#include "media/step_log.h"
 #include "platform/atl/atlbase.h"
+#include "platform/waiting.h"
 #include "platform/wm_format.h"
 
 namespace orvane {
 namespace {
 
+constexpr DWORD kBusyTimeMs = 1000;
+constexpr DWORD kBusyPauseMs = 50;
+
+HRESULT readSourcePath(IWMPMedia* media, juce::String& path) {
+    CComBSTR text;
+    const HRESULT result = media ? media->get_sourceURL(&text) : E_POINTER;
+    path = SUCCEEDED(result) ? textOf(text) : juce::String();
+    return result;
+}
+
 std::optional<juce::String> sourcePathOf(IWMPMedia* media) {
-    CComBSTR path;
-    if (!media || FAILED(media->get_sourceURL(&path))) return std::nullopt;
-    return textOf(path);
+    juce::String path;
+    if (FAILED(readSourcePath(media, path))) return std::nullopt;
+    return path;
 }
 
 // The names of the pictures that a player keeps under this id are made from it. Nothing when it
@@ -38,14 +53,14 @@ std::optional<juce::String> collectionIdOf(IWMPMedia3* media) {
 // A file opened for reading its header. The runtime, a member here, goes after what came from it.
 class HeaderReader {
 public:
-    [[nodiscard]] bool create() { return SUCCEEDED(m_runtime.createSyncReader(&m_reader)); }
-
-    // Null when the file cannot be opened or shows no header.
-    [[nodiscard]] IWMHeaderInfo3* open(const juce::String& path) {
-        if (SUCCEEDED(m_reader->Open(fileNameOf(path).c_str())))
-            m_header = CComQIPtr<IWMHeaderInfo3>(m_reader);
-        return m_header;
+    [[nodiscard]] HRESULT create() { return m_runtime.createSyncReader(&m_reader); }
+    [[nodiscard]] HRESULT open(const juce::String& path) {
+        const HRESULT result = m_reader->Open(fileNameOf(path).c_str());
+        if (SUCCEEDED(result)) m_header = CComQIPtr<IWMHeaderInfo3>(m_reader);
+        return result;
     }
+    // Null unless a file is open and shows its header.
+    [[nodiscard]] IWMHeaderInfo3* header() { return m_header; }
 
 private:
     FormatRuntime m_runtime;
@@ -62,15 +77,34 @@ HRESULT openForEditing(IWMMetadataEditor2* editor, const juce::String& path) {
     return result == E_INVALIDARG ? editor->OpenEx(name.c_str(), access, 0) : result;
 }
 
+// Somebody else has the file open: the player, which writes tags or plays it.
+bool isBusy(HRESULT result) {
+    return result == NS_E_FILE_OPEN_FAILED ||
+           result == HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION) ||
+           result == HRESULT_FROM_WIN32(ERROR_LOCK_VIOLATION);
+}
+
+// Tries again while the file is busy, and dispatches this thread's messages in between.
+template <typename Open>
+HRESULT openWhenFree(Open open) {
+    const Deadline deadline(kBusyTimeMs);
+    for (;;) {
+        const HRESULT result = open();
+        const DWORD left = deadline.remaining();
+        if (!isBusy(result) || left == 0) return result;
+        std::ignore = waitDispatchingMessages({}, std::min(left, kBusyPauseMs));
+    }
+}
+
 }  // namespace
 
 int WmpMediaItem::countCoverArt(IWMPMedia* media) {
     HeaderReader reader;
-    if (!reader.create()) return 0;
+    if (FAILED(reader.create())) return 0;
     const auto source = sourcePathOf(media);
     if (!source) return 0;
-    IWMHeaderInfo3* const header = reader.open(*source);
-    if (header && EmbeddedPicture::isIn(header)) return 1;
+    std::ignore = reader.open(*source);
+    if (reader.header() && EmbeddedPicture::isIn(reader.header())) return 1;
 
     const CComQIPtr<IWMPMedia3> media3(media);
     if (!media3) return 0;
@@ -97,31 +131,55 @@ bool WmpMediaItem::findCoverArtFile(IWMPMedia* media, juce::String& path) {
     return false;
 }
 
-bool WmpMediaItem::retrieveTrackCoverArt(IWMPMedia* media, const juce::String& path) {
+WmpMediaItem::Retrieved WmpMediaItem::retrieveTrackCoverArt(IWMPMedia* media,
+                                                            const juce::String& path) {
+    constexpr const char* self = "WmpMediaItem::retrieveTrackCoverArt";
+    juce::String source;
+    const HRESULT located = readSourcePath(media, source);
+    const StepLog steps(self, source);
     HeaderReader reader;
-    if (!reader.create()) return false;
-    const auto source = sourcePathOf(media);
-    if (!source) return false;
-    IWMHeaderInfo3* const header = reader.open(*source);
-    if (!header) return false;
+    if (!steps.ok("get_sourceURL", located) || !steps.ok("WMCreateSyncReader", reader.create()))
+        return Retrieved::noneThere;
+    const HRESULT opened = openWhenFree([&] { return reader.open(source); });
+    // Not every format has a header for pictures.
+    if (!steps.ok("Open", opened)) return isBusy(opened) ? Retrieved::failed : Retrieved::noneThere;
+    IWMHeaderInfo3* const header = reader.header();
+    if (!steps.ok("IWMHeaderInfo3", header ? S_OK : E_NOINTERFACE)) return Retrieved::noneThere;
+
     const auto picture = EmbeddedPicture::read(header);
+    if (!picture && !EmbeddedPicture::isIn(header)) return Retrieved::noneThere;
+    if (!steps.ok("reading WM/Picture", picture ? S_OK : NS_E_INVALID_DATA))
+        return Retrieved::failed;
     // A picture written over the track itself would be the end of the track.
-    if (!picture || namesSameFile(path, *source)) return false;
-    return writeImageFile("WmpMediaItem::retrieveTrackCoverArt", path, picture->image());
+    const bool overTrack = namesSameFile(path, source);
+    if (!steps.ok("writing WM/Picture", overTrack ? E_ACCESSDENIED : S_OK))
+        return Retrieved::failed;
+    return writeImageFile(self, path, picture->image()) ? Retrieved::written : Retrieved::failed;
 }
 
 bool WmpMediaItem::setAlbumCoverArt(IWMPMedia* media, const juce::String& path) {
+    constexpr const char* self = "WmpMediaItem::setAlbumCoverArt";
+    juce::String source;
+    const HRESULT located = readSourcePath(media, source);
+    const StepLog steps(self, source);
     const FormatRuntime runtime;
+    // Until the editor is gone, which holds the file.
+    const FileRewrite rewrite;
     CComPtr<IWMMetadataEditor> creator;
-    if (FAILED(runtime.createEditor(&creator))) return false;
+    if (!steps.ok("get_sourceURL", located) ||
+        !steps.ok("CreateEventW", rewrite ? S_OK : E_OUTOFMEMORY) ||
+        !steps.ok("WMCreateEditor", runtime.createEditor(&creator)))
+        return false;
     const CComQIPtr<IWMMetadataEditor2> editor(creator);
-    const auto source = sourcePathOf(media);
-    if (!editor || !source || FAILED(openForEditing(editor, *source))) return false;
+    if (!steps.ok("IWMMetadataEditor2", editor ? S_OK : E_NOINTERFACE) ||
+        !steps.ok("OpenEx", openWhenFree([&] { return openForEditing(editor, source); })))
+        return false;
     const CComQIPtr<IWMHeaderInfo3> header(editor);
-    if (!header) return false;
+    if (!steps.ok("IWMHeaderInfo3", header ? S_OK : E_NOINTERFACE)) return false;
 
-    const auto image = readImageFile("WmpMediaItem::setAlbumCoverArt", path);
-    return image && EmbeddedPicture::replace(header, image->span()) && SUCCEEDED(editor->Flush());
+    const auto image = readImageFile(self, path);
+    return image && EmbeddedPicture::replace(header, image->span(), steps) &&
+           steps.ok("Flush", editor->Flush());
 }
 
 }  // namespace orvane

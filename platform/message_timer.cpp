@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/host_call.h"
+#include "platform/srw_lock.h"
 
 namespace orvane {
 namespace {
@@ -12,19 +13,11 @@ namespace {
 SRWLOCK lock = SRWLOCK_INIT;
 MessageTimer* running = nullptr;
 
-class Lock {
-public:
-    Lock() noexcept { AcquireSRWLockExclusive(&lock); }
-    ~Lock() { ReleaseSRWLockExclusive(&lock); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-};
-
 }  // namespace
 
 bool MessageTimer::start(UINT periodMs) noexcept {
     stop();
-    const Lock guard;
+    const ExclusiveLock guard(lock);
     m_id = SetTimer(nullptr, 0, periodMs, &onTimer);
     if (m_id == 0) return false;
     m_thread = GetCurrentThreadId();
@@ -34,7 +27,7 @@ bool MessageTimer::start(UINT periodMs) noexcept {
 
 void MessageTimer::stop() noexcept {
     if (m_id == 0) return;
-    const Lock guard;
+    const ExclusiveLock guard(lock);
     KillTimer(nullptr, std::exchange(m_id, 0));
     MessageTimer** link = &running;
     while (*link != this) link = &(*link)->m_next;
@@ -46,7 +39,7 @@ void CALLBACK MessageTimer::onTimer(HWND, UINT, UINT_PTR id, DWORD) {
     Callback callback = nullptr;
     void* context = nullptr;
     {
-        const Lock guard;
+        const ExclusiveLock guard(lock);
         const DWORD thread = GetCurrentThreadId();
         const MessageTimer* timer = running;
         while (timer != nullptr && (timer->m_id != id || timer->m_thread != thread))

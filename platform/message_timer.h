@@ -4,9 +4,8 @@
 
 namespace orvane {
 
-// Calls back at intervals through the message loop of the thread that starts it, as JUCE's timers
-// do, but without a thread of its own that wakes many times a second to find nothing due. Started,
-// stopped and destroyed on one thread, also from inside the callback. SetTimer.
+// Calls back at intervals through the message loop of the thread that starts it. Started, stopped
+// and destroyed on one thread, also from inside the callback. SetTimer.
 class MessageTimer {
 public:
     // `callback` gets `context` and must not throw.
@@ -22,6 +21,7 @@ public:
     // refuses.
     bool start(UINT periodMs) noexcept;
     void stop() noexcept;
+    [[nodiscard]] bool isRunning() const noexcept { return m_id != 0; }
 
 private:
     static void CALLBACK onTimer(HWND window, UINT message, UINT_PTR id, DWORD time);

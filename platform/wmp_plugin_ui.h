@@ -26,6 +26,10 @@ constexpr const wchar_t* PLUGIN_INSTALLREGKEY_DESCRIPTION = L"Description";
 constexpr const wchar_t* PLUGIN_MISC_MEDIASENDTO = L"MediaSendTo";
 constexpr const wchar_t* PLUGIN_MISC_PLAYLISTSENDTO = L"PlaylistSendTo";
 
+// Property name of GetProperty, asked for before the player closes or turns the plug-in off: a text
+// (VT_BSTR) that is not empty asks it to wait, and tells the user why.
+constexpr const wchar_t* PLUGIN_MISC_QUERYDESTROY = L"QueryDestroy";
+
 // ANSI name of the window message with which an installer tells running players that the list of
 // plug-ins changed.
 constexpr const char* PLUGIN_ADD_REMOVE_MESSAGE = "WMPlayer_PluginAddRemove";

@@ -14,6 +14,10 @@ constexpr const wchar_t* kClassesKey = L"CLSID";
 constexpr const wchar_t* kClassId = names::kClassId.wide();
 constexpr DWORD kCapabilities = PLUGIN_TYPE_BACKGROUND | PLUGIN_FLAGS_ACCEPTSPLAYLISTS |
                                 PLUGIN_FLAGS_ACCEPTSMEDIA | PLUGIN_FLAGS_INSTALLAUTORUN;
+// What is used of a key: creating keys in it; setting values; deleting its tree, or a tree in it.
+constexpr REGSAM kAdd = KEY_CREATE_SUB_KEY;
+constexpr REGSAM kSet = KEY_SET_VALUE;
+constexpr REGSAM kDeleteTree = DELETE | KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE;
 constexpr std::size_t kLongestPath = 32767;  // characters, the system's limit
 
 // Full path of the module that holds this code; empty when the system does not tell.
@@ -35,20 +39,21 @@ public:
     [[nodiscard]] bool failed() const { return m_result != ERROR_SUCCESS; }
 
     // Opens the key, made with its parents where missing; `made` tells whether it was.
-    UniqueRegKey create(HKEY parent, const std::wstring& path, bool* made = nullptr) {
+    UniqueRegKey create(HKEY parent, const std::wstring& path, REGSAM access,
+                        bool* made = nullptr) {
         UniqueRegKey key;
         DWORD disposition = 0;
         if (!failed())
-            note(RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                 key.put(), &disposition));
+            note(RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, access, nullptr, key.put(),
+                                 &disposition));
         if (made != nullptr) *made = disposition == REG_CREATED_NEW_KEY;
         return key;
     }
-    // Opens the key if it is there.
+    // Opens the key if it is there, for deleting trees in it.
     UniqueRegKey openExisting(HKEY parent, const wchar_t* path) {
         UniqueRegKey key;
         if (failed()) return key;
-        const LSTATUS result = RegOpenKeyExW(parent, path, 0, KEY_ALL_ACCESS, key.put());
+        const LSTATUS result = RegOpenKeyExW(parent, path, 0, kDeleteTree, key.put());
         if (result != ERROR_FILE_NOT_FOUND) note(result);
         return key;
     }
@@ -91,10 +96,11 @@ HRESULT registerPlugin() {
     // Both entries are opened before either is changed: who may write only one of the two places
     // keeps what was registered before.
     bool classIsNew = false;
-    const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, kClassesKey);
-    UniqueRegKey ourClass = registry.create(classes.get(), kClassId, &classIsNew);
-    const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
-    const UniqueRegKey entry = registry.create(plugins.get(), kClassId);
+    constexpr REGSAM kRewrite = kAdd | kSet | kDeleteTree;
+    const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, kClassesKey, kAdd);
+    UniqueRegKey ourClass = registry.create(classes.get(), kClassId, kRewrite, &classIsNew);
+    const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY, kAdd);
+    const UniqueRegKey entry = registry.create(plugins.get(), kClassId, kRewrite);
     if (registry.failed()) {
         ourClass.reset();
         if (classIsNew) RegDeleteKeyW(classes.get(), kClassId);
@@ -103,7 +109,7 @@ HRESULT registerPlugin() {
 
     registry.clear(ourClass);
     registry.setText(ourClass, nullptr, L"OrVaneWmpPlugin Class");
-    const UniqueRegKey server = registry.create(ourClass.get(), L"InprocServer32");
+    const UniqueRegKey server = registry.create(ourClass.get(), L"InprocServer32", kSet);
     registry.setText(server, nullptr, module);
     registry.setText(server, L"ThreadingModel", L"Apartment");
 

@@ -4,29 +4,18 @@
 
 #include <windows.h>
 
-#include <cstdlib>
-
 #include "platform/compiler_runtime.h"
-#include "platform/juce/session.h"
+#include "platform/process_end.h"
 #include "util/shared_log/shared_log.h"
 
+// Runs under the loader lock.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID processExit) {
-    switch (reason) {
-        case DLL_PROCESS_ATTACH:
-            std::atexit(&orvane::closelog_on_exit);
-            orvane::JuceSession::attach(instance);
-            DisableThreadLibraryCalls(instance);
-            break;
-        case DLL_PROCESS_DETACH:
-            // At process exit the other threads are gone, with whatever locks they held.
-            if (processExit != nullptr) break;
-            orvane::endServer();
-            orvane::JuceSession::detach();
-            orvane::giveBackRuntimeAtEnd();
-            break;
-        default:
-            break;
-    }
+    if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(instance);
+    if (reason != DLL_PROCESS_DETACH) return TRUE;
+    orvane::processIsEnding = processExit != nullptr;
+    if (processExit == nullptr) orvane::endServer();
+    orvane::closelog_on_exit();
+    if (processExit == nullptr) orvane::giveBackRuntimeAtEnd();
     return TRUE;
 }
 

@@ -1,6 +1,7 @@
 #include "plugin/wmp_plugin.h"
 
 #include <cstdint>
+#include <cwchar>
 #include <new>
 #include <optional>
 #include <utility>
@@ -8,8 +9,11 @@
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
 #include "common/names/class_id.h"
+#include "media/file_rewrite.h"
 #include "platform/host_call.h"
 #include "platform/module.h"
+#include "platform/process_end.h"
+#include "platform/waiting.h"
 #include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
@@ -24,6 +28,7 @@ namespace {
 constexpr int kPlayerId = 3;
 constexpr int kWrittenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
 constexpr UINT kReconnectPeriodMs = 2000;
+constexpr UINT kBusyTextId = 104;  // plugin/resources.rc.in
 
 template <typename T, typename... Arguments>
 std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
@@ -36,7 +41,9 @@ std::unique_ptr<T> makeOrNull(Arguments&&... arguments) {
 
 }  // namespace
 
-COrVaneWmpPlugin::~COrVaneWmpPlugin() = default;
+COrVaneWmpPlugin::~COrVaneWmpPlugin() {
+    if (m_window != nullptr) m_window->close();  // its tasks use this object
+}
 
 HRESULT WINAPI COrVaneWmpPlugin::UpdateRegistry(BOOL registering) {
     try {
@@ -59,7 +66,6 @@ HRESULT COrVaneWmpPlugin::FinalConstruct() {
     return result;
 }
 
-// Up to the running timer, or as far as it goes.
 HRESULT COrVaneWmpPlugin::link() {
     constexpr const char* self = "COrVaneWmpPlugin::FinalConstruct";
 
@@ -68,8 +74,20 @@ HRESULT COrVaneWmpPlugin::link() {
         syslog(LOG_ERR, "%s: can't create iOrVane application launcher", self);
         return E_FAIL;
     }
+    m_window = MessageWindow::create();
+    if (m_window == nullptr || !m_commandsEnded) {
+        syslog(LOG_ERR, "COrVaneWmpPlugin: can't create the message window -- %M");
+        return E_FAIL;
+    }
+    m_methods = std::shared_ptr<IOrvanePluginMethods>(this, [](IOrvanePluginMethods* object) {
+        static_cast<COrVaneWmpPlugin*>(object)->commandsHaveEnded();
+    });
     {
-        auto connector = launcher->createConnector(this, [this] { return keepForCommand(); });
+        // Called on any thread, and when it comes late the window takes no task any more.
+        auto whenLost = [this, window = m_window] {
+            window->post([this] { startReconnecting(); });
+        };
+        auto connector = launcher->createConnector(m_methods, std::move(whenLost));
         const juce::ScopedLock lock(m_lock);
         m_connector = std::move(connector);
     }
@@ -100,9 +118,6 @@ HRESULT COrVaneWmpPlugin::link() {
         const juce::ScopedLock lock(m_lock);
         m_windowHook = std::move(hook);
     }
-    // Without it the link that is up now is the last one; that is no reason to have none.
-    if (!m_reconnectTimer.start(kReconnectPeriodMs))
-        syslog(LOG_ERR, "COrVaneWmpPlugin: can't start the reconnect timer -- %M");
     return S_OK;
 }
 
@@ -114,7 +129,8 @@ ULONG COrVaneWmpPlugin::InternalRelease() noexcept {
         count = found;
     }
     if (count == 1) {
-        if (!JuceSession::isMessageThread()) {
+        if (processIsEnding) return 1;
+        if (m_window != nullptr && !m_window->isOwnThread()) {
             releaseOnOwnThread();
             return 1;
         }
@@ -125,26 +141,18 @@ ULONG COrVaneWmpPlugin::InternalRelease() noexcept {
     return Root::InternalRelease();
 }
 
+// A window that takes no message leaves the object alone for good: better some memory than an
+// object that ends where it may not.
 void COrVaneWmpPlugin::releaseOnOwnThread() noexcept {
     try {
-        juce::MessageManager::callAsync([this] {
-            const JuceSession::CallbackScope scope;
-            Release();
-        });
+        m_window->post([this] { Release(); });
     } catch (...) {
-        // Never let go: better some memory than an object that ends where it may not.
     }
 }
 
-std::shared_ptr<void> COrVaneWmpPlugin::keepForCommand() noexcept {
-    if (m_dwRef < 1) return nullptr;
-    pinThisModule();
-    try {
-        AddRef();
-        return std::shared_ptr<IWMPEvents>(this, [](IWMPEvents* self) { self->Release(); });
-    } catch (...) {
-        return nullptr;  // the reference has been given back
-    }
+void COrVaneWmpPlugin::commandsHaveEnded() noexcept {
+    SetEvent(m_commandsEnded.get());
+    if (m_keptByCommand) static_cast<IWMPEvents*>(this)->Release();
 }
 
 void COrVaneWmpPlugin::FinalRelease() {
@@ -158,6 +166,7 @@ void COrVaneWmpPlugin::end() noexcept {
         m_reconnectTimer.stop();
         unload();
         unlink();
+        endCommands();
     } catch (...) {
         // Nothing above is expected to throw, and the player must not see it if it does.
     }
@@ -177,8 +186,23 @@ void COrVaneWmpPlugin::unlink() {
         const juce::ScopedLock lock(m_lock);
         connector = std::move(m_connector);
     }
-    // Waits for the command that is running. Events that come in meanwhile find no connector.
+    // Waits for the command that runs. Events that come in meanwhile find no connector.
     connector.reset();
+}
+
+// The link is gone, so no command begins any more, but one may still run. It gets a reference to
+// the object, which goes at once when there is none.
+void COrVaneWmpPlugin::endCommands() {
+    if (m_methods == nullptr) return;
+    m_keptByCommand = m_dwRef >= 1;
+    if (m_keptByCommand) AddRef();
+    m_methods.reset();
+    if (!m_keptByCommand) {
+        // A failed creation and an aggregated object have nobody to keep them.
+        static_cast<void>(waitServingCalls(m_commandsEnded.get(), INFINITE));
+    } else if (WaitForSingleObject(m_commandsEnded.get(), 0) != WAIT_OBJECT_0) {
+        pinThisModule();  // the object's end comes from a message, when nobody holds the module
+    }
 }
 
 AppConnector* COrVaneWmpPlugin::connector() const {
@@ -266,24 +290,39 @@ STDMETHODIMP COrVaneWmpPlugin::Destroy() { return S_OK; }
 
 STDMETHODIMP COrVaneWmpPlugin::DisplayPropertyPage(HWND) { return E_NOTIMPL; }
 
-STDMETHODIMP COrVaneWmpPlugin::GetProperty(const WCHAR*, VARIANT* value) {
-    return value == nullptr ? E_POINTER : E_NOTIMPL;
+STDMETHODIMP COrVaneWmpPlugin::GetProperty(const WCHAR* name, VARIANT* value) {
+    if (value == nullptr) return E_POINTER;
+    if (name == nullptr || std::wcscmp(name, PLUGIN_MISC_QUERYDESTROY) != 0) return E_NOTIMPL;
+    if (!FileRewrite::inProgress()) return E_NOTIMPL;
+    // In the module's read-only memory: with a size of 0 it is the address that is given.
+    const wchar_t* text = nullptr;
+    const int length = LoadStringW(thisModule(), kBusyTextId, reinterpret_cast<wchar_t*>(&text), 0);
+    BSTR const copy = SysAllocStringLen(text, static_cast<UINT>(length));
+    if (copy == nullptr) return E_OUTOFMEMORY;
+    value->vt = VT_BSTR;
+    value->bstrVal = copy;
+    return S_OK;
 }
 
 STDMETHODIMP COrVaneWmpPlugin::TranslateAccelerator(MSG*) { return E_NOTIMPL; }
 
+// Each attempt starts the timer anew, so that two never follow each other without a period between.
+void COrVaneWmpPlugin::startReconnecting() {
+    if (m_released || m_reconnectTimer.isRunning()) return;
+    if (!m_reconnectTimer.start(kReconnectPeriodMs))
+        syslog(LOG_ERR, "COrVaneWmpPlugin: can't start the reconnect timer -- %M");
+}
+
 void COrVaneWmpPlugin::timerCallback() {
-    // Connecting replaces dead pipes and waits for their threads; the player may release us while
-    // its calls are served.
-    try {
-        const CComPtr<IUnknown> alive(GetUnknown());
-        AppConnector* const link = connector();
-        if (link == nullptr || link->isConnected() || !link->connect()) return;
-        syslog(LOG_DEBUG, "%s: reconnected to OV.", "COrVaneWmpPlugin::timerCallback");
-        link->playerHello(playerName());
-    } catch (...) {
-        // Tried again with the next tick.
+    m_reconnectTimer.stop();
+    AppConnector* const link = connector();
+    if (link == nullptr || link->isConnected()) return;
+    if (!link->connect()) {
+        startReconnecting();
+        return;
     }
+    syslog(LOG_DEBUG, "%s: reconnected to OV.", "COrVaneWmpPlugin::timerCallback");
+    link->playerHello(playerName());
 }
 
 bool COrVaneWmpPlugin::disconnectFromApp() {

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <juce_core/juce_core.h>
-#include <juce_events/juce_events.h>
 #include <wmp.h>
 
 #include <atomic>
@@ -14,8 +13,8 @@
 #include "hooks/wmp_window_hook.h"
 #include "media/format_runtime.h"
 #include "platform/atl/atlcom.h"
-#include "platform/juce/session.h"
 #include "platform/message_timer.h"
+#include "platform/message_window.h"
 #include "platform/wmp_plugin_ui.h"
 
 namespace orvane {
@@ -42,12 +41,10 @@ class COrVaneWmpPlugin : public CComObjectRootEx<CComMultiThreadModel>,
                          public CComCoClass<COrVaneWmpPlugin, &CLSID_OrVaneWmpPlugin>,
                          public IWMPEvents,
                          public IWMPPluginUI,
-                         public IOrvanePluginMethods,
-                         private JuceSession::Reference,  // around the timer's whole life
-                         public juce::Timer {
+                         public IOrvanePluginMethods {
 public:
     COrVaneWmpPlugin() = default;
-    ~COrVaneWmpPlugin() override;
+    virtual ~COrVaneWmpPlugin();
 
     // Writes or removes the registry entries of the class; plugin/registration.h.
     static HRESULT WINAPI UpdateRegistry(BOOL registering);
@@ -77,6 +74,8 @@ public:
     STDMETHOD(Create)(HWND parent, HWND* window) override;
     STDMETHOD(Destroy)() override;
     STDMETHOD(DisplayPropertyPage)(HWND parent) override;
+    // "QueryDestroy" while a music file is being rewritten: a sentence for the user, in the user's
+    // language (LoadStringW). E_NOTIMPL otherwise.
     STDMETHOD(GetProperty)(const WCHAR* name, VARIANT* value) override;
     STDMETHOD(SetProperty)(const WCHAR* name, const VARIANT* value) override;
     STDMETHOD(TranslateAccelerator)(MSG* message) override;
@@ -184,9 +183,9 @@ public:
     bool sendSelectedTracks() override;
     bool disconnectFromApp() override;
 
-    // Every 2000 ms: brings the link back when it is down. Driven by m_reconnectTimer: what JUCE's
-    // own timers would start runs for as long as JUCE does.
-    void timerCallback() override;
+    // 2000 ms after the link was lost, and again 2000 ms after each attempt in vain: brings it
+    // back. Nothing runs while the link is up.
+    void timerCallback();
 
 private:
     // The player's core as a reference of the caller's own, null while there is none. Any thread.
@@ -225,15 +224,15 @@ private:
     void unload();
     // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits 4000 ms
     // for a running command while it lets the player serve that command's calls on this thread;
-    // then the object is that command's, and is destroyed when it has ended.
+    // then the command keeps the object, which is destroyed when it has ended.
     void end() noexcept;
     void unlink();
+    void endCommands();
+    void startReconnecting();
+    // On the thread that ends the last command after end() has begun, or in end() itself.
+    void commandsHaveEnded() noexcept;
     // Has the object's own thread give back the reference that the caller had.
     void releaseOnOwnThread() noexcept;
-    // For a command that end() leaves behind: a reference to the object. Null when the object is
-    // being destroyed already, and the command has to be waited for.
-    std::shared_ptr<void> keepForCommand() noexcept;
-
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
     CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only
     CComPtr<IConnectionPoint> m_connectionPoint;
@@ -242,6 +241,13 @@ private:
     std::unique_ptr<WindowHook> m_listWindowHook;  // on the track list; nothing fills it yet
     std::unique_ptr<AppConnector> m_connector;     // written under m_lock
 
+    // What a command shares while it runs. It owns nothing until end() drops it; from then on the
+    // shares that commands still have own a reference to the object (m_keptByCommand).
+    std::shared_ptr<IOrvanePluginMethods> m_methods;
+    UniqueHandle m_commandsEnded{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    bool m_keptByCommand = false;
+
+    std::shared_ptr<MessageWindow> m_window;  // runs what belongs to the object's thread
     MessageTimer m_reconnectTimer{
         [](void* self) { static_cast<COrVaneWmpPlugin*>(self)->timerCallback(); }, this};
 

@@ -6,6 +6,7 @@
 
 #include "media/com_text.h"
 #include "media/file_name.h"
+#include "media/image_file.h"
 #include "media/wmp_media_item.h"
 #include "plugin/library.h"
 
@@ -14,7 +15,9 @@ namespace {
 
 // The embedded picture, or else the picture file beside the track, as the file `path`.
 bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
-    if (WmpMediaItem::retrieveTrackCoverArt(media, path)) return true;
+    const auto retrieved = WmpMediaItem::retrieveTrackCoverArt(media, path);
+    if (retrieved != WmpMediaItem::Retrieved::noneThere)
+        return retrieved == WmpMediaItem::Retrieved::written;
     juce::String found;
     if (!WmpMediaItem::findCoverArtFile(media, found)) return false;
     if (found.equalsIgnoreCase(path)) return true;
@@ -22,12 +25,7 @@ bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
     // Copied over the track itself, the picture would be the end of the track.
     if (SUCCEEDED(media->get_sourceURL(&source)) && namesSameFile(path, textOf(source)))
         return false;
-    const std::wstring copy = fileNameOf(path);
-    if (!CopyFileW(fileNameOf(found).c_str(), copy.c_str(), FALSE)) return false;
-    // The player hides the pictures that it keeps. A copy hidden or write-protected as well could
-    // not be replaced by the next track's.
-    SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
-    return true;
+    return copyImageFile("COrVaneWmpPlugin::getMediaInfo", found, path);
 }
 
 bool readMediaInfo(IWMPMedia* media, juce::StringPairArray& metadataOut,

@@ -2,7 +2,10 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 #include "common/launcher/program_start.h"
+#include "platform/waiting.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -10,6 +13,7 @@ namespace {
 
 constexpr const char* kLaunchName = "AppLauncher::launch";
 constexpr DWORD kStartTimeMs = 3000;
+constexpr DWORD kLookMs = 25;
 
 // The text before the last backslash; none for a path that has none or starts with one.
 juce::String directoryOf(const juce::String& path) {
@@ -30,21 +34,19 @@ bool endedWell(HANDLE process) {
     return true;
 }
 
-bool startedWell(HANDLE process) {
-    switch (WaitForSingleObject(process, kStartTimeMs)) {
-        case WAIT_TIMEOUT:
-            return true;
-        case WAIT_ABANDONED:
-            syslog(LOG_DEBUG, "%s: OrVane launched but abandoned.", kLaunchName);
-            return false;
-        default:
-            return endedWell(process);
-    }
-}
-
 }  // namespace
 
 bool AppLauncher::isInstalled() { return getPath().isNotEmpty(); }
+
+bool AppLauncher::startedWell(HANDLE process) {
+    for (const Deadline deadline(kStartTimeMs); !canBeReached();) {
+        const DWORD left = deadline.remaining();
+        if (left == 0) return true;
+        if (waitServingCalls(process, std::min(left, kLookMs)) != WaitOutcome::timedOut)
+            return endedWell(process);
+    }
+    return true;
+}
 
 bool AppLauncher::launch(const juce::String& parameters) {
     const juce::String path = getPath();

@@ -4,7 +4,7 @@
 
 #include "common/launcher/app_launcher.h"
 #include "common/link/app_connector.h"
-#include "common/link/keep_alive.h"
+#include "common/link/pipe_listener.h"
 
 namespace orvane {
 
@@ -16,14 +16,10 @@ public:
     // 3 is "wmp", 4 "winamp", 5 "itunes"; any other id cannot launch.
     explicit HostLauncher(int playerId);
 
-    // A new connector that answers commands through `methods` (not owned), or null. Nothing is
-    // connected yet. `methods` outlives the connector and, when that leaves a command behind that
-    // does not end, what `keepAlive` answers then; common/link/keep_alive.h.
+    // A new connector that answers commands through `methods`, or null. Nothing is connected yet.
+    // `whenLost`: see OrvaneAppConnector.
     [[nodiscard]] virtual std::unique_ptr<AppConnector> createConnector(
-        IOrvanePluginMethods* methods, KeepAlive keepAlive) = 0;
-    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods* methods) {
-        return createConnector(methods, nullptr);
-    }
+        std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) = 0;
 
     using AppLauncher::launch;
     // Launches with "--launched-by=" and the player's name.

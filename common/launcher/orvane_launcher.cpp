@@ -22,9 +22,7 @@ constexpr const char* kPathValue = names::kPathValue.narrow();
 juce::String installationFolder(bool& found) {
     found = false;
     RegistryUtil registry(1);
-    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, kSettingsKey,
-                          KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, nullptr))
-        return {};
+    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, kSettingsKey, KEY_QUERY_VALUE, nullptr)) return {};
     const OwnedText folder = registry.GetValue(kPathValue, nullptr);
     found = folder != nullptr;
     return found ? juce::String::fromUTF8(folder.get()) : juce::String();
@@ -41,7 +39,10 @@ bool isDirectory(const juce::String& path) {
 
 bool OrvaneLauncher::isAppRunning() {
     const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, names::kRunningMutex.wide()));
-    return mutex && GetLastError() == ERROR_ALREADY_EXISTS;
+    // An elevated application's mutex is there, and refuses itself to a player that is not
+    // elevated.
+    const DWORD error = GetLastError();
+    return error == (mutex ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED);
 }
 
 juce::String OrvaneLauncher::getPath() {
@@ -62,13 +63,15 @@ juce::String OrvaneLauncher::getPath() {
     return path;
 }
 
-std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(IOrvanePluginMethods* methods,
-                                                              KeepAlive keepAlive) {
+std::unique_ptr<AppConnector> OrvaneLauncher::createConnector(
+    std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) {
     try {
-        return std::make_unique<OrvaneAppConnector>(methods, std::move(keepAlive));
+        return std::make_unique<OrvaneAppConnector>(std::move(methods), std::move(whenLost));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
+
+bool OrvaneLauncher::canBeReached() { return OrvaneAppConnector::canConnect(); }
 
 }  // namespace orvane

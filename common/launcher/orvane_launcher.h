@@ -9,16 +9,19 @@ class OrvaneLauncher final : public HostLauncher {
 public:
     using HostLauncher::HostLauncher;
 
-    // Whether somebody holds the mutex "OrVaneApp_Process" in this session. CreateMutexW.
+    // Whether the mutex "OrVaneApp_Process" exists in this session, be it one that may not be
+    // opened. CreateMutexW.
     [[nodiscard]] bool isAppRunning() override;
 
     // "OrVaneApp.exe" in the folder that HKLM\Software\OrVaneMedia\Settings names as "Path", when
     // there is such a file.
     [[nodiscard]] juce::String getPath() override;
 
-    using HostLauncher::createConnector;
-    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(IOrvanePluginMethods* methods,
-                                                                KeepAlive keepAlive) override;
+    [[nodiscard]] std::unique_ptr<AppConnector> createConnector(
+        std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) override;
+
+protected:
+    [[nodiscard]] bool canBeReached() override;
 };
 
 }  // namespace orvane

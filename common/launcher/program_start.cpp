@@ -19,9 +19,8 @@ bool startByShell(const juce::String& path, const juce::String& parameters,
                   const juce::String& directory, UniqueHandle& process) {
     SHELLEXECUTEINFOW info{};
     info.cbSize = sizeof(info);
-    info.fMask = SEE_MASK_NOCLOSEPROCESS;
-    // No message to the user that the program is not there while there is another way to start it.
-    if (isTooLongForShell(path)) info.fMask |= SEE_MASK_FLAG_NO_UI;
+    // A message box of the shell's would stop the player's start until somebody closes it.
+    info.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
     info.lpFile = path.toWideCharPointer();
     info.lpParameters = parameters.toWideCharPointer();
     info.lpDirectory = directory.toWideCharPointer();

@@ -9,7 +9,7 @@
 namespace orvane {
 
 // Starts the program file `path` with `parameters` in the working directory `directory` (may be
-// empty), as if opened from the desktop: ShellExecuteExW, which may show the user why it could not.
+// empty), as if opened from the desktop, without a message box on failure: ShellExecuteExW.
 // The shell's names end at MAX_PATH units; a longer path is started by its extended-length name,
 // in the caller's own working directory when `directory` is too long to be one.
 //

@@ -17,8 +17,6 @@ constexpr std::size_t kLeastEntryBytes = 27;
 
 }  // namespace
 
-AppConnector::~AppConnector() { stopTimer(); }
-
 juce::String AppConnector::text(const Rect& rect) {
     return juce::String::formatted("%i,%i,%i,%i", rect.left, rect.top, rect.width, rect.height);
 }
@@ -41,59 +39,39 @@ void AppConnector::post(const char* name, const juce::String& player) {
 }
 
 void AppConnector::playerHello(const juce::String& player) {
-    {
-        const juce::ScopedLock lock(m_movesLock);
-        m_timerWanted = true;
-        startTimerForMoves();
-    }
+    m_timerWanted = true;
+    startTimerForMoves();
     post("PlayerHello", player);
 }
 
 void AppConnector::playerGoodbye(const juce::String& player) {
-    {
-        const juce::ScopedLock lock(m_movesLock);
-        m_timerWanted = false;
-        stopTimer();
-    }
+    m_timerWanted = false;
+    m_moveTimer.stop();
     post("PlayerGoodbye", player);
 }
 
 void AppConnector::playerMoved(const juce::String&, int left, int top, int width, int height) {
     try {
-        const juce::ScopedLock lock(m_movesLock);
-        if (pendingMoves.size() == kMaxPendingMoves) {
-            pendingMoves.pop_front();
-            ++m_movesTaken;
-        }
+        if (pendingMoves.size() == kMaxPendingMoves) pendingMoves.pop_front();
         pendingMoves.push_back({left, top, width, height});
-        if (!isTimerRunning()) startTimerForMoves();
+        if (!m_moveTimer.isRunning()) startTimerForMoves();
     } catch (const std::exception& e) {
         syslog(LOG_ERR, "AppConnector: a window position was lost: %s", e.what());
     }
 }
 
-// With the lock held.
 void AppConnector::startTimerForMoves() {
-    if (m_timerWanted && !pendingMoves.empty()) startTimer(kMovePeriodMs);
+    if (m_timerWanted && !pendingMoves.empty()) m_moveTimer.start(kMovePeriodMs);
 }
 
 void AppConnector::timerCallback() {
-    Rect newest{};
-    std::uint64_t takenUpTo = 0;
-    {
-        const juce::ScopedLock lock(m_movesLock);
-        stopTimer();
-        if (!m_timerWanted || pendingMoves.empty()) return;
-        newest = pendingMoves.back();
-        takenUpTo = m_movesTaken + pendingMoves.size();
-    }
+    m_moveTimer.stop();
+    if (!m_timerWanted || pendingMoves.empty()) return;
+    const Rect newest = pendingMoves.back();
+    pendingMoves.clear();
+    // The application has always been sent this text here, and not the player's name.
     post("PlayerMoved", "playerName",
          [&](OrvaneEvent& event) { event.setValue("PlayerRect", text(newest)); });
-    const juce::ScopedLock lock(m_movesLock);
-    for (; m_movesTaken < takenUpTo && !pendingMoves.empty(); ++m_movesTaken)
-        pendingMoves.pop_front();
-    // Goodbye may have come in the meantime, from another thread.
-    startTimerForMoves();
 }
 
 void AppConnector::playerMaximized(const juce::String& player, int left, int top, int width,

@@ -1,27 +1,33 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
-#include <juce_events/juce_events.h>
 
 #include <cstdint>
 #include <deque>
+#include <memory>
+#include <utility>
 
 #include "common/link/pipe.h"
 #include "common/messages/application_events.h"
 #include "common/messages/plugin_methods.h"
+#include "platform/message_timer.h"
 
 namespace orvane {
 
 class OrvaneEvent;
 
 // Turns player happenings into event messages; the subclass owns the link they travel on.
-// Event operations may come from any thread; connect, disconnect, isConnected and destruction
-// come from the object's own thread, never at once. None of them throws.
-class AppConnector : public IOrvaneApplicationEvents, protected juce::Timer {
+// Event operations may come from any thread, but for hello, goodbye and window positions: these,
+// connect, disconnect, isConnected and destruction belong to the thread that made the object, whose
+// message loop runs its timer. No operation throws or waits for the application.
+class AppConnector : public IOrvaneApplicationEvents {
 public:
-    // `methods` is not owned and outlives the connector.
-    explicit AppConnector(IOrvanePluginMethods* methods) : pluginMethods(methods) {}
-    ~AppConnector() override;
+    // `methods` is not owned; the link shares it while a command runs.
+    explicit AppConnector(std::weak_ptr<IOrvanePluginMethods> methods)
+        : pluginMethods(std::move(methods)) {}
+    virtual ~AppConnector() = default;
+    AppConnector(const AppConnector&) = delete;
+    AppConnector& operator=(const AppConnector&) = delete;
 
     void playerHello(const juce::String& player) override;
     void playerGoodbye(const juce::String& player) override;
@@ -42,13 +48,12 @@ public:
     void cleanTracks(const juce::String& player, const juce::StringArray& trackPaths) override;
     void mouseLButtonDown(const juce::String& player) override;
 
-    // Opens whatever is not open; true when the whole link is up afterwards. Never waits for an
-    // application that is not there.
+    // Opens whatever is not open; true when the whole link is up afterwards. Waits for nothing.
     virtual bool connect() = 0;
     virtual void disconnect() = 0;
     virtual bool isConnected() = 0;
-    // False when the event is lost: the link is down, or, with a line in the log, it is too long
-    // for a frame.
+    // True when the link is up and the event waits to be written, in the order of the calls. False
+    // when it is lost: the link is down, or, with a line in the log, it is too long for a frame.
     virtual bool postEvent(const OrvaneEvent& event) = 0;
     // The same for a sender that can do with less: the log is left alone, and `oversize` says how
     // many bytes were too many for a frame.
@@ -59,9 +64,9 @@ public:
 protected:
     // Sends the newest of the positions reported since the last tick. The timer runs only while a
     // position waits, so that an idle player gets no messages from here.
-    void timerCallback() override;
+    void timerCallback();
 
-    IOrvanePluginMethods* const pluginMethods;
+    const std::weak_ptr<IOrvanePluginMethods> pluginMethods;
 
 private:
     struct Rect {
@@ -79,10 +84,10 @@ private:
     // keeps no more than these.
     static constexpr std::size_t kMaxPendingMoves = 64;
 
-    juce::CriticalSection m_movesLock;  // guards what follows and the timer's start and stop
     std::deque<Rect> pendingMoves;
-    std::uint64_t m_movesTaken = 0;  // how many have left the front of the list, ever
-    bool m_timerWanted = false;      // between hello and goodbye
+    bool m_timerWanted = false;  // between hello and goodbye
+    MessageTimer m_moveTimer{[](void* self) { static_cast<AppConnector*>(self)->timerCallback(); },
+                             this};
 };
 
 }  // namespace orvane

@@ -12,7 +12,9 @@ void CommandListener::messageReceived(std::span<const std::uint8_t> payload) {
         syslog(LOG_ERR, "CommandListener: command parsing error occured");
         return;
     }
-    if (!send(command->executeCommand(pluginMethods)))
+    const auto methods = pluginMethods.lock();
+    if (methods == nullptr) return;
+    if (!send(command->executeCommand(methods.get())))
         syslog(LOG_ERR, "CommandListener: failed sending response");
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "common/link/pipe_listener.h"
 #include "common/names/names.h"
 
@@ -9,15 +11,11 @@ namespace orvane {
 // so that whoever sends it is not held up.
 class EventProducer final : public PipeListener {
 public:
-    explicit EventProducer(const juce::String& name = names::kEventPipe.narrow())
-        : PipeListener(name) {}
-    ~EventProducer() override { closeForGood(); }
+    explicit EventProducer(ConnectionLost whenLost = nullptr,
+                           const juce::String& name = names::kEventPipe.narrow())
+        : PipeListener(name, std::move(whenLost)) {}
 
     void messageReceived(std::span<const std::uint8_t>) override {}
-
-protected:
-    // Its reader uses nothing else.
-    std::shared_ptr<void> keepForReader() override { return shared_from_this(); }
 };
 
 }  // namespace orvane

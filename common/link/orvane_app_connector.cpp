@@ -3,31 +3,21 @@
 #include <exception>
 #include <utility>
 
-#include "common/link/command_listener.h"
-#include "common/link/event_producer.h"
 #include "common/messages/orvane_message.h"
+#include "common/names/names.h"
 #include "util/log/log.h"
 
 namespace orvane {
 
-OrvaneAppConnector::OrvaneAppConnector(IOrvanePluginMethods* methods, KeepAlive keepAlive)
-    : AppConnector(methods), m_keepAlive(std::move(keepAlive)) {}
-
 OrvaneAppConnector::~OrvaneAppConnector() {
-    stopTimer();
-    m_busy = true;
-    // Commands first: a running one may still report events. Each is let go outside the lock, since
-    // calls are served while it closes.
-    const auto drop = [this](auto& held) {
-        const auto pipe = [&] {
-            const juce::ScopedLock lock(m_pipesLock);
-            return std::exchange(held, nullptr);
-        }();
-        if (pipe != nullptr) pipe->closeForGood();
+    // Each is closed outside the lock, since calls are served meanwhile.
+    const auto take = [this](auto& held) {
+        const juce::ScopedLock lock(m_pipesLock);
+        return std::exchange(held, nullptr);
     };
-    drop(m_cl);
-    drop(m_ep);
-    stopTimer();
+    // Commands first: a running one may still report events.
+    if (const auto cl = take(m_cl)) cl->close();
+    if (const auto ep = take(m_ep)) ep->close();
 }
 
 template <typename PipeType>
@@ -42,42 +32,47 @@ bool OrvaneAppConnector::isUp(const std::shared_ptr<PipeType>& held) const {
     return pipe != nullptr && pipe->isConnected();
 }
 
-template <typename PipeType>
-bool OrvaneAppConnector::reopen(std::shared_ptr<PipeType>& held,
-                                const std::shared_ptr<PipeType>& fresh, const char* failure) {
-    auto old = fresh;
+template <typename PipeType, typename Make>
+bool OrvaneAppConnector::reopen(std::shared_ptr<PipeType>& held, std::string& lastFailure,
+                                const char* text, const Make& make) {
+    auto old = hold(held);
+    if (old != nullptr) {
+        if (old->isConnected()) return true;
+        // The application serves one client a pipe, so the old end closes before the new one opens.
+        // A command that runs on without its link has the same time to end as when closing.
+        if (!old->abandon()) return false;
+    }
+    const auto fresh = make();
     {
         const juce::ScopedLock lock(m_pipesLock);
-        old.swap(held);
+        held = fresh;
     }
-    // The application serves one client a pipe, so the old end closes before the new one opens.
-    // When it went in the middle of a command, that one is not waited for here, on the player's
-    // thread: the next attempt finds it done.
-    if (old != nullptr && !old->letGo()) {
-        const juce::ScopedLock lock(m_pipesLock);
-        held = std::move(old);
-        return false;
+    if (fresh->initConnection()) {
+        lastFailure.clear();
+        return true;
     }
-    old.reset();
-    if (fresh->initConnection()) return true;
-    syslog(LOG_ERR, failure, "OrvaneAppConnector::connect");
+    syslog(LOG_ERR, text, "OrvaneAppConnector::connect");
+    if (fresh->failure() != lastFailure) {
+        lastFailure = fresh->failure();
+        if (!lastFailure.empty()) fresh->logFailure();
+    }
     return false;
 }
 
+bool OrvaneAppConnector::canConnect() {
+    return PipeStream::isOffered(names::kEventPipe.narrow()) &&
+           PipeStream::isOffered(names::kCommandPipe.narrow());
+}
+
 bool OrvaneAppConnector::connect() {
-    // While an old pipe closes, calls into this thread are served, and one of them may be a
-    // timer's.
-    if (m_busy) return false;
-    const juce::ScopedValueSetter<bool> busy(m_busy, true);
     try {
-        bool up = true;
-        if (!isUp(m_ep))
-            up = reopen(m_ep, std::make_shared<EventProducer>(), "%s: m_ep->initConnection failed");
-        if (!isUp(m_cl))
-            up = reopen(m_cl, std::make_shared<CommandListener>(pluginMethods, m_keepAlive),
-                        "%s: m_cl->initConnection failed") &&
-                 up;
-        return up;
+        const bool events = reopen(m_ep, m_eventFailure, "%s: m_ep->initConnection failed", [this] {
+            return makePipe<EventProducer>(m_whenLost);
+        });
+        const bool commands = reopen(
+            m_cl, m_commandFailure, "%s: m_cl->initConnection failed",
+            [this] { return makePipe<CommandListener>(pluginMethods, m_whenLost); });
+        return events && commands;
     } catch (const std::exception& e) {
         syslog(LOG_ERR, "%s: %s", "OrvaneAppConnector::connect", e.what());
         return false;

@@ -1,23 +1,28 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "common/link/app_connector.h"
-#include "common/link/keep_alive.h"
+#include "common/link/command_listener.h"
+#include "common/link/event_producer.h"
 
 namespace orvane {
 
-class CommandListener;
-class EventProducer;
-
-// The connector over the two named pipes. While it waits for a running command (disconnect and
-// destruction, Pipe::kClosePatienceMs at most), calls into the waiting thread are served, and those
-// may report events. Its destructor leaves a command behind that has not ended by then, when
-// `keepAlive` allows it (common/link/keep_alive.h), and waits for it otherwise.
+// The connector over the two named pipes. It keeps the present connection of each and makes the
+// next. Destruction and disconnect() let what is queued be written and the running command be
+// answered (Pipe::close), while calls into the waiting thread are served; a command that has not
+// ended by then is left behind.
 class OrvaneAppConnector final : public AppConnector {
 public:
-    explicit OrvaneAppConnector(IOrvanePluginMethods* methods, KeepAlive keepAlive = nullptr);
+    // `whenLost` is called for each connection that is lost or closed.
+    explicit OrvaneAppConnector(std::weak_ptr<IOrvanePluginMethods> methods,
+                                ConnectionLost whenLost = nullptr)
+        : AppConnector(std::move(methods)), m_whenLost(std::move(whenLost)) {}
     ~OrvaneAppConnector() override;
+
+    // Whether the application offers both pipes now. Waits 2 ms at most. Any thread.
+    [[nodiscard]] static bool canConnect();
 
     bool connect() override;
     void disconnect() override;
@@ -26,20 +31,21 @@ public:
     Pipe::Sending tryPostEvent(const OrvaneEvent& event) override;
 
 private:
-    template <typename PipeType>
-    bool reopen(std::shared_ptr<PipeType>& held, const std::shared_ptr<PipeType>& fresh,
-                const char* failure);
+    template <typename PipeType, typename Make>
+    bool reopen(std::shared_ptr<PipeType>& held, std::string& lastFailure, const char* text,
+                const Make& make);
     template <typename PipeType>
     std::shared_ptr<PipeType> hold(const std::shared_ptr<PipeType>& held) const;
     template <typename PipeType>
     bool isUp(const std::shared_ptr<PipeType>& held) const;
 
-    const KeepAlive m_keepAlive;
-    // Events come from other threads too: each call works on its own reference.
+    const ConnectionLost m_whenLost;
+    // Events come from other threads too: each call works on its own share.
     juce::CriticalSection m_pipesLock;
     std::shared_ptr<EventProducer> m_ep;
     std::shared_ptr<CommandListener> m_cl;
-    bool m_busy = false;  // connecting or being destroyed: a nested connect() is refused
+    std::string m_eventFailure;  // as last logged
+    std::string m_commandFailure;
 };
 
 }  // namespace orvane

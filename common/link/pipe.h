@@ -2,12 +2,15 @@
 
 #include <juce_core/juce_core.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
+#include "common/link/frame_queue.h"
 #include "common/link/pipe_stream.h"
 
 namespace orvane {
@@ -17,33 +20,28 @@ namespace frame {
 class Reader;
 }
 
-// A message connection over a named pipe, with a reader thread of its own: a single-threaded COM
-// apartment that dispatches its messages while it waits. Opened, closed and destroyed by its owner,
-// one call at a time; send() and isConnected() may come from any thread while the object lives.
+// A message connection over a named pipe. It lives once: initConnection() opens it, a thread of its
+// own reads and writes it, and it is closed; the next connection is another object. The thread is a
+// single-threaded COM apartment that dispatches its messages while it waits.
 //
-// Closing closes the pipe's handle at once; a message being handled first has kAnswerMs to be
-// answered, while nothing else is sent or received. Closing waits for the reader thread, and with
-// it for that message, for kClosePatienceMs in all, and serves calls into the waiting thread
-// meanwhile; posted messages stay in that thread's queue. On the reader thread itself (from
-// messageReceived) nothing waits; opening and destroying are not possible there.
+// The thread shares ownership of the object until it ends. So objects are made by makePipe(), and
+// the owner may drop one at any time: whoever drops the last share closes the connection.
 //
-// The reader thread has a share in a pipe that is held by shared_ptr, until its last instruction in
-// this object. So the owner of such a pipe says closeForGood() before it lets the pipe go, and a
-// reader that does not end can be left behind. Any other pipe waits for its reader, however long
-// that takes, when it is destroyed.
+// Opened and closed by its owner, one call at a time; send() and isConnected() may come from any
+// thread.
 class Pipe : public std::enable_shared_from_this<Pipe> {
 public:
     explicit Pipe(const juce::String& pipeName);
-    // A subclass calls closeForGood() in its own destructor, so that its callbacks are there.
-    virtual ~Pipe();
+    virtual ~Pipe() = default;
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    // The defaults log. `connectionLost` comes once for each connection made: on the reader thread
-    // after a failed read, on the closing thread otherwise.
+    // The defaults log. `connectionLost` comes once for each connection made: on the thread after a
+    // failed read or write, on the closing thread otherwise.
     virtual void connectionMade();
     virtual void connectionLost();
-    // On the reader thread. No further message is read until it returns; what it throws is dropped.
+    // On the connection's thread. No further message is read until it returns; what it throws is
+    // dropped.
     virtual void messageReceived(std::span<const std::uint8_t> payload) = 0;
     virtual bool initConnection() = 0;
     virtual void terminate() = 0;
@@ -52,74 +50,87 @@ public:
         bool sent;
         std::size_t oversize;  // bytes of a payload that is too long for a frame; otherwise 0
     };
-    // Writes the message as one frame; `sent` when all of it was taken. Returns within
-    // kWriteTimeoutMs even when other threads are writing; after a failed write the connection is
-    // down. Logs nothing.
+    // Puts the message as one frame into the queue that the thread writes; `sent` when the
+    // connection is up and took it. On the connection's own thread the frame is written before the
+    // call returns, and `sent` tells of that. A frame that is not taken within kWriteTimeoutMs
+    // breaks the connection, and so does one that would go over FrameQueue::kLimit, with a line in
+    // the log; the queue is empty then.
     Sending trySend(const OrvaneMessage& message);
     bool send(const OrvaneMessage& message) { return trySend(message).sent; }
 
     [[nodiscard]] bool isConnected() const;
 
-    // Closes without waiting for a message being handled; false while one is. Once it answers true
-    // neither opening nor destroying this object waits.
-    [[nodiscard]] bool letGo();
+    // Closes the connection. What waits in the queue, and the answer to a message that is being
+    // handled, has kAnswerMs; the thread has kClosePatienceMs in all to end. Calls into the waiting
+    // thread are served meanwhile; posted messages stay in its queue. A thread that has not ended
+    // is left behind with its share in this object. On the connection's own thread, and when it was
+    // closed or abandoned before, nothing waits.
+    void close();
 
-    // Closes a pipe that is not opened again. A reader that has not ended in time is left behind,
-    // with its share in this object and with what keepForReader() answers; where that is not
-    // possible it is waited for.
-    void closeForGood();
+    // Closes without waiting for anything. False while a message is handled that was not finished
+    // when the connection went, for up to kClosePatienceMs from then on; later its thread is left
+    // behind.
+    [[nodiscard]] bool abandon();
 
     static constexpr DWORD kWriteTimeoutMs = 2000;
     static constexpr DWORD kAnswerMs = 500;
-    static constexpr DWORD kLetGoMs = 100;  // for a reader that handles nothing
     static constexpr DWORD kClosePatienceMs = 4000;
 
 protected:
-    // Takes over an opened stream and starts the reader thread; the connection is closed before.
-    // `receiveTimeoutMs` is negative for none. False when `stream` is null, when the former reader
-    // has not ended or the thread does not start.
+    // Takes over an opened stream and starts the thread, once. `receiveTimeoutMs` is negative for
+    // none. False when `stream` is null, when this object was opened before or the thread does not
+    // start.
     bool open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs);
-    void close();
 
-    // Runs on the reader thread before the first read; false ends the connection.
+    // send() for bytes that are a frame already, or none.
+    bool put(FrameQueue::Frame&& frame);
+
+    // Runs on the thread before the first read; false ends the connection.
     virtual bool prepareReading(PipeStream& stream);
-
-    // Null while closed. Any thread; who keeps it keeps the pipe open.
-    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
-
-    // Asked on the closing thread before the reader is left behind: what its callbacks use besides
-    // this object. The reader lets go of it as its last act in its apartment. Null: it cannot be
-    // left behind.
-    virtual std::shared_ptr<void> keepForReader() { return nullptr; }
 
     const juce::String pipeName;
     // The name for the log. Made once: a String that several threads ask for UTF-8 is no one's.
     const std::string m_logName;
 
 private:
+    enum class Outcome { message, timedOut, ended };
+
+    [[nodiscard]] bool canSend() const;
     void run();
-    void readFrames();
-    void take(frame::Reader& reader, std::span<const std::uint8_t> bytes);
+    void readMessages();
+    Outcome exchange(PipeStream& stream, frame::Reader& reader);
+    bool takeAhead(frame::Reader& reader);
+    bool drain();
     void deliver(std::span<const std::uint8_t> payload);
     void endStream();
     void lost();
-    void letAnswer() const;
-    void waitForReader(DWORD timeoutMs);
-    [[nodiscard]] bool onReader() const;
-    [[nodiscard]] bool readerEnds(DWORD timeoutMs) const;
-    [[nodiscard]] bool leaveReaderBehind();
+    [[nodiscard]] std::shared_ptr<PipeStream> currentStream() const;
+    [[nodiscard]] bool onOwnThread() const { return GetCurrentThreadId() == m_threadId; }
+    [[nodiscard]] bool endsWithin(DWORD timeoutMs) const;
+    void leaveBehind() const;
 
-    juce::CriticalSection m_lock;  // guards the next three
+    juce::CriticalSection m_lock;  // guards the next one
     std::shared_ptr<PipeStream> m_stream;
-    bool m_readerAtWork = false;
-    std::shared_ptr<void> m_kept;  // for a reader that was left behind
-    UniqueHandle m_reader;         // the thread; kept after its end until the next one
-    std::atomic<DWORD> m_readerId{0};
-    std::atomic<bool> m_handling{false};  // a message, on the reader thread
-    std::atomic<bool> m_closing{false};   // until it is opened again
-    bool m_gaveUp = false;                // on the present reader
-    DWORD m_receiveTimeoutMs = INFINITE;
+    FrameQueue m_queue;
+    UniqueHandle m_thread;  // kept after its end
+    std::atomic<DWORD> m_threadId{0};
+    std::atomic<bool> m_handling{false};  // a message
+    std::atomic<bool> m_closing{false};
     std::atomic<bool> m_made{false};
+    std::atomic<std::uint64_t> m_lostAt{0};  // GetTickCount64
+    DWORD m_receiveTimeoutMs = INFINITE;
+
+    // The thread's own: what was read beyond the last message.
+    std::array<std::uint8_t, 4096> m_buffer{};
+    std::span<std::uint8_t> m_ahead;
 };
+
+// The only way to make a connection: the last share that is dropped closes it.
+template <typename PipeType, typename... Arguments>
+[[nodiscard]] std::shared_ptr<PipeType> makePipe(Arguments&&... arguments) {
+    auto pipe = std::make_shared<PipeType>(std::forward<Arguments>(arguments)...);
+    PipeType* const object = pipe.get();
+    return {object, [share = std::move(pipe)](PipeType* closed) { closed->close(); }};
+}
 
 }  // namespace orvane

@@ -5,7 +5,6 @@
 namespace orvane {
 
 bool PipeBroadcaster::initConnection() {
-    close();  // there is one instance of the pipe: the old one has to go first
     const bool created = open(PipeStream::create(pipeName), -1);
     syslog(LOG_DEBUG, "%s: \"%s\" %s", "PipeBroadcaster::initConnection", m_logName.c_str(),
            created ? "created" : "not created");

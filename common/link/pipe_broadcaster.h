@@ -5,8 +5,8 @@
 namespace orvane {
 
 // The creating end, for the application's side: makes the pipe and serves one client. It counts as
-// connected from then on; send() answers false until the client is there. After the client has gone
-// (connectionLost) initConnection() makes the pipe anew.
+// connected from then on; send() answers false until the client is there. For the next client,
+// after connectionLost, make another object.
 class PipeBroadcaster : public Pipe {
 public:
     using Pipe::Pipe;
@@ -14,7 +14,7 @@ public:
     bool initConnection() override;
     void terminate() override;
 
-    // On the reader thread, when the client has opened the pipe.
+    // On the connection's thread, when the client has opened the pipe.
     virtual void clientConnected() {}
 
 protected:

@@ -6,8 +6,12 @@
 
 namespace orvane {
 
+void PipeListener::connectionLost() {
+    Pipe::connectionLost();
+    if (m_whenLost) m_whenLost();
+}
+
 bool PipeListener::initConnection() {
-    close();  // the application serves one client: the old connection has to go first
     if (!openPipe(-1)) return false;
     syslog(LOG_DEBUG, "%s: connected to pipe %s", "PipeListener::initConnection",
            m_logName.c_str());
@@ -15,7 +19,6 @@ bool PipeListener::initConnection() {
 }
 
 bool PipeListener::initConnection(int timeoutMs) {
-    close();
     const bool connected = openPipe(timeoutMs);
     syslog(LOG_DEBUG, "%s: %sconnected to pipe %s", "PipeListener::initConnection",
            connected ? "" : "not ", m_logName.c_str());
@@ -25,10 +28,16 @@ bool PipeListener::initConnection(int timeoutMs) {
 bool PipeListener::openPipe(int timeoutMs) {
     const char* refusal = nullptr;
     auto stream = PipeStream::openExisting(pipeName, &refusal);
+    const DWORD error = GetLastError();
     if (refusal != nullptr)
-        syslog(LOG_ERR, "PipeListener: pipe \"%s\" is not linked to: %s", m_logName.c_str(),
-               refusal);
+        m_failure = std::string("is not linked to: ") + refusal;
+    else if (stream == nullptr && error != ERROR_FILE_NOT_FOUND)
+        m_failure = "cannot be opened: error " + std::to_string(error);
     return open(std::move(stream), timeoutMs);
+}
+
+void PipeListener::logFailure() const {
+    syslog(LOG_ERR, "PipeListener: pipe \"%s\" %s", m_logName.c_str(), m_failure.c_str());
 }
 
 void PipeListener::terminate() {

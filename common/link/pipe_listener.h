@@ -1,21 +1,39 @@
 #pragma once
 
+#include <functional>
+#include <string>
+#include <utility>
+
 #include "common/link/pipe.h"
 
 namespace orvane {
 
+// Called once when a connection is lost or closed: on any thread, also after the connector is gone.
+// Must not throw.
+using ConnectionLost = std::function<void()>;
+
 // The connecting end: opens a pipe that the application has made. It never waits for a pipe that is
-// absent or taken. To a stranger's pipe it makes no connection, and logs why.
+// absent or taken, and refuses one whose maker is not trusted.
 class PipeListener : public Pipe {
 public:
-    using Pipe::Pipe;
+    explicit PipeListener(const juce::String& name, ConnectionLost whenLost = nullptr)
+        : Pipe(name), m_whenLost(std::move(whenLost)) {}
 
+    void connectionLost() override;
     bool initConnection() override;  // reads wait as long as it takes
     virtual bool initConnection(int timeoutMs);
     void terminate() override;
 
+    // Why initConnection() failed, as the end of a sentence about the pipe. Empty when the pipe is
+    // not there, as while the application does not run.
+    [[nodiscard]] const std::string& failure() const { return m_failure; }
+    void logFailure() const;
+
 private:
     bool openPipe(int timeoutMs);
+
+    const ConnectionLost m_whenLost;
+    std::string m_failure;
 };
 
 }  // namespace orvane

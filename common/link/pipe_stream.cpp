@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "common/link/pipe_server.h"
+#include "common/link/pipe_trust.h"
 #include "platform/waiting.h"
 
 namespace orvane {
@@ -17,59 +17,32 @@ UniqueHandle manualResetEvent() {
     return UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
 
-class TakenTurn {
-public:
-    explicit TakenTurn(WriteTurn& turn) : m_turn(turn) {}
-    TakenTurn(const TakenTurn&) = delete;
-    TakenTurn& operator=(const TakenTurn&) = delete;
-    ~TakenTurn() { m_turn.giveBack(); }
-
-private:
-    WriteTurn& m_turn;
-};
-
 }  // namespace
 
-// One overlapped operation in progress. It lives on the stack, so however it is left, the system
-// is done with it and with the buffer by then.
-class PipeStream::Operation {
-public:
-    Operation(HANDLE pipe, HANDLE event) : m_pipe(pipe) { m_overlapped.hEvent = event; }
-    Operation(const Operation&) = delete;
-    Operation& operator=(const Operation&) = delete;
-    ~Operation() { finish(); }
+PipeStream::Operation::Operation(PipeStream& stream, bool reads) : m_pipe(stream.m_pipe.get()) {
+    m_overlapped.hEvent = reads ? stream.m_readEvent.get() : stream.m_writeEvent.get();
+}
 
-    OVERLAPPED* get() { return &m_overlapped; }
-    [[nodiscard]] HANDLE event() const { return m_overlapped.hEvent; }
+bool PipeStream::Operation::read(std::span<std::uint8_t> buffer) {
+    return started(
+        ReadFile(m_pipe, buffer.data(), static_cast<DWORD>(buffer.size()), nullptr, &m_overlapped));
+}
 
-    // Takes the call's own answer; false when the system has refused the operation.
-    bool started(BOOL answer) {
-        m_started = answer || GetLastError() == ERROR_IO_PENDING;
-        return m_started;
-    }
+bool PipeStream::Operation::write(std::span<const std::uint8_t> bytes) {
+    return started(
+        WriteFile(m_pipe, bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, &m_overlapped));
+}
 
-    // Whether it is complete, as most are when the call returns: a wait would cost another call.
-    [[nodiscard]] bool isDone() const { return HasOverlappedIoCompleted(&m_overlapped); }
+bool PipeStream::Operation::started(BOOL answer) {
+    m_started = answer || GetLastError() == ERROR_IO_PENDING;
+    return m_started;
+}
 
-    // Cancels what is not done yet and waits until the system has let go. True when the operation
-    // succeeded, be it at the last moment.
-    bool finish() {
-        if (!m_started) return m_succeeded;
-        m_started = false;
-        if (!isDone()) CancelIoEx(m_pipe, &m_overlapped);
-        m_succeeded = GetOverlappedResult(m_pipe, &m_overlapped, &m_count, TRUE);
-        return m_succeeded;
-    }
-
-    [[nodiscard]] DWORD count() const { return m_count; }
-
-private:
-    HANDLE m_pipe;
-    OVERLAPPED m_overlapped{};
-    DWORD m_count = 0;
-    bool m_started = false;
-    bool m_succeeded = false;
-};
+bool PipeStream::Operation::finish() {
+    if (!std::exchange(m_started, false)) return false;
+    if (!isDone()) CancelIoEx(m_pipe, &m_overlapped);
+    return GetOverlappedResult(m_pipe, &m_overlapped, &m_count, TRUE) != FALSE;
+}
 
 PipeStream::PipeStream(Key, UniqueFile pipe, bool connected)
     : m_pipe(std::move(pipe)),
@@ -81,9 +54,7 @@ PipeStream::PipeStream(Key, UniqueFile pipe, bool connected)
 std::shared_ptr<PipeStream> PipeStream::wrap(UniqueFile pipe, bool connected) {
     if (!pipe) return nullptr;
     auto stream = std::make_shared<PipeStream>(Key{}, std::move(pipe), connected);
-    const bool whole =
-        stream->m_stop && stream->m_readEvent && stream->m_writeEvent && stream->m_turn.isWhole();
-    return whole ? stream : nullptr;
+    return stream->m_stop && stream->m_readEvent && stream->m_writeEvent ? stream : nullptr;
 }
 
 std::shared_ptr<PipeStream> PipeStream::openExisting(const juce::String& pipeName,
@@ -107,55 +78,19 @@ std::shared_ptr<PipeStream> PipeStream::create(const juce::String& pipeName) {
                 false);
 }
 
+bool PipeStream::isOffered(const juce::String& pipeName) {
+    return WaitNamedPipeW(pathOf(pipeName).toWideCharPointer(), 1) != FALSE;
+}
+
 bool PipeStream::waitForClient() {
     if (!m_usable) return false;
-    Operation connecting(m_pipe.get(), m_readEvent.get());
-    const BOOL answer = ConnectNamedPipe(m_pipe.get(), connecting.get());
+    Operation connecting(*this, true);
+    const BOOL answer = ConnectNamedPipe(m_pipe.get(), &connecting.m_overlapped);
     if (!answer && GetLastError() == ERROR_PIPE_CONNECTED) return m_connected = true;
     if (!connecting.started(answer)) return false;
     const std::array<HANDLE, 2> handles{m_stop.get(), connecting.event()};
     if (waitDispatchingMessages(handles, INFINITE) != WAIT_OBJECT_0 + 1) return false;
     return m_connected = connecting.finish();
-}
-
-PipeStream::ReadResult PipeStream::read(std::span<std::uint8_t> buffer, DWORD timeoutMs) {
-    if (!m_usable) return {ReadStatus::failed, 0};
-    Operation reading(m_pipe.get(), m_readEvent.get());
-    const BOOL answer = ReadFile(m_pipe.get(), buffer.data(), static_cast<DWORD>(buffer.size()),
-                                 nullptr, reading.get());
-    if (reading.started(answer)) {
-        const std::array<HANDLE, 2> handles{m_stop.get(), reading.event()};
-        const DWORD waited =
-            reading.isDone() ? WAIT_OBJECT_0 + 1 : waitDispatchingMessages(handles, timeoutMs);
-        const bool done = reading.finish();
-        if (waited != WAIT_OBJECT_0 && m_usable) {
-            if (done) return {ReadStatus::data, reading.count()};
-            if (waited == WAIT_TIMEOUT) return {ReadStatus::timedOut, 0};
-        }
-    }
-    shutDown();
-    return {ReadStatus::failed, 0};
-}
-
-bool PipeStream::write(std::span<const std::uint8_t> bytes, DWORD timeoutMs) {
-    if (!m_usable || !m_connected) return false;
-    const Deadline deadline(timeoutMs);
-    if (!m_turn.take(deadline, m_stop.get())) return false;
-    const TakenTurn turn(m_turn);
-    if (!m_usable) return false;
-
-    Operation writing(m_pipe.get(), m_writeEvent.get());
-    const BOOL answer = WriteFile(m_pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()),
-                                  nullptr, writing.get());
-    if (writing.started(answer)) {
-        if (!writing.isDone()) {
-            const std::array<HANDLE, 2> handles{m_stop.get(), writing.event()};
-            WaitForMultipleObjects(2, handles.data(), FALSE, deadline.remaining());
-        }
-        if (writing.finish() && writing.count() == bytes.size()) return true;
-    }
-    shutDown();
-    return false;
 }
 
 bool PipeStream::hasOtherEnd() const {

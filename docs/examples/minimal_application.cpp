@@ -14,7 +14,6 @@ class Printing : public orvane::PipeBroadcaster {
 public:
     Printing(const juce::String& pipe, orvane::Pipe* commands, HANDLE goodbye)
         : PipeBroadcaster(pipe), m_commands(commands), m_goodbye(goodbye) {}
-    ~Printing() override { close(); }
 
     // On the pipe's own thread.
     void messageReceived(std::span<const std::uint8_t> payload) override {
@@ -39,9 +38,9 @@ private:
 int main() {
     const HANDLE running = CreateMutexW(nullptr, FALSE, L"OrVaneApp_Process");
     const HANDLE goodbye = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    Printing commands("IpcOrvaneCommandPipe", nullptr, goodbye);
-    Printing events("IpcOrvaneEventPipe", &commands, goodbye);
-    if (!events.initConnection() || !commands.initConnection()) return 1;
+    const auto commands = orvane::makePipe<Printing>("IpcOrvaneCommandPipe", nullptr, goodbye);
+    const auto events = orvane::makePipe<Printing>("IpcOrvaneEventPipe", commands.get(), goodbye);
+    if (!events->initConnection() || !commands->initConnection()) return 1;
     std::puts("ready");
     std::fflush(stdout);
     const DWORD waited = WaitForSingleObject(goodbye, 60'000);

@@ -12,9 +12,7 @@ enum ExitCode { good = 0, checkMissed = 1, wrongUsage = 2, noPipes = 3 };
 
 }  // namespace
 
-Application::Application(Options options) : m_options(std::move(options)) {}
-
-int Application::run() {
+int StandInApplication::run() {
     if (m_options.transcript != juce::File()) {
         m_transcript = std::make_unique<juce::FileOutputStream>(m_options.transcript);
         // Emptied, not made anew: somebody may be following it.
@@ -48,62 +46,51 @@ int Application::run() {
           true);
     if (m_options.script == juce::File()) {
         runPrompt();
-        return m_interpreter.isGood() ? good : checkMissed;
-    }
-    if (!m_options.script.existsAsFile()) {
+    } else if (m_options.script.existsAsFile()) {
+        m_interpreter.runScript(m_options.script.loadFileAsString(),
+                                m_options.script.getFileName());
+    } else {
         print("error: cannot read the script " + m_options.script.getFullPathName(), true);
         return wrongUsage;
     }
-    return m_interpreter.runScript(m_options.script.loadFileAsString(),
-                                   m_options.script.getFileName())
-               ? good
-               : checkMissed;
+    return m_interpreter.isGood() ? good : checkMissed;
 }
 
-void Application::runPrompt() {
+void StandInApplication::runPrompt() {
     if (m_terminal.isInteractive())
         print("'help' lists the words, TAB completes, 'quit' ends", true);
-    while (m_terminal.hasInput()) {
-        const auto line = m_terminal.readLine();
-        if (!line) break;
-        if (m_interpreter.run(*line) == Outcome::quit) return;
+    while (const auto line = m_terminal.readLine()) {
+        m_interpreter.run(*line);
+        if (m_interpreter.hasQuit()) return;
     }
-    // Started by the plug-in there may be nobody to type: the pipes are served all the same.
+    // When the plug-in started this program there may be no input: it still serves the pipes.
     while (m_options.launchedBy.isNotEmpty()) juce::Thread::sleep(60'000);
 }
 
-bool Application::sendBytes(std::span<const std::uint8_t> bytes) {
-    return m_commands.hasClient() && m_commands.sendBytes(bytes);
-}
-
-void Application::clientCame(PipeId pipe) {
-    print(shownLine("link", describe(pipe), "connected"), true);
+void StandInApplication::clientChanged(PipeId pipe, const String& how) {
+    print(shownLine("link", describe(pipe), how), true);
     m_arrivals.changed();
 }
 
-void Application::clientWent(PipeId pipe, const char* why) {
-    print(shownLine("link", describe(pipe), String("disconnected: ") + why), true);
-    m_arrivals.changed();
-}
-
-void Application::payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) {
-    const Reading reading = readPayload(pipe, payload);
-    for (const String& problem : reading.problems) {
+void StandInApplication::payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) {
+    StringArray problems;
+    const MessagePtr message = readPayload(pipe, payload, problems);
+    for (const String& problem : problems) {
         print(shownLine("PROBLEM", describe(pipe), problem), true);
         m_interpreter.problemCame();
     }
-    if (reading.message == nullptr) return;
-    print(shown(*reading.message), true);
-    m_arrivals.add(reading.message);
+    if (message == nullptr) return;
+    print(shown(*message), true);
+    m_arrivals.add(message);
 }
 
-void Application::print(const String& text, bool withTime) {
+void StandInApplication::print(const String& text, bool withTime) {
     const std::lock_guard lock(m_printing);
     const auto now = juce::Time::getCurrentTime();
-    const String line = withTime
-                            ? now.formatted("%H:%M:%S.") +
-                                  String(now.getMilliseconds()).paddedLeft('0', 3) + "  " + text
-                            : text;
+    String line = text;
+    if (withTime)
+        line = now.formatted("%H:%M:%S.") + String(now.getMilliseconds()).paddedLeft('0', 3) +
+               "  " + text;
     if (m_transcript != nullptr) {
         m_transcript->writeText(line + "\n", false, false, nullptr);
         m_transcript->flush();  // somebody follows the file while we run

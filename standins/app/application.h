@@ -18,9 +18,9 @@ struct Options {
     juce::File transcript;  // receives everything printed
 };
 
-class Application : private Host, private AppPipe::Listener {
+class StandInApplication : private InterpreterHost, private StandInPipe::Listener {
 public:
-    explicit Application(Options options);
+    explicit StandInApplication(Options options) : m_options(std::move(options)) {}
 
     // Until the script or the person is done; the program's exit code.
     int run();
@@ -28,17 +28,18 @@ public:
 private:
     bool isConnected(PipeId pipe) override { return pipeOf(pipe).hasClient(); }
     bool send(const OrvaneMessage& message) override { return m_commands.send(message); }
-    bool sendBytes(std::span<const std::uint8_t> bytes) override;
+    bool sendBytes(std::span<const std::uint8_t> bytes) override {
+        return m_commands.hasClient() && m_commands.sendBytes(bytes);
+    }
     void drop(PipeId pipe) override { pipeOf(pipe).drop(); }
     void hold(PipeId pipe, bool held) override { pipeOf(pipe).hold(held); }
     void print(const String& text, bool withTime) override;
 
-    void clientCame(PipeId pipe) override;
-    void clientWent(PipeId pipe, const char* why) override;
+    void clientChanged(PipeId pipe, const String& how) override;
     void payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) override;
 
     void runPrompt();
-    AppPipe& pipeOf(PipeId pipe) { return pipe == PipeId::event ? m_events : m_commands; }
+    StandInPipe& pipeOf(PipeId pipe) { return pipe == PipeId::event ? m_events : m_commands; }
 
     const Options m_options;
     Terminal m_terminal;
@@ -47,8 +48,8 @@ private:
     Arrivals m_arrivals;
     Interpreter m_interpreter{*this, m_arrivals};
     UniqueHandle m_instance;
-    AppPipe m_events{PipeId::event, *this};
-    AppPipe m_commands{PipeId::command, *this};
+    StandInPipe m_events{PipeId::event, *this};
+    StandInPipe m_commands{PipeId::command, *this};
     std::jthread m_keeper;  // opens the pipes again for the next client
 };
 

@@ -16,14 +16,6 @@ void Arrivals::add(MessagePtr message) {
     changed();
 }
 
-void Arrivals::changed() {
-    {
-        const std::lock_guard lock(m_mutex);
-        ++m_changes;
-    }
-    m_came.notify_all();
-}
-
 std::size_t Arrivals::count() const {
     const std::lock_guard lock(m_mutex);
     return m_forgotten + m_kept.size();
@@ -42,16 +34,13 @@ MessagePtr Arrivals::next(std::size_t& place,
 }
 
 bool Arrivals::waitUntil(std::chrono::milliseconds limit, const std::function<bool()>& isSo) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    std::unique_lock lock(m_mutex);
-    for (bool inTime = true;;) {
-        const std::size_t seen = m_changes;
-        lock.unlock();
-        const bool so = isSo();
-        if (so || !inTime) return so;
-        lock.lock();
-        inTime = m_came.wait_until(lock, deadline, [&] { return m_changes != seen; });
+    using std::chrono::steady_clock;
+    for (const auto deadline = steady_clock::now() + limit; !isSo();) {
+        const std::chrono::duration<double, std::milli> left = deadline - steady_clock::now();
+        // The event stays signalled until a thread waits, so no change since isSo() is missed.
+        if (left.count() <= 0 || !m_came.wait(left.count())) return isSo();
     }
+    return true;
 }
 
 }  // namespace orvane::standin::app

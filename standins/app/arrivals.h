@@ -1,10 +1,9 @@
 #pragma once
 
-// The messages that have come over the two pipes, in order, for those who wait for some of them.
-// Reader threads add; the thread that runs the lines waits.
+// The messages that have come over the two pipes, in order. Reader threads add; one thread, which
+// runs the lines, waits.
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -19,8 +18,8 @@ using MessagePtr = std::shared_ptr<const OrvaneMessage>;
 class Arrivals {
 public:
     void add(MessagePtr message);
-    // Something else has changed that somebody may wait for: a pipe's client has come or gone.
-    void changed();
+    // Wakes the waiting thread after another change: a client has connected or disconnected.
+    void changed() { m_came.signal(); }
 
     // How many have come: a place to look from.
     [[nodiscard]] std::size_t count() const;
@@ -28,17 +27,17 @@ public:
     MessagePtr next(std::size_t& place,
                     const std::function<bool(const OrvaneMessage&)>& test) const;
 
-    // Asks at once, and again after each arrival and change; the last answer.
+    // Calls `isSo` at once, and again after each arrival and change, until it answers true or the
+    // time is up. Returns its last answer.
     bool waitUntil(std::chrono::milliseconds limit, const std::function<bool()>& isSo);
 
 private:
     static constexpr std::size_t kKeptAtMost = 10'000;
 
     mutable std::mutex m_mutex;
-    std::condition_variable m_came;
+    juce::WaitableEvent m_came;
     std::deque<MessagePtr> m_kept;
     std::size_t m_forgotten = 0;  // how many came before the first one kept
-    std::size_t m_changes = 0;
 };
 
 }  // namespace orvane::standin::app

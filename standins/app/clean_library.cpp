@@ -25,7 +25,7 @@ String nameOf(const String& trackPath) {
     return trackPath.fromLastOccurrenceOf("\\", false, false);
 }
 
-// What kind of picture a file holds, from its first bytes: its name says nothing reliable.
+// The type of a picture, from its first bytes: the file's name is not reliable.
 String imageType(const juce::MemoryBlock& content) {
     const std::string_view bytes(static_cast<const char*>(content.getData()), content.getSize());
     if (bytes.starts_with("\xFF\xD8\xFF")) return "jpeg";
@@ -53,12 +53,10 @@ String reportTable(const CleanResult& result) {
     for (const TrackReport& track : result.tracks) {
         line = String(track.index) + "\t" + cell(track.path) + "\t" + about(track.verdict).name +
                "\t" + cell(track.playlist);
-        const auto tags = [&](const StringPairArray& from, const Art& art) {
-            for (const String& field : fields) line << "\t" << cell(from[field]);
-            line << "\t" << cell(art.type) << "\t" << String(art.bytes);
-        };
-        tags(track.before, track.artBefore);
-        tags(track.after, track.artAfter);
+        for (const TrackState* state : {&track.before, &track.after}) {
+            for (const String& field : fields) line << "\t" << cell(state->tags[field]);
+            line << "\t" << cell(state->artType) << "\t" << String(state->artBytes);
+        }
         lines.add(line + "\t" + cell(track.artFrom) + "\t" +
                   cell(track.problems.joinIntoString("; ")));
     }
@@ -71,167 +69,142 @@ public:
         : m_options(options), m_ask(ask), m_tell(tell) {}
 
     // What went wrong with the job as a whole, or "".
-    String run(std::vector<TrackReport>& tracks);
+    String run(std::vector<TrackReport>& tracks) {
+        if (m_options.cover != juce::File() && !m_options.cover.exists())
+            return "there is no image or folder " + m_options.cover.getFullPathName();
+        if (m_options.report != juce::File()) {
+            m_artFolder = m_options.report.getFullPathName() + ".art";
+            if (m_artFolder.createDirectory().failed())
+                return "cannot make the folder " + m_artFolder.getFullPathName() +
+                       " beside the report";
+        }
+        if (!isTrue(m_ask(OrvaneCommand("createSpecialPlaylistFolders"))))
+            return "the plug-in did not prepare the special playlists";
+        const MessagePtr counted = m_ask(OrvaneCommand("getTrackCount"));
+        const int count = counted ? counted->getValue("trackCount").getIntValue() : 0;
+        if (count < 1) return "the player's library has no track (getTrackCount)";
+        m_tell("cleaning " + String(count) + " tracks");
+        for (int index = 0; index < count; ++index) {
+            TrackReport track;
+            track.index = index;
+            OrvaneCommand command("getMediaInfoFromIndex");
+            command.setValue("trackIndex", String(index));
+            command.setValue("albumArtPath", {});
+            const MessagePtr response = m_ask(command);
+            if (!response)
+                return "no answer about track " + String(index) + "; those after it are untouched";
+            response->getMap("metadataOut", track.before.tags);
+            track.path = track.before.tags["Filename"];
+            if (!isTrue(response) || track.path.isEmpty())
+                track.problems.add("the plug-in could not read it");
+            else
+                clean(track);
+            tellAbout(track, count);
+            tracks.push_back(std::move(track));
+        }
+        return {};
+    }
 
 private:
-    String prepare();
-    void clean(TrackReport& track);
-    void write(TrackReport& track, const Decision& decision);
-    void verify(TrackReport& track, const Decision& decision);
-    void file(TrackReport& track);
-    MessagePtr askAbout(const TrackReport& track, const String& what, const StringPairArray& more);
-    std::optional<juce::MemoryBlock> extractArt(TrackReport& track, const char* when, Art& art);
-    [[nodiscard]] juce::File imageFor(const String& trackPath) const;
-    void tellAbout(const TrackReport& track, int count) const;
+    void clean(TrackReport& track) {
+        if (track.before.tags["AlbumArt"] != "0" && m_artFolder != juce::File())
+            extractArt(track, "before", track.before);
+        const Decision decision = decide(track.before.tags);
+        track.verdict = decision.verdict;
+        track.after = track.before;
+        if (decision.verdict != Verdict::notFound) {
+            write(track, decision.fields);
+            verify(track, decision.fields);
+        }
+        track.playlist = about(track.verdict).playlist + m_options.playlistName;
+        OrvaneCommand command(about(track.verdict).command);
+        command.setValue("playlistName", m_options.playlistName);
+        command.addList("trackPaths", {track.path});
+        if (!isTrue(m_ask(command)))
+            track.problems.add("it could not be added to " + track.playlist);
+    }
+
+    // By path: the library may have been sorted again since the track was read. Two entries with
+    // one path can only be told apart by their index.
+    MessagePtr askAbout(const TrackReport& track, const String& what, const juce::File& art,
+                        const StringPairArray& fields = {}) {
+        for (const bool byPath : {true, false}) {
+            OrvaneCommand command(what + (byPath ? "Path" : "Index"));
+            command.setValue(byPath ? "trackPath" : "trackIndex",
+                             byPath ? track.path : String(track.index));
+            command.setValue("albumArtPath", art.getFullPathName());
+            if (fields.size() > 0) command.setValue("emptyOk", "no");
+            command.addMap("metadata", fields);
+            if (MessagePtr response = m_ask(command); isTrue(response)) return response;
+        }
+        return nullptr;
+    }
+
+    void write(TrackReport& track, const StringPairArray& fields) {
+        const juce::File image = imageFor(track.path);
+        track.artFrom = image.getFullPathName();
+        if (!askAbout(track, "setMediaInfoTo", image, fields))
+            track.problems.add("the plug-in did not write it");
+    }
+
+    void verify(TrackReport& track, const StringPairArray& fields) {
+        const MessagePtr response = askAbout(track, "getMediaInfoFrom", juce::File());
+        track.after.tags.clear();
+        if (!response) {
+            track.after = {};
+            track.problems.add("the plug-in could not read it back");
+            return;
+        }
+        response->getMap("metadataOut", track.after.tags);
+        for (const String& field : fields.getAllKeys())
+            if (const String is = track.after.tags[field]; is != fields[field])
+                track.problems.add(field + " reads back as " + asWord(is, 60) + ", not " +
+                                   asWord(fields[field], 60));
+        if (track.artFrom.isEmpty() || m_artFolder == juce::File()) return;
+        juce::MemoryBlock written;
+        const auto back = extractArt(track, "after", track.after);
+        if (!juce::File(track.artFrom).loadFileAsData(written) || !back || *back != written)
+            track.problems.add("the cover art is not the bytes of " + track.artFrom);
+    }
+
+    std::optional<juce::MemoryBlock> extractArt(TrackReport& track, const char* when,
+                                                TrackState& state) {
+        const juce::File target = m_artFolder.getChildFile(String(track.index) + "-" + when);
+        target.deleteFile();  // an old run's picture must not pass for this one's
+        juce::MemoryBlock content;
+        if (!askAbout(track, "getMediaInfoFrom", target) || !target.loadFileAsData(content)) {
+            track.problems.add(String("its cover art could not be fetched ") + when +
+                               " the writing");
+            return {};
+        }
+        state.artType = imageType(content);
+        state.artBytes = content.getSize();
+        return content;
+    }
+
+    [[nodiscard]] juce::File imageFor(const String& trackPath) const {
+        if (!m_options.cover.isDirectory()) return m_options.cover;
+        for (const String& name :
+             {nameOf(trackPath).upToLastOccurrenceOf(".", false, false), String("cover")})
+            for (const char* ending : {".jpg", ".jpeg", ".png"})
+                if (auto file = m_options.cover.getChildFile(name + ending); file.existsAsFile())
+                    return file;
+        return {};
+    }
+
+    void tellAbout(const TrackReport& track, int count) const {
+        const bool good = track.problems.isEmpty();
+        m_tell((String(track.index + 1) + "/" + String(count)).paddedRight(' ', 8) + " " +
+               String(good ? about(track.verdict).name : "PROBLEM").paddedRight(' ', 10) +
+               onOneLine(nameOf(track.path)) + (good ? "" : "; ") +
+               track.problems.joinIntoString("; "));
+    }
 
     const CleanOptions& m_options;
     const Ask& m_ask;
     const Tell& m_tell;
     juce::File m_artFolder;
 };
-
-String Job::prepare() {
-    if (m_options.cover != juce::File() && !m_options.cover.exists())
-        return "there is no image or folder " + m_options.cover.getFullPathName();
-    if (m_options.report != juce::File()) {
-        m_artFolder = m_options.report.getFullPathName() + ".art";
-        if (m_artFolder.createDirectory().failed())
-            return "cannot make the folder " + m_artFolder.getFullPathName() + " beside the report";
-    }
-    if (!isTrue(m_ask(OrvaneCommand("createSpecialPlaylistFolders"))))
-        return "the plug-in did not prepare the special playlists";
-    return {};
-}
-
-String Job::run(std::vector<TrackReport>& tracks) {
-    if (String problem = prepare(); problem.isNotEmpty()) return problem;
-    const MessagePtr counted = m_ask(OrvaneCommand("getTrackCount"));
-    const int count = counted ? counted->getValue("trackCount").getIntValue() : 0;
-    if (count < 1) return "the player's library has no track (getTrackCount)";
-    m_tell("cleaning " + String(count) + " tracks");
-    for (int index = 0; index < count; ++index) {
-        TrackReport track;
-        track.index = index;
-        OrvaneCommand command("getMediaInfoFromIndex");
-        command.setValue("trackIndex", String(index));
-        command.setValue("albumArtPath", {});
-        const MessagePtr response = m_ask(command);
-        if (!response)
-            return "no answer about track " + String(index) + "; those after it are untouched";
-        response->getMap("metadataOut", track.before);
-        track.path = track.before["Filename"];
-        if (!isTrue(response) || track.path.isEmpty())
-            track.problems.add("the plug-in could not read it");
-        else
-            clean(track);
-        tellAbout(track, count);
-        tracks.push_back(std::move(track));
-    }
-    return {};
-}
-
-// By path: the library may have been sorted anew since the track was read. Two entries with one
-// path can only be told apart by their place.
-MessagePtr Job::askAbout(const TrackReport& track, const String& what,
-                         const StringPairArray& more) {
-    for (const bool byPath : {true, false}) {
-        OrvaneCommand command(what + (byPath ? "Path" : "Index"));
-        command.setValue(byPath ? "trackPath" : "trackIndex",
-                         byPath ? track.path : String(track.index));
-        for (const String& key : more.getAllKeys()) command.setValue(key, more[key]);
-        if (MessagePtr response = m_ask(command); isTrue(response)) return response;
-    }
-    return nullptr;
-}
-
-void Job::clean(TrackReport& track) {
-    if (track.before["AlbumArt"] != "0" && m_artFolder != juce::File())
-        extractArt(track, "before", track.artBefore);
-    const Decision decision = decide(track.before);
-    track.verdict = decision.verdict;
-    if (decision.verdict == Verdict::notFound) {
-        track.after = track.before;
-        track.artAfter = track.artBefore;
-    } else {
-        write(track, decision);
-        verify(track, decision);
-    }
-    file(track);
-}
-
-void Job::write(TrackReport& track, const Decision& decision) {
-    const juce::File image = imageFor(track.path);
-    track.artFrom = image.getFullPathName();
-    StringPairArray values;
-    values.set("albumArtPath", track.artFrom);
-    values.set("emptyOk", "no");
-    for (const String& field : decision.fields.getAllKeys())
-        values.set("metadata." + field, decision.fields[field]);
-    if (!askAbout(track, "setMediaInfoTo", values))
-        track.problems.add("the plug-in did not write it");
-}
-
-void Job::verify(TrackReport& track, const Decision& decision) {
-    StringPairArray noArt;
-    noArt.set("albumArtPath", {});
-    const MessagePtr response = askAbout(track, "getMediaInfoFrom", noArt);
-    if (!response) {
-        track.problems.add("the plug-in could not read it back");
-        return;
-    }
-    response->getMap("metadataOut", track.after);
-    for (const String& field : decision.fields.getAllKeys())
-        if (const String is = track.after[field]; is != decision.fields[field])
-            track.problems.add(field + " reads back as " + asWord(is, 60) + ", not " +
-                               asWord(decision.fields[field], 60));
-
-    track.artAfter = track.artBefore;
-    if (track.artFrom.isEmpty() || m_artFolder == juce::File()) return;
-    juce::MemoryBlock written;
-    const auto back = extractArt(track, "after", track.artAfter);
-    if (!juce::File(track.artFrom).loadFileAsData(written) || !back || *back != written)
-        track.problems.add("the cover art is not the bytes of " + track.artFrom);
-}
-
-std::optional<juce::MemoryBlock> Job::extractArt(TrackReport& track, const char* when, Art& art) {
-    const juce::File target = m_artFolder.getChildFile(String(track.index) + "-" + when);
-    target.deleteFile();  // an old run's picture must not pass for this one's
-    StringPairArray values;
-    values.set("albumArtPath", target.getFullPathName());
-    juce::MemoryBlock content;
-    if (!askAbout(track, "getMediaInfoFrom", values) || !target.loadFileAsData(content)) {
-        track.problems.add(String("its cover art could not be fetched ") + when + " the writing");
-        return {};
-    }
-    art = {imageType(content), content.getSize()};
-    return content;
-}
-
-juce::File Job::imageFor(const String& trackPath) const {
-    if (!m_options.cover.isDirectory()) return m_options.cover;
-    for (const String& name :
-         {nameOf(trackPath).upToLastOccurrenceOf(".", false, false), String("cover")})
-        for (const char* ending : {".jpg", ".jpeg", ".png"})
-            if (auto file = m_options.cover.getChildFile(name + ending); file.existsAsFile())
-                return file;
-    return {};
-}
-
-void Job::file(TrackReport& track) {
-    track.playlist = about(track.verdict).playlist + m_options.playlistName;
-    OrvaneCommand command(about(track.verdict).command);
-    command.setValue("playlistName", m_options.playlistName);
-    command.addList("trackPaths", {track.path});
-    if (!isTrue(m_ask(command))) track.problems.add("it could not be added to " + track.playlist);
-}
-
-void Job::tellAbout(const TrackReport& track, int count) const {
-    const bool good = track.problems.isEmpty();
-    m_tell(fitted(String(track.index + 1) + "/" + String(count), 9) +
-           fitted(good ? about(track.verdict).name : "PROBLEM", 10) +
-           onOneLine(nameOf(track.path)) + (good ? "" : "; ") +
-           track.problems.joinIntoString("; "));
-}
 
 }  // namespace
 

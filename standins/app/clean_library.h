@@ -17,9 +17,11 @@ struct CleanOptions {
     String playlistName;  // what follows "OrVane:Cleaned" in the playlist's name
 };
 
-struct Art {
-    String type;  // "" when there is none
-    std::size_t bytes = 0;
+// A track's tags and cover art, before or after the cleaning.
+struct TrackState {
+    StringPairArray tags;
+    String artType;  // "" when there is none
+    std::size_t artBytes = 0;
 };
 
 struct TrackReport {
@@ -27,10 +29,9 @@ struct TrackReport {
     String path;
     Verdict verdict = Verdict::notFound;
     String playlist;
-    StringPairArray before, after;  // the tags as read, and as read back
-    Art artBefore, artAfter;
-    String artFrom;        // the image that was put in
-    StringArray problems;  // what did not come out as wanted
+    TrackState before, after;  // as read, and as read back
+    String artFrom;            // the image that was put in
+    StringArray problems;      // what did not come out as wanted
 };
 
 struct CleanResult {

@@ -1,14 +1,11 @@
 #include "standins/app/cleaning_rules.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace orvane::standin::app {
 namespace {
 
-using Characters = std::vector<juce::juce_wchar>;
-
-// Letters of ASCII and Latin-1; everything else has no case here.
+// Letters of ASCII and Latin-1; other characters are treated as having no case.
 bool isUpper(juce::juce_wchar c) {
     return (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7);
 }
@@ -22,42 +19,38 @@ bool isSmallWord(const String& word) {
     return words.contains(word, true);
 }
 
-// Whether the capitals look like nobody's choice: a word that begins small without being one of
-// the small ones, or capitals throughout (but for a short name, which may be an abbreviation).
-bool hasCarelessCase(const StringArray& words) {
+// True when a word begins with a lower-case letter and is not one of the small words, or when all
+// letters are capitals (except in a short name, which may be an abbreviation).
+bool hasCarelessCase(const String& text, const StringArray& words) {
     int uppers = 0;
-    int lowers = 0;
-    bool smallBeginning = false;
-    for (const String& word : words) {
-        smallBeginning = smallBeginning || (isLower(word[0]) && !isSmallWord(word));
-        for (auto c = word.getCharPointer(); !c.isEmpty(); ++c) {
-            uppers += isUpper(*c) ? 1 : 0;
-            lowers += isLower(*c) ? 1 : 0;
-        }
+    bool hasLowers = false;
+    for (auto c = text.getCharPointer(); !c.isEmpty(); ++c) {
+        uppers += isUpper(*c) ? 1 : 0;
+        hasLowers = hasLowers || isLower(*c);
     }
-    return lowers == 0 ? uppers > 4 : smallBeginning;
+    if (!hasLowers) return uppers > 4;
+    return std::ranges::any_of(
+        words, [](const String& word) { return isLower(word[0]) && !isSmallWord(word); });
 }
 
-// Each word with a capital, but for small ones within.
+// Capitalises each word, except small words that are not the first.
 String capitalised(const String& text) {
-    const juce::CharPointer_UTF32 begin = text.toUTF32();
-    Characters all(begin.getAddress(), begin.getAddress() + text.length());
-    const auto endsWord = [](juce::juce_wchar c) { return String(" -/([\"").containsChar(c); };
-    for (auto from = all.begin(); from != all.end();) {
-        const auto end = std::find_if(from, all.end(), endsWord);
-        const String word = text.substring(static_cast<int>(from - all.begin()),
-                                           static_cast<int>(end - all.begin()));
-        const bool small = from != all.begin() && isSmallWord(word);
-        for (auto c = from; c != end; ++c) {
-            if (c == from && !small ? isLower(*c) : isUpper(*c)) *c ^= 0x20;
+    String result;
+    for (String rest = text; rest.isNotEmpty();) {
+        const int end = rest.indexOfAnyOf(" -/([\"");
+        const String word = end < 0 ? rest : rest.substring(0, end);
+        bool capital = result.isEmpty() || !isSmallWord(word);
+        for (auto c = word.getCharPointer(); !c.isEmpty(); ++c) {
+            result += (capital ? isLower(*c) : isUpper(*c)) ? *c ^ 0x20 : *c;
+            capital = false;
         }
-        from = end == all.end() ? end : end + 1;
+        if (end >= 0) result += rest[end];
+        rest = rest.substring(word.length() + 1);
     }
-    all.push_back(0);
-    return String(juce::CharPointer_UTF32(all.data()));
+    return result;
 }
 
-// Without what downloads and rips add ("[HQ]", an address), the spaces right, capitals if careless.
+// Removes what downloads add ("[HQ]", an address) and extra spaces; corrects careless capitals.
 String cleanTitle(const String& text) {
     StringArray words = StringArray::fromTokens(text, false);
     for (int i = words.size(); --i >= 0;) {
@@ -67,10 +60,10 @@ String cleanTitle(const String& text) {
             words.remove(i);
     }
     const String tidy = words.joinIntoString(" ");
-    return hasCarelessCase(words) ? capitalised(tidy) : tidy;
+    return hasCarelessCase(tidy, words) ? capitalised(tidy) : tidy;
 }
 
-// As a title; "Burns, Robert" the right way round, but not "Earth, Wind & Fire".
+// As a title; "Burns, Robert" becomes "Robert Burns", "Earth, Wind & Fire" stays.
 String cleanName(const String& text) {
     const String tidy = cleanTitle(text);
     const StringArray words = StringArray::fromTokens(tidy, false);
@@ -110,7 +103,7 @@ String cleanGenre(const String& text) {
     return cleanTitle(text);
 }
 
-// What stands for "nothing" in a title, an artist or an album.
+// True for an empty title, artist or album, and for names like "Unknown artist" or "Track 7".
 bool isPlaceholder(const String& text) {
     return text.isEmpty() || text.startsWithIgnoreCase("unknown ") ||
            (text.startsWithIgnoreCase("track ") && parseNumber(text.substring(6)));
@@ -135,7 +128,7 @@ Decision decide(const StringPairArray& tags) {
     write("TrackTitle", title);
     const String album = cleanTitle(tags["AlbumTitle"]);
     if (!isPlaceholder(album)) write("AlbumTitle", album);
-    // Always, also when it is right: the plug-in puts the track's artist where it is missing.
+    // Written even when it is right: the plug-in reports the track's artist when it is missing.
     write("AlbumArtist", albumArtist);
     write("TrackArtist", artist);
     write("TrackNumber", cleanNumber(tags["TrackNumber"]));

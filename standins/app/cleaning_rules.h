@@ -1,7 +1,7 @@
 #pragma once
 
-// What the stand-in's cleaning makes of a track's tags. Simple, and always the same for the same
-// tags: enough to show that reading, deciding and writing work. The real application asks a
+// How the stand-in cleans a track's tags. The rules are simple, and the result depends on the tags
+// only: enough to show that reading, deciding and writing work. The real application asks a
 // database.
 
 #include "standins/app/text.h"

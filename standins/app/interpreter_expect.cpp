@@ -7,7 +7,13 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Each is there and matches; * stands for any text, ? for any character. Else what is missing.
+// An expectation that was understood and not met.
+struct Missed {
+    String why;
+};
+
+// What is missing in the message or has another value, "" when nothing is; * stands for any text, ?
+// for any character.
 String missingIn(const OrvaneMessage& message, const StringPairArray& wanted) {
     for (const String& key : wanted.getAllKeys()) {
         const auto value = valueIn(message, key);
@@ -17,27 +23,27 @@ String missingIn(const OrvaneMessage& message, const StringPairArray& wanted) {
     return {};
 }
 
-String inWords(const StringArray& words) {
-    StringArray shown;
-    for (const String& word : words) shown.add(asWord(word, 80));
-    return shown.joinIntoString(" ");
-}
-
 }  // namespace
 
-Outcome Interpreter::expect(const StringArray& words) {
-    const Finding finding = check(words);
-    if (finding.outcome == Outcome::done) return met(inWords(words));
-    if (finding.outcome == Outcome::failed)
-        return failed("MISSED: expected " + inWords(words) + ": " + finding.text);
-    return wrong(finding.text + "; 'help expect' tells what can be expected");
+void Interpreter::expect(StringArray words) {
+    StringArray shown;
+    for (const String& word : words) shown.add(asWord(word, 80));
+    const String expected = shown.joinIntoString(" ");
+    try {
+        check(std::move(words));
+    } catch (const Missed& missed) {
+        throw Failure{"MISSED: expected " + expected + ": " + missed.why};
+    } catch (const Failure& failure) {
+        throw Failure{failure.why + "; 'help expect' tells what can be expected"};
+    }
+    met(expected);
 }
 
-Interpreter::Finding Interpreter::check(StringArray words) {
+void Interpreter::check(StringArray words) {
     milliseconds within{5'000};
     if (words.size() > 1 && words[words.size() - 2] == "within") {
         const auto limit = parseNumber(words[words.size() - 1]);
-        if (!limit) return {Outcome::wrong, "'within' takes milliseconds"};
+        if (!limit) throw Failure{"'within' takes milliseconds"};
         within = milliseconds(*limit);
         words.removeRange(words.size() - 2, 2);
     }
@@ -45,58 +51,59 @@ Interpreter::Finding Interpreter::check(StringArray words) {
     if (!wanted) words.remove(0);
     const String what = words[0];
     words.remove(0);
-    if (what == "event" && !words.isEmpty()) return checkEvent(words, wanted, within);
-    if (!wanted) return {Outcome::wrong, "'no' goes with event"};
-    if (what == "connected" || what == "disconnected")
-        return checkLink(what == "connected", within);
-    if (what == "value" && !words.isEmpty()) return checkValues(words);
-    if (what == "return" && words.size() == 1) return checkValues({"return_value=" + words[0]});
-    return {Outcome::wrong, "'" + onOneLine(what, 60) + "' cannot be expected so"};
+    if (what == "event" && !words.isEmpty())
+        checkEvent(words, wanted, within);
+    else if (!wanted)
+        throw Failure{"'no' goes with event"};
+    else if (what == "connected" || what == "disconnected")
+        checkLink(what == "connected", within);
+    else if (what == "value" && !words.isEmpty())
+        checkValues(words);
+    else if (what == "return" && words.size() == 1)
+        checkValues({"return_value=" + words[0]});
+    else
+        throw Failure{"'" + onOneLine(what, 60) + "' cannot be expected so"};
 }
 
-Interpreter::Finding Interpreter::checkEvent(const StringArray& words, bool wanted,
-                                             milliseconds within) {
-    StringArray rest = words;
-    rest.remove(0);
-    const auto values = pairsOf(rest);
-    if (!values) return {Outcome::wrong, "after the event's name comes KEY=VALUE"};
-    const std::size_t from = m_eventPlace;
+void Interpreter::checkEvent(StringArray words, bool wanted, milliseconds within) {
+    const String name = words[0];
+    words.remove(0);
+    const auto values = pairsOf(words, "after the event's name comes KEY=VALUE");
+    std::size_t place = m_eventPlace;
     const bool came = m_arrivals.waitUntil(within, [&] {
         return m_arrivals.next(m_eventPlace, [&](const OrvaneMessage& message) {
-            return isEvent(message) && message.getName() == words[0] &&
-                   missingIn(message, *values).isEmpty();
+            return isEvent(message) && message.getName() == name &&
+                   missingIn(message, values).isEmpty();
         }) != nullptr;
     });
-    if (came == wanted) return {};
-    if (came) return {Outcome::failed, "one came"};
-    // What came instead is most of the way to the reason.
+    if (came == wanted) return;
+    if (came) throw Missed{"one came"};
+    // The events that came instead often show the reason.
+    constexpr int shownAtMost = 8;
     StringArray others;
-    std::size_t place = from;
     m_arrivals.next(place, [&](const OrvaneMessage& message) {
         if (isEvent(message)) others.add(onOneLine(message.getName(), 60));
         return false;
     });
-    constexpr int shownAtMost = 8;
     others.removeRange(0, others.size() - shownAtMost);
-    return {Outcome::failed, "since the last one came " +
-                                 (others.isEmpty() ? "nothing" : others.joinIntoString(", "))};
+    throw Missed{"since the last one came " +
+                 (others.isEmpty() ? "nothing" : others.joinIntoString(", "))};
 }
 
-Interpreter::Finding Interpreter::checkValues(const StringArray& words) const {
-    const auto wanted = pairsOf(words);
-    if (!wanted) return {Outcome::wrong, "'value' goes with KEY=VALUE"};
-    if (m_lastResponse == nullptr) return {Outcome::failed, "there is no response"};
-    const String missing = missingIn(*m_lastResponse, *wanted);
-    return missing.isEmpty() ? Finding{} : Finding{Outcome::failed, missing};
+void Interpreter::checkValues(const StringArray& words) const {
+    const auto wanted = pairsOf(words, "'value' goes with KEY=VALUE");
+    if (m_lastResponse == nullptr) throw Missed{"there is no response"};
+    const String missing = missingIn(*m_lastResponse, wanted);
+    if (missing.isNotEmpty()) throw Missed{missing};
 }
 
-Interpreter::Finding Interpreter::checkLink(bool connected, milliseconds within) {
+void Interpreter::checkLink(bool connected, milliseconds within) {
     const auto is = [&](PipeId pipe) { return m_host.isConnected(pipe) == connected; };
     if (m_arrivals.waitUntil(within, [&] { return is(PipeId::event) && is(PipeId::command); }))
-        return {};
+        return;
     const PipeId pipe = is(PipeId::event) ? PipeId::command : PipeId::event;
-    return {Outcome::failed,
-            String("the ") + describe(pipe) + (connected ? " is not connected" : " is connected")};
+    throw Missed{String("the ") + describe(pipe) +
+                 (connected ? " is not connected" : " is connected")};
 }
 
 }  // namespace orvane::standin::app

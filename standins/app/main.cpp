@@ -46,12 +46,11 @@ juce::File fileAt(const String& path) {
 
 extern "C" int wmain(int argc, wchar_t** argv) {
     Options options;
-    options.script = fileAt(juce::SystemStats::getEnvironmentVariable("ORVANE_APP_SCRIPT", {}));
-    options.transcript =
-        fileAt(juce::SystemStats::getEnvironmentVariable("ORVANE_APP_TRANSCRIPT", {}));
+    const auto& environment = juce::SystemStats::getEnvironmentVariable;
+    options.script = fileAt(environment("ORVANE_APP_SCRIPT", {}));
+    options.transcript = fileAt(environment("ORVANE_APP_TRANSCRIPT", {}));
     for (const String& argument : StringArray(argv + 1, argc - 1)) {
-        const String name = argument.upToFirstOccurrenceOf("=", false, false);
-        const String value = argument.fromFirstOccurrenceOf("=", false, false);
+        const auto [name, value] = split(argument, "=");
         if (name == "--script" && value.isNotEmpty()) {
             options.script = fileAt(value);
         } else if (name == "--transcript" && value.isNotEmpty()) {
@@ -68,7 +67,7 @@ extern "C" int wmain(int argc, wchar_t** argv) {
     }
     orvane::openlog("OrVaneApp", orvane::LOG_PID, 0);
     orvane::setlogmask(63);
-    const int result = Application(std::move(options)).run();
+    const int result = StandInApplication(std::move(options)).run();
     orvane::closelog();
     return result;
 }

@@ -46,7 +46,8 @@ private:
         m_at = end;
         return name;
     }
-    // Stops at what ends a text or an attribute; false where something is not escaped as it should.
+    // Stops at the end of a text or an attribute; false when a character is not escaped as it must
+    // be.
     bool takeEscaped(bool attribute) {
         static constexpr std::string_view plain =
             "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 "
@@ -74,11 +75,8 @@ private:
     std::size_t m_at = 0;
 };
 
-// Each event and its parameters in their order, Player before them.
-constexpr struct {
-    const char* name;
-    const char* parameters;
-} kEvents[] = {
+// Each event, and the parameters that it has after Player, in their order.
+constexpr const char* kEvents[][2] = {
     {"PlayerHello", ""},
     {"PlayerGoodbye", ""},
     {"PlayerMoved", " PlayerRect"},
@@ -95,9 +93,9 @@ constexpr struct {
 };
 
 String eventProblem(const OrvaneMessage& event) {
-    for (const auto& known : kEvents) {
-        if (event.getName() != known.name) continue;
-        StringArray wanted = StringArray::fromTokens(String("Player") + known.parameters, false);
+    for (const auto& [name, parameters] : kEvents) {
+        if (event.getName() != name) continue;
+        StringArray wanted = StringArray::fromTokens(String("Player") + parameters, false);
         StringArray keys;
         for (const auto& parameter : event.getParameters()) keys.add(parameter.key);
         if (event.getName() == "CleanTracks")
@@ -117,23 +115,20 @@ const char* systemName(PipeId pipe) {
     return pipe == PipeId::event ? "IpcOrvaneEventPipe" : "IpcOrvaneCommandPipe";
 }
 
-Reading readPayload(PipeId pipe, std::span<const std::uint8_t> payload) {
-    Reading reading;
+MessagePtr readPayload(PipeId pipe, std::span<const std::uint8_t> payload, StringArray& problems) {
     FormReader form({reinterpret_cast<const char*>(payload.data()), payload.size()});
-    if (!form.isWhole()) reading.problems.add(form.problem());
-    reading.message = OrvaneMessage::parsePayload(payload);
-    if (reading.message == nullptr) {
-        reading.problems.add("the document is no message");
-        return reading;
-    }
+    if (!form.isWhole()) problems.add(form.problem());
+    MessagePtr message = OrvaneMessage::parsePayload(payload);
     const char* const wanted = pipe == PipeId::event ? "OrVaneIPC" : "response";
-    if (reading.message->getTagName() != wanted)
-        reading.problems.add(String("this pipe carries '") + wanted + "' documents, not '" +
-                             reading.message->getTagName() + "'");
+    if (message == nullptr)
+        problems.add("the document is no message");
+    else if (message->getTagName() != wanted)
+        problems.add(String("this pipe carries '") + wanted + "' documents, not '" +
+                     message->getTagName() + "'");
     else if (pipe == PipeId::event)
-        if (const String problem = eventProblem(*reading.message); problem.isNotEmpty())
-            reading.problems.add(problem);
-    return reading;
+        problems.add(eventProblem(*message));
+    problems.removeEmptyStrings();
+    return message;
 }
 
 std::optional<String> valueIn(const OrvaneMessage& message, const String& key) {

@@ -17,11 +17,9 @@ enum class PipeId { event, command };
 const char* describe(PipeId pipe);
 const char* systemName(PipeId pipe);
 
-struct Reading {
-    MessagePtr message;    // null: it is none
-    StringArray problems;  // may come with a message: read, but not as it should be
-};
-Reading readPayload(PipeId pipe, std::span<const std::uint8_t> payload);
+// The message, null when it is none. Adds to `problems` what is not as it should be, also when
+// there is a message.
+MessagePtr readPayload(PipeId pipe, std::span<const std::uint8_t> payload, StringArray& problems);
 
 // A parameter's value; none when the message does not have it.
 std::optional<String> valueIn(const OrvaneMessage& message, const String& key);

@@ -1,6 +1,6 @@
 #include "standins/app/terminal.h"
 
-#include <utility>
+#include <iostream>
 
 #include "standins/app/words.h"
 
@@ -24,11 +24,6 @@ Terminal::~Terminal() {
     if (m_console) SetConsoleMode(m_in, m_formerMode);
 }
 
-bool Terminal::hasInput() const {
-    return m_console ||
-           (m_in && m_in != INVALID_HANDLE_VALUE && GetFileType(m_in) != FILE_TYPE_UNKNOWN);
-}
-
 void Terminal::print(const String& text) {
     const std::lock_guard lock(m_mutex);
     hidePrompt();
@@ -44,18 +39,14 @@ void Terminal::write(const String& text) {
                       static_cast<DWORD>(wcslen(lines.toWideCharPointer())), &written, nullptr);
         return;
     }
-    for (std::string_view rest = text.toRawUTF8();
-         !rest.empty() &&
-         WriteFile(m_out, rest.data(), static_cast<DWORD>(rest.size()), &written, nullptr) !=
-             FALSE &&
-         written > 0;)
-        rest.remove_prefix(written);
+    WriteFile(m_out, text.toRawUTF8(), static_cast<DWORD>(text.getNumBytesAsUTF8()), &written,
+              nullptr);
 }
 
 void Terminal::showPrompt() {
     if (!m_prompting) return;
-    // A line longer than the window cannot be taken away again with plain characters: its end is
-    // what matters while typing.
+    // A line longer than the window cannot be erased with plain characters, so only its end is
+    // shown.
     CONSOLE_SCREEN_BUFFER_INFO info{};
     std::size_t width = 80;
     if (GetConsoleScreenBufferInfo(m_out, &info) && info.dwSize.X > 20)
@@ -76,24 +67,11 @@ void Terminal::hidePrompt() {
     m_shownLength = 0;
 }
 
-std::optional<String> Terminal::readLine() { return m_console ? readTypedLine() : readPlainLine(); }
-
-std::optional<String> Terminal::readPlainLine() {
-    for (;;) {
-        const auto end = m_unread.find('\n');
-        if (end != std::string::npos) {
-            const String line = String::fromUTF8(m_unread.data(), static_cast<int>(end));
-            m_unread.erase(0, end + 1);
-            return line;
-        }
-        char buffer[4096];
-        DWORD count = 0;
-        if (!ReadFile(m_in, buffer, sizeof buffer, &count, nullptr) || count == 0) {
-            if (m_unread.empty()) return {};
-            return String::fromUTF8(std::exchange(m_unread, {}).c_str());
-        }
-        m_unread.append(buffer, count);
-    }
+std::optional<String> Terminal::readLine() {
+    if (m_console) return readTypedLine();
+    std::string line;
+    if (!std::getline(std::cin, line)) return {};
+    return String::fromUTF8(line.c_str());
 }
 
 std::optional<String> Terminal::readTypedLine() {
@@ -134,26 +112,21 @@ std::optional<String> Terminal::readTypedLine() {
         else if (c == 21 || c == 27)  // Ctrl+U, Escape
             m_typed.clear();
         else if (key.wVirtualKeyCode == VK_UP && m_recalled > 0)
-            recall(m_recalled - 1);
+            m_typed = m_history[--m_recalled];
         else if (key.wVirtualKeyCode == VK_DOWN && m_recalled < m_history.size())
-            recall(m_recalled + 1);
+            m_typed = ++m_recalled < m_history.size() ? m_history[m_recalled] : L"";
         else if (c >= L' ')
             m_typed += c;
         showPrompt();
     }
 }
 
-void Terminal::recall(std::size_t place) {
-    m_recalled = place;
-    m_typed = place < m_history.size() ? m_history[place] : std::wstring();
-}
-
 void Terminal::complete() {
-    const String typed(m_typed.c_str());
-    const Completion completion = app::complete(typed);
-    if (!completion.candidates.isEmpty() && completion.line == typed)
-        write(completion.candidates.joinIntoString("  ") + "\n");
-    m_typed = completion.line.toWideCharPointer();
+    String line(m_typed.c_str());
+    const StringArray candidates = app::complete(line);
+    if (!candidates.isEmpty() && line == String(m_typed.c_str()))
+        write(candidates.joinIntoString("  ") + "\n");
+    m_typed = line.toWideCharPointer();
 }
 
 }  // namespace orvane::standin::app

@@ -1,8 +1,8 @@
 #pragma once
 
 // Where the application prints and reads lines: a console (ReadConsoleInputW, WriteConsoleW), or
-// whatever the standard handles are. Printing works from any thread; a line being typed is taken
-// away and put back around it.
+// whatever the standard handles are. Printing works from any thread; it erases the line
+// being typed and shows it again afterwards.
 
 #include <windows.h>
 
@@ -24,23 +24,19 @@ public:
 
     // A person is there to type.
     [[nodiscard]] bool isInteractive() const { return m_console; }
-    // Lines can come from somewhere, be it a person or a file.
-    [[nodiscard]] bool hasInput() const;
 
     void print(const String& text);  // one or more lines, without the last line feed
 
-    // The next line; none at the end of the input. A person gets a prompt, TAB completes, the
-    // arrow keys bring former lines back.
+    // The next line; none at the end of the input, or when there is no input. A person gets a
+    // prompt, TAB completes, the arrow keys bring former lines back.
     std::optional<String> readLine();
 
 private:
-    std::optional<String> readPlainLine();
     std::optional<String> readTypedLine();
     void write(const String& text);
     void showPrompt();
     void hidePrompt();
     void complete();
-    void recall(std::size_t place);
 
     std::mutex m_mutex;  // guards everything that is printed, and the line being typed
     HANDLE m_in;         // weak: the process's own
@@ -48,7 +44,6 @@ private:
     bool m_console = false;
     bool m_outIsConsole = false;
     DWORD m_formerMode = 0;
-    std::string m_unread;  // of plain input, after the line returned last
     bool m_prompting = false;
     std::wstring m_typed;
     std::size_t m_shownLength = 0;

@@ -1,33 +1,21 @@
 #include "standins/app/text.h"
 
-#include <string>
-#include <utility>
-
 namespace orvane::standin::app {
 
 std::optional<StringArray> splitWords(const String& line) {
-    const std::string text = line.toStdString();
-    StringArray words;
-    std::string word;
-    bool inWord = false;
-    bool inQuotes = false;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        const char c = i < text.size() ? text[i] : ' ';
-        if (c == '"' && inQuotes && text.substr(i + 1, 1) == "\"") {
-            word += text[++i];
-        } else if (c == '"') {
-            inQuotes = !inQuotes;
-            inWord = true;
-        } else if (i == text.size() ||
-                   (!inQuotes && std::string_view(" \t\r\n").find(c) != std::string_view::npos)) {
-            if (inWord) words.add(String::fromUTF8(std::exchange(word, {}).c_str()));
-            inWord = false;
-        } else {
-            word += c;
-            inWord = true;
+    StringArray words = StringArray::fromTokens(line, " \t\r\n", "\"");
+    words.removeEmptyStrings(false);
+    for (String& word : words) {
+        // Every second piece stands in quotes; an empty one between two of these is a quote.
+        const StringArray pieces = StringArray::fromTokens(word, "\"", "");
+        if (pieces.size() % 2 == 0) return std::nullopt;
+        word.clear();
+        for (int i = 0; i < pieces.size(); ++i) {
+            const bool isQuote =
+                i % 2 == 0 && i > 0 && i + 1 < pieces.size() && pieces[i].isEmpty();
+            word << (isQuote ? String("\"") : pieces[i]);
         }
     }
-    if (inQuotes) return std::nullopt;
     return words;
 }
 
@@ -41,10 +29,8 @@ String onOneLine(const String& text, int limit) {
     auto at = text.getCharPointer();
     for (int i = 0; i < limit && !at.isEmpty(); ++i) {
         const juce::juce_wchar c = at.getAndAdvance();
-        if (c == '\n')
-            line << "\\n";
-        else if (c == '\r')
-            line << "\\r";
+        if (c == '\n' || c == '\r')
+            line << (c == '\n' ? "\\n" : "\\r");
         else if (c < 0x20 || c == 0x7F)
             line << "\\x" << String::toHexString(static_cast<int>(c)).paddedLeft('0', 2);
         else
@@ -57,11 +43,6 @@ String onOneLine(const String& text, int limit) {
 String asWord(const String& text, int limit) {
     const String line = onOneLine(text, limit);
     return line.isEmpty() || line.containsChar(' ') ? line.quoted() : line;
-}
-
-String fitted(const String& text, int width) {
-    return text.length() <= width ? text.paddedRight(' ', width)
-                                  : text.substring(0, width - 2) + "..";
 }
 
 }  // namespace orvane::standin::app

@@ -23,7 +23,5 @@ std::optional<int> parseNumber(const String& text);
 String onOneLine(const String& text, int limit = 240);
 // As onOneLine, in quotes when it is empty or holds a space.
 String asWord(const String& text, int limit = 240);
-// Cut to, or filled with spaces up to, so many characters.
-String fitted(const String& text, int width);
 
 }  // namespace orvane::standin::app

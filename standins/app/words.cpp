@@ -1,7 +1,5 @@
 #include "standins/app/words.h"
 
-#include <thread>
-
 #include "common/messages/frame.h"
 #include "standins/app/clean_library.h"
 
@@ -14,142 +12,143 @@ StringArray after(const StringArray& words, int count) {
     return rest;
 }
 
-// The command that the words spell, "getTrackCount" when there are none; "" or what is wrong.
-String spell(const StringArray& words, std::optional<OrvaneCommand>& command) {
-    String problem;
-    const Word* const word = findWord(words.isEmpty() ? "getTrackCount" : words[0], problem);
-    if (word == nullptr) return problem;
-    if (word->run != nullptr) return String(word->name) + " is not sent to the plug-in";
-    command.emplace(word->name);
-    return fillCommand(*command, *word, after(words, 1));
+// The command that the words from `first` on name, "getTrackCount" when there are none.
+OrvaneCommand commandIn(const StringArray& words, int first) {
+    const StringArray rest = after(words, first);
+    const Word& word = findWord(rest.isEmpty() ? "getTrackCount" : rest[0]);
+    if (word.run != nullptr) throw Failure{String(word.name) + " is not sent to the plug-in"};
+    return commandFrom(word, after(rest, 1));
 }
 
-Outcome sendUnchecked(Interpreter& interpreter, const StringArray& words) {
-    const auto pairs = pairsOf(after(words, 1));
-    if (words.isEmpty() || !pairs) return interpreter.wrong("it goes: send NAME [KEY=VALUE]...");
+juce::File fileAt(const String& path) {
+    return juce::File::getCurrentWorkingDirectory().getChildFile(path);
+}
+
+void sendUnchecked(Interpreter& interpreter, const StringArray& words) {
+    constexpr const char* usage = "it goes: send NAME [KEY=VALUE]...";
+    if (words.isEmpty()) throw Failure{usage};
+    const auto pairs = pairsOf(after(words, 1), usage);
     OrvaneCommand command(words[0]);
-    for (const String& key : pairs->getAllKeys()) command.setValue(key, (*pairs)[key]);
-    return interpreter.askOnce(command);
+    for (const String& key : pairs.getAllKeys()) command.setValue(key, pairs[key]);
+    interpreter.ask(command);
 }
 
-Outcome askStates(Interpreter& interpreter, const StringArray&) {
+void askStates(Interpreter& interpreter, const StringArray&) {
     String states;
     for (const char* question : {"isPlaying", "isPaused", "isShufflePlay", "isRepeatTrack",
-                                 "isRepeatAll", "isInSpecialMode", "supportsRandomTrackAccess"}) {
-        const auto response = interpreter.ask(OrvaneCommand(question));
-        if (response == nullptr) return interpreter.failed(interpreter.noAnswer());
-        states << "  " << question << "=" << asWord(response->getValue("return_value"));
-    }
+                                 "isRepeatAll", "isInSpecialMode", "supportsRandomTrackAccess"})
+        states << "  " << question << "="
+               << asWord(interpreter.ask(OrvaneCommand(question))->getValue("return_value"));
     interpreter.host().print("states:" + states);
-    return Outcome::done;
 }
 
-Outcome cleanAll(Interpreter& interpreter, const StringArray& words) {
+void cleanAll(Interpreter& interpreter, const StringArray& words) {
     CleanOptions options;
     for (const String& word : words) {
-        const String value = word.fromFirstOccurrenceOf("=", false, false);
+        const auto [name, value] = split(word, "=");
         // The player opens these files too, and has another current folder.
-        const auto file = juce::File::getCurrentWorkingDirectory().getChildFile(value);
-        if (word.startsWith("--cover="))
-            options.cover = file;
-        else if (word.startsWith("--out="))
-            options.report = file;
-        else if (word.startsWith("--playlist="))
+        if (name == "--cover")
+            options.cover = fileAt(value);
+        else if (name == "--out")
+            options.report = fileAt(value);
+        else if (name == "--playlist")
             options.playlistName = value;
         else
-            return interpreter.wrong("clean-library has no option '" + onOneLine(word, 60) + "'");
+            throw Failure{"clean-library has no option '" + onOneLine(word, 60) + "'"};
     }
-    const CleanResult result = cleanLibrary(
-        options, [&](const OrvaneCommand& command) { return interpreter.ask(command); },
-        [&](const String& line) { interpreter.host().print(line); });
-    if (result.error.isNotEmpty()) return interpreter.failed(result.error);
+    const auto ask = [&](const OrvaneCommand& command) -> MessagePtr {
+        try {
+            return interpreter.ask(command);
+        } catch (const Failure&) {
+            return nullptr;
+        }
+    };
+    const CleanResult result =
+        cleanLibrary(options, ask, [&](const String& line) { interpreter.host().print(line); });
+    if (result.error.isNotEmpty()) throw Failure{result.error};
     const String summary = "clean-library: " + String(result.tracks.size()) + " tracks, " +
                            String(result.troubled()) + " with problems";
-    return result.troubled() > 0 ? interpreter.failed(summary) : interpreter.met(summary);
+    if (result.troubled() > 0) throw Failure{summary};
+    interpreter.met(summary);
 }
 
-Outcome sendBadMagic(Interpreter& interpreter, const StringArray& words) {
-    std::optional<OrvaneCommand> command;
-    if (const String problem = spell(words, command); problem.isNotEmpty())
-        return interpreter.wrong(problem);
+void sendBadMagic(Interpreter& interpreter, const StringArray& words) {
     // A reader that refuses a header takes the next eight bytes for one, and so on: only a payload
-    // of whole eights leaves it where the next frame begins.
-    auto payload = command->toPayload();
+    // whose size is a multiple of eight leaves it where the next frame begins.
+    auto payload = commandIn(words, 0).toPayload();
     payload.resize((payload.size() + 7) / 8 * 8);
     auto frame = frame::encode(payload);
     frame[0] = 0xEF;
-    return interpreter.sendBytes(frame, "a bad magic");
+    interpreter.sendBytes(frame, "a bad magic");
 }
 
-Outcome sendDocument(Interpreter& interpreter, const StringArray& words) {
+void sendDocument(Interpreter& interpreter, const StringArray& words) {
     juce::MemoryBlock document(words[0].toRawUTF8(), words[0].getNumBytesAsUTF8());
     if (!words[0].startsWithChar('<')) {
-        const auto file =
-            juce::File::getCurrentWorkingDirectory().getChildFile(words[0].unquoted());
         document.reset();
-        if (words[0].isEmpty() || !file.loadFileAsData(document))
-            return interpreter.wrong("xml takes a file, or a document that begins with <");
+        if (words[0].isEmpty() || !fileAt(words[0].unquoted()).loadFileAsData(document))
+            throw Failure{"xml takes a file, or a document that begins with <"};
     }
     document.append("", 1);  // the zero byte at its end
     const auto* const bytes = static_cast<const std::uint8_t*>(document.getData());
-    return interpreter.sendBytes(frame::encode({bytes, document.getSize()}), "a document");
+    interpreter.sendBytes(frame::encode({bytes, document.getSize()}), "a document");
 }
 
-Outcome sendSlowly(Interpreter& interpreter, const StringArray& words) {
+void sendSlowly(Interpreter& interpreter, const StringArray& words) {
     const auto pause = parseNumber(words[0]);
-    std::optional<OrvaneCommand> command;
-    const String problem = spell(after(words, pause ? 1 : 0), command);
-    return problem.isEmpty() ? interpreter.askOnce(*command, pause.value_or(1))
-                             : interpreter.wrong(problem);
+    interpreter.ask(commandIn(words, pause ? 1 : 0), pause.value_or(1));
 }
 
-Outcome sendBurst(Interpreter& interpreter, const StringArray& words) {
+void sendBurst(Interpreter& interpreter, const StringArray& words) {
     const int times = parseNumber(words[0]).value_or(0);
-    if (times < 1 || times > 10'000) return interpreter.wrong("burst takes 1 to 10000 frames");
-    std::optional<OrvaneCommand> command;
-    const String problem = spell(after(words, 1), command);
-    return problem.isEmpty() ? interpreter.askAtOnce(*command, times) : interpreter.wrong(problem);
+    if (times < 1 || times > 10'000) throw Failure{"burst takes 1 to 10000 frames"};
+    interpreter.askAtOnce(commandIn(words, 1), times);
 }
 
-Outcome drop(Interpreter& interpreter, const StringArray& words) {
-    const String& which = words[0];
-    if (words.size() > 1 || (which.isNotEmpty() && which != "event" && which != "command"))
-        return interpreter.wrong("which pipe? event, command, or nothing for both");
+// The word given, "" when there is none; it must be one of those `allowed`.
+String onlyWord(const StringArray& words, const StringArray& allowed, const char* question) {
+    if (words.size() > 1 || (!words.isEmpty() && !allowed.contains(words[0])))
+        throw Failure{question};
+    return words[0];
+}
+
+void drop(Interpreter& interpreter, const StringArray& words) {
+    const String which =
+        onlyWord(words, {"event", "command"}, "which pipe? event, command, or nothing for both");
     if (which != "command") interpreter.host().drop(PipeId::event);
     if (which != "event") interpreter.host().drop(PipeId::command);
-    return Outcome::done;
 }
 
-Outcome hold(Interpreter& interpreter, const StringArray& words) {
-    const String& which = words[0];
-    if (words.size() > 1 || !StringArray({"", "event", "command", "off"}).contains(which))
-        return interpreter.wrong("which pipe? event, command, nothing for both, or off");
+void hold(Interpreter& interpreter, const StringArray& words) {
+    const String which = onlyWord(words, {"event", "command", "off"},
+                                  "which pipe? event, command, nothing for both, or off");
     interpreter.host().hold(PipeId::event, which.isEmpty() || which == "event");
     interpreter.host().hold(PipeId::command, which.isEmpty() || which == "command");
     interpreter.host().print(which == "off" ? "reading again"
                                             : "not reading any more; 'hold off' reads again");
-    return Outcome::done;
 }
 
-Outcome keep(Interpreter& interpreter, const StringArray& words) {
+void keep(Interpreter& interpreter, const StringArray& words) {
     const MessagePtr& response = interpreter.lastResponse();
-    if (words.size() != 2) return interpreter.wrong("it goes: keep track metadataOut.Filename");
+    if (words.size() != 2) throw Failure{"it goes: keep track metadataOut.Filename"};
     const auto value = response ? valueIn(*response, words[1]) : std::nullopt;
-    if (!value) return interpreter.failed("the last response has no " + words[1] + " to keep");
+    if (!value) throw Failure{"the last response has no " + words[1] + " to keep"};
     interpreter.variables()[words[0]] = *value;
-    return Outcome::done;
 }
 
-Outcome help(Interpreter& interpreter, const StringArray& words) {
-    String text = helpOverview();
-    if (!words.isEmpty()) {
-        String problem;
-        const Word* const word = findWord(words[0], problem);
-        if (word == nullptr) return interpreter.wrong(problem);
-        text = helpFor(*word);
-    }
-    interpreter.host().print(text, false);
-    return Outcome::done;
+void set(Interpreter& interpreter, const StringArray& words) {
+    if (words.size() != 2) throw Failure{"it goes: set track \"C:\\a b.wma\""};
+    interpreter.variables()[words[0]] = words[1];
+}
+
+void sleep(Interpreter&, const StringArray& words) {
+    const auto time = parseNumber(words[0]);
+    if (!time) throw Failure{"sleep takes milliseconds: sleep 500"};
+    juce::Thread::sleep(*time);
+}
+
+void help(Interpreter& interpreter, const StringArray& words) {
+    interpreter.host().print(words.isEmpty() ? helpOverview() : helpFor(findWord(words[0])), false);
 }
 
 constexpr const char* kListUsage = "[playlistName=NAME] [trackPaths=A;B]";
@@ -211,35 +210,18 @@ constexpr Word kWords[] = {
      "expect return true|false            about the last response\n"
      "expect value KEY=VALUE...           about the last response\n"
      "expect connected | disconnected     both pipes",
-     [](Interpreter& interpreter, const StringArray& words) { return interpreter.expect(words); }},
-    {"set", "NAME VALUE", "from now on ${NAME} stands for the value",
-     [](Interpreter& interpreter, const StringArray& words) {
-         if (words.size() != 2) return interpreter.wrong("it goes: set track \"C:\\a b.wma\"");
-         interpreter.variables()[words[0]] = words[1];
-         return Outcome::done;
-     }},
+     [](Interpreter& interpreter, const StringArray& words) { interpreter.expect(words); }},
+    {"set", "NAME VALUE", "from now on ${NAME} stands for the value", set},
     {"keep", "NAME KEY", "as set, with a value of the last response", keep},
     {"step", "TITLE", "what the next checks are about; told as a whole at its end",
-     [](Interpreter& interpreter, const StringArray& words) {
-         interpreter.beginStep(words[0]);
-         return Outcome::done;
-     },
+     [](Interpreter& interpreter, const StringArray& words) { interpreter.beginStep(words[0]); },
      true},
     {"say", "TEXT", "print it",
-     [](Interpreter& interpreter, const StringArray& words) {
-         interpreter.host().print(words[0]);
-         return Outcome::done;
-     },
+     [](Interpreter& interpreter, const StringArray& words) { interpreter.host().print(words[0]); },
      true},
-    {"sleep", "MS", "do nothing for so long",
-     [](Interpreter& interpreter, const StringArray& words) {
-         const auto time = parseNumber(words[0]);
-         if (!time) return interpreter.wrong("sleep takes milliseconds: sleep 500");
-         std::this_thread::sleep_for(std::chrono::milliseconds(*time));
-         return Outcome::done;
-     }},
+    {"sleep", "MS", "do nothing for so long", sleep},
     {"quit", "", "end the application",
-     [](Interpreter&, const StringArray&) { return Outcome::quit; }},
+     [](Interpreter& interpreter, const StringArray&) { interpreter.quit(); }},
 };
 
 }  // namespace

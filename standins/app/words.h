@@ -17,26 +17,23 @@ struct Word {
     const char* usage;
     const char* help;  // its first line goes into the overview
     // Null: it is a command for the plug-in.
-    Outcome (*run)(Interpreter& interpreter, const StringArray& words) = nullptr;
+    void (*run)(Interpreter& interpreter, const StringArray& words) = nullptr;
     bool takesWholeLine = false;  // `words` is then one text, not parted at spaces
 };
 
 std::span<const Word> allWords();
 
-// By its name or the beginning of it, ignoring case; an exact name wins over longer ones. Null:
-// `problem` tells what to type instead.
-const Word* findWord(const String& typed, String& problem);
+// By its name or the beginning of it, ignoring case; an exact name wins over longer ones. Throws a
+// Failure that tells what to type instead.
+const Word& findWord(const String& typed);
 
-// Sets the parameters that the words give, "" and "no" for those left out as the real application
-// does. Answers what is wrong, "" when nothing is.
-String fillCommand(OrvaneCommand& command, const Word& word, const StringArray& words);
+// The command that the word names, with the parameters that `words` give: "" and "no" for those
+// left out, as the real application sends them. Throws a Failure when a word is wrong or missing.
+OrvaneCommand commandFrom(const Word& word, const StringArray& words);
 
-// What may stand at the end of an unfinished line: names, or a command's parameters.
-struct Completion {
-    String line;             // with what all candidates share filled in
-    StringArray candidates;  // more than one when it is still open
-};
-Completion complete(const String& line);
+// Adds to an unfinished line what all names or parameters that may follow share. Returns these, or
+// nothing when there is at most one.
+StringArray complete(String& line);
 
 String helpOverview();
 String helpFor(const Word& word);

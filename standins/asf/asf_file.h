@@ -27,14 +27,16 @@ enum class AttributeType : std::uint16_t {
     guid = 6,
 };
 
-// The object of the header that holds an attribute. One that is new, or no longer fits where it
-// was, goes where the format has room for it: see Header.
+// The object of the header that holds an attribute. One that is new (automatic), or no longer fits
+// where it was, goes where the format has room for it: see Header. The last two hold none.
 enum class Place : std::uint8_t {
     automatic,
     contentDescription,
     extendedContentDescription,
     metadata,
     metadataLibrary,
+    fileProperties,
+    headerExtension,
 };
 
 // One tag, whichever object of the header holds it. Text values are UTF-16 without terminator in
@@ -92,19 +94,10 @@ private:
     friend class HeaderParser;
     friend class HeaderWriter;
 
-    enum class Kind : std::uint8_t {
-        kept,  // a run of whole objects, byte for byte
-        fileProperties,
-        contentDescription,
-        extendedContentDescription,
-        headerExtension,
-        metadata,
-        metadataLibrary,
-    };
-    // A part of the header in its place. `bytes` of an object that is written anew is what follows
-    // its last entry.
+    // A part of the header in its place: one object, or (automatic) a run of whole objects that are
+    // kept byte for byte. `bytes` of an object that is written anew is what follows its last entry.
     struct Piece {
-        Kind kind = Kind::kept;
+        Place object = Place::automatic;
         std::uint32_t objects = 1;
         std::vector<std::uint8_t> bytes;
     };
@@ -121,8 +114,8 @@ std::optional<Header> readHeader(const std::filesystem::path& path, std::string&
 
 // Writes the file anew with this header and the old audio data, beside the old one, and puts it in
 // its place in one step: a failure half-way leaves the old file whole, and nothing beside it.
-// Nobody else may have the file open. Paths may be longer than 260 characters. For tests of what a
-// full disk leaves behind it can play one, after so many bytes written.
+// Nobody else may have the file open. Paths may be longer than 260 characters. For tests it can
+// simulate a disk that is full after so many bytes.
 bool replaceHeader(const std::filesystem::path& path, const Header& header, std::string& error,
                    std::optional<std::uint64_t> diskFullAfter = {});
 

@@ -1,15 +1,10 @@
-#include "standins/asf/asf_file.h"
-
 #include <algorithm>
 #include <array>
-#include <initializer_list>
-#include <iterator>
-#include <new>
 #include <unordered_set>
 #include <utility>
 
-#include "standins/asf/bytes.h"
-#include "standins/asf/content_fields.h"
+#include "standins/asf/error.h"
+#include "standins/asf/header_objects.h"
 
 namespace orvane::asf {
 
@@ -61,58 +56,40 @@ private:
 // Gives each attribute its object, then writes the pieces in their order.
 class HeaderWriter {
 public:
-    HeaderWriter(const Header& header, std::string& error) : m_header(header), m_error(error) {}
+    explicit HeaderWriter(const Header& header) : m_header(header) {}
 
-    std::optional<Bytes> write(std::uint64_t bytesAfterHeader) {
+    Bytes write(std::uint64_t bytesAfterHeader) {
         for (const Attribute& a : m_header.m_attributes) {
             if (nameSize(a) > kLargest16 || a.value.size() > Header::kMaximumSize)
-                return fail("An attribute's name or value is too long.");
+                throw Error("An attribute's name or value is too long.");
             in(placeOf(a)).push_back(&a);
         }
         if (in(Place::metadata).size() > kLargest16 ||
             in(Place::metadataLibrary).size() > kLargest16)
-            return fail("The header has more attributes than the format can hold.");
+            throw Error("The header has more attributes than the format can hold.");
         Bytes out;
-        std::uint64_t objects = 0;
-        std::optional<std::size_t> fileProperties;
         {
             const ObjectFrame frame(out, kHeaderGuid);
             const std::size_t countAt = out.size();
             putNumber(out, 0, 4);
             putNumber(out, 0x0201, 2);
-            for (const Header::Piece& piece : m_header.m_pieces) {
-                if (piece.kind == Kind::fileProperties) fileProperties = out.size();
-                objects += putPiece(out, piece);
-            }
-            objects += putMissing(out, m_header.m_pieces,
-                                  {Kind::contentDescription, Kind::extendedContentDescription,
-                                   Kind::headerExtension});
-            overwriteNumber(out, countAt, objects, 4);
+            overwriteNumber(out, countAt, putPieces(out, m_header.m_pieces, false), 4);
         }
-        if (out.size() > Header::kMaximumSize) return fail("The header becomes too large.");
-        if (fileProperties)
-            overwriteNumber(out, *fileProperties + kFileSizeAt, out.size() + bytesAfterHeader, 8);
+        if (out.size() > Header::kMaximumSize) throw Error("The header becomes too large.");
+        if (m_filePropertiesAt)
+            overwriteNumber(out, *m_filePropertiesAt + kFileSizeAt, out.size() + bytesAfterHeader,
+                            8);
         return out;
     }
 
 private:
-    using Kind = Header::Kind;
     using Attributes = std::vector<const Attribute*>;
 
-    std::nullopt_t fail(const char* sentence) {
-        m_error = sentence;
-        return std::nullopt;
-    }
-    Attributes& in(Place place) { return m_in[static_cast<std::size_t>(place)]; }
-    [[nodiscard]] const Attributes& in(Place place) const {
-        return m_in[static_cast<std::size_t>(place)];
-    }
-
-    // ---- who goes where
+    Attributes& in(Place place) { return m_in[index(place)]; }
 
     // Where it was read from, if it still fits there; what is new goes to the first place that it
-    // fits. A second attribute of one name is new to the library, even where the first is there,
-    // too: so they are read in the order in which they were written.
+    // fits. A second new attribute of one name goes to the library, even when the first is there
+    // too: then they are read in the order in which they were written.
     Place placeOf(const Attribute& a) {
         const bool isNew = a.place == Place::automatic;
         const bool plain = a.stream == 0 && a.language == 0;
@@ -130,62 +107,50 @@ private:
         return Place::metadataLibrary;
     }
 
-    // ---- what is written
-
-    // The objects that hold attributes.
-    struct List {
-        Kind kind;
-        Place place;
-        Guid guid;
-    };
-    static constexpr List kLists[] = {
-        {Kind::contentDescription, Place::contentDescription, kContentDescriptionGuid},
-        {Kind::extendedContentDescription, Place::extendedContentDescription,
-         kExtendedContentDescriptionGuid},
-        {Kind::metadata, Place::metadata, kMetadataGuid},
-        {Kind::metadataLibrary, Place::metadataLibrary, kMetadataLibraryGuid}};
-    static const List* listOf(Kind kind) {
-        const auto* const found = std::ranges::find(kLists, kind, &List::kind);
-        return found == std::end(kLists) ? nullptr : found;
+    bool isNeeded(Place place) {
+        if (place != Place::headerExtension) return !in(place).empty();
+        return isNeeded(Place::metadata) || isNeeded(Place::metadataLibrary);
     }
 
-    [[nodiscard]] bool isNeeded(Kind kind) const {
-        if (const List* const list = listOf(kind)) return !in(list->place).empty();
-        return isNeeded(Kind::metadata) || isNeeded(Kind::metadataLibrary);
-    }
-
-    // An object that the header did not have is added only when something goes into it. Answers
-    // how many.
-    std::uint32_t putMissing(Bytes& out, const std::vector<Header::Piece>& there,
-                             std::initializer_list<Kind> kinds) const {
+    // An object that the header did not have is added only when something goes into it. Returns
+    // how many objects there are.
+    std::uint32_t putPieces(Bytes& out, const std::vector<Header::Piece>& pieces,
+                            bool inExtension) {
         std::uint32_t objects = 0;
-        for (const Kind kind : kinds)
-            if (isNeeded(kind) &&
-                std::ranges::find(there, kind, &Header::Piece::kind) == there.end())
-                objects += putPiece(out, {kind, 1, {}});
+        std::array<bool, kPlaces> there{};
+        for (const Header::Piece& piece : pieces) {
+            there[index(piece.object)] = true;
+            putPiece(out, piece);
+            objects += piece.objects;
+        }
+        for (const HeaderObject& known : kObjects) {
+            if (known.inExtension != inExtension || there[index(known.place)] ||
+                !isNeeded(known.place))
+                continue;
+            putPiece(out, {known.place, 1, {}});
+            ++objects;
+        }
         return objects;
     }
 
-    // Answers how many objects it wrote.
-    std::uint32_t putPiece(Bytes& out, const Header::Piece& piece) const {
-        if (const List* const list = listOf(piece.kind)) {
-            const ObjectFrame frame(out, list->guid);
-            if (list->place == Place::contentDescription)
-                putFields(out);
-            else
-                putList(out, list->place);
+    void putPiece(Bytes& out, const Header::Piece& piece) {
+        if (piece.object == Place::fileProperties) m_filePropertiesAt = out.size();
+        if (piece.object == Place::automatic || piece.object == Place::fileProperties) {
             putBytes(out, piece.bytes);
-            return 1;
+            return;
         }
-        if (piece.kind == Kind::headerExtension) {
+        const ObjectFrame frame(
+            out, std::ranges::find(kObjects, piece.object, &HeaderObject::place)->guid);
+        if (piece.object == Place::contentDescription)
+            putFields(out);
+        else if (piece.object == Place::headerExtension)
             putHeaderExtension(out);
-            return 1;
-        }
+        else
+            putList(out, piece.object);
         putBytes(out, piece.bytes);
-        return piece.objects;
     }
 
-    void putFields(Bytes& out) const {
+    void putFields(Bytes& out) {
         constexpr Place place = Place::contentDescription;
         std::array<const Attribute*, kContentFields.size()> fields{};
         for (const Attribute* a : in(place)) fields[*contentField(a->name)] = a;
@@ -194,7 +159,7 @@ private:
             if (a) putValue(out, place, *a);
     }
 
-    void putList(Bytes& out, Place place) const {
+    void putList(Bytes& out, Place place) {
         const bool extended = place == Place::extendedContentDescription;
         putNumber(out, in(place).size(), 2);
         for (const Attribute* a : in(place)) {
@@ -209,32 +174,25 @@ private:
         }
     }
 
-    void putHeaderExtension(Bytes& out) const {
-        const ObjectFrame frame(out, kHeaderExtensionGuid);
+    void putHeaderExtension(Bytes& out) {
         putBytes(out, kHeaderExtensionReservedGuid);
         putNumber(out, 6, 2);
         const std::size_t sizeAt = out.size();
         putNumber(out, 0, 4);
-        for (const Header::Piece& piece : m_header.m_extensionPieces) putPiece(out, piece);
-        putMissing(out, m_header.m_extensionPieces, {Kind::metadata, Kind::metadataLibrary});
+        putPieces(out, m_header.m_extensionPieces, true);
         overwriteNumber(out, sizeAt, out.size() - sizeAt - 4, 4);
     }
 
     const Header& m_header;
-    std::string& m_error;
-    std::array<Attributes, 5> m_in;  // by place
+    std::array<Attributes, kPlaces> m_in;
     std::array<bool, kContentFields.size()> m_fieldTaken{};
     std::unordered_set<std::u16string_view> m_names;  // extended or library
+    std::optional<std::size_t> m_filePropertiesAt;
 };
 
-std::optional<std::vector<std::uint8_t>> Header::serialise(std::uint64_t bytesAfterHeader,
-                                                           std::string& error) const {
-    try {
-        return HeaderWriter(*this, error).write(bytesAfterHeader);
-    } catch (const std::bad_alloc&) {
-        error = "There is not enough memory for the header.";
-        return std::nullopt;
-    }
+std::optional<Bytes> Header::serialise(std::uint64_t bytesAfterHeader, std::string& error) const {
+    return explained(error,
+                     [&] { return std::optional(HeaderWriter(*this).write(bytesAfterHeader)); });
 }
 
 }  // namespace orvane::asf

@@ -11,26 +11,23 @@
 #include <string_view>
 #include <vector>
 
-#include "standins/asf/guids.h"
+#include "standins/asf/error.h"
 
 namespace orvane::asf {
 
-// Takes values from the front of bytes that somebody else wrote. Once there is too little left,
-// every value is zero or empty and failed() stays true: check it before a value is relied on.
+using Bytes = std::vector<std::uint8_t>;
+using Guid = std::array<std::uint8_t, 16>;  // as its bytes stand in a file
+
+// Takes values from the front of bytes that somebody else wrote; throws an Error when too few are
+// left.
 class ByteReader {
 public:
     explicit ByteReader(std::span<const std::uint8_t> bytes) : m_rest(bytes) {}
 
-    [[nodiscard]] bool failed() const { return m_failed; }
-    [[nodiscard]] std::size_t remaining() const { return m_rest.size(); }
     [[nodiscard]] std::span<const std::uint8_t> rest() const { return m_rest; }
 
     std::span<const std::uint8_t> take(std::uint64_t count) {
-        if (m_failed || count > m_rest.size()) {
-            m_failed = true;
-            m_rest = {};
-            return {};
-        }
+        if (count > m_rest.size()) throw Error("The header or a value in it is cut short.");
         const auto taken = m_rest.first(static_cast<std::size_t>(count));
         m_rest = m_rest.subspan(taken.size());
         return taken;
@@ -57,19 +54,15 @@ private:
     }
 
     std::span<const std::uint8_t> m_rest;
-    bool m_failed = false;
 };
-
-using Bytes = std::vector<std::uint8_t>;
-
-inline void putNumber(Bytes& out, std::uint64_t value, unsigned size) {
-    std::array<std::uint8_t, 8> bytes{};
-    for (unsigned i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
-    out.insert(out.end(), bytes.begin(), bytes.begin() + size);
-}
 
 inline void overwriteNumber(Bytes& out, std::size_t at, std::uint64_t value, unsigned size) {
     for (unsigned i = 0; i < size; ++i) out[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+inline void putNumber(Bytes& out, std::uint64_t value, unsigned size) {
+    out.resize(out.size() + size);
+    overwriteNumber(out, out.size() - size, value, size);
 }
 
 inline void putBytes(Bytes& out, std::span<const std::uint8_t> bytes) {
@@ -77,12 +70,7 @@ inline void putBytes(Bytes& out, std::span<const std::uint8_t> bytes) {
 }
 
 inline void putText(Bytes& out, std::u16string_view text) {
-    std::size_t at = out.size();
-    out.resize(at + text.size() * 2);
-    for (const char16_t unit : text) {
-        out[at++] = static_cast<std::uint8_t>(unit);
-        out[at++] = static_cast<std::uint8_t>(unit >> 8U);
-    }
+    for (const char16_t unit : text) putNumber(out, unit, 2);
 }
 
 inline void putTerminatedText(Bytes& out, std::u16string_view text) {
@@ -99,9 +87,8 @@ inline std::span<const std::uint8_t> withoutTerminator(std::span<const std::uint
 }
 
 inline std::u16string textFrom(std::span<const std::uint8_t> bytes) {
-    std::u16string text(bytes.size() / 2, u'\0');
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = static_cast<char16_t>(bytes[2 * i] | (unsigned{bytes[2 * i + 1]} << 8U));
+    std::u16string text;
+    for (ByteReader reader(bytes); reader.rest().size() >= 2;) text += reader.u16();
     return text;
 }
 

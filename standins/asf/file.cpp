@@ -6,25 +6,31 @@
 #include <fcntl.h>
 #include <io.h>
 #else
-#include <unistd.h>
-
 #include <cerrno>
 #endif
+
+#include "standins/asf/error.h"
 
 namespace orvane::asf {
 
 namespace {
 
-std::string cannotOpen(unsigned long number) {
-    return "The file cannot be opened (error " + std::to_string(number) + ").";
+Error cannotOpen(unsigned long number) {
+    return Error("The file cannot be opened (error " + std::to_string(number) + ").");
 }
 
 }  // namespace
 
+std::int64_t sizeFrom(std::FILE* file, std::int64_t position) {
+    if (fseeko64(file, 0, SEEK_END) != 0) return -1;
+    const std::int64_t end = ftello64(file);
+    return fseeko64(file, position, SEEK_SET) == 0 ? end - position : -1;
+}
+
 #ifdef _WIN32
 
-File openFile(const std::filesystem::path& path, Use use, std::string& error) {
-    // Who may not delete the file may not replace it: better to fail before anything is written.
+File openFile(const std::filesystem::path& path, Use use) {
+    // Replacing a file needs the right to delete it: fail before anything is written.
     DWORD access = GENERIC_READ | GENERIC_WRITE | DELETE;
     DWORD share = FILE_SHARE_READ;
     if (use == Use::read) {
@@ -35,42 +41,22 @@ File openFile(const std::filesystem::path& path, Use use, std::string& error) {
                                       use == Use::create ? CREATE_ALWAYS : OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE || (use == Use::replace && isReadOnly(path))) {
-        error = cannotOpen(GetLastError());
+        const DWORD number = GetLastError();
         if (handle != INVALID_HANDLE_VALUE) CloseHandle(handle);
-        return nullptr;
+        throw cannotOpen(number);
     }
     // From here on the descriptor owns the handle, then the stream the descriptor.
     const int descriptor = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_BINARY);
     if (descriptor < 0) CloseHandle(handle);
     File file(descriptor < 0 ? nullptr : _fdopen(descriptor, use == Use::read ? "rb" : "r+b"));
-    if (!file) error = "There are too many open files.";
     if (!file && descriptor >= 0) _close(descriptor);
+    if (!file) throw Error("There are too many open files.");
     return file;
 }
 
-std::int64_t sizeFrom(std::FILE* file, std::int64_t position) {
-    if (_fseeki64(file, 0, SEEK_END) != 0) return -1;
-    const std::int64_t end = _ftelli64(file);
-    return _fseeki64(file, position, SEEK_SET) == 0 ? end - position : -1;
-}
+void removeFile(const std::filesystem::path& path) noexcept { DeleteFileW(path.c_str()); }
 
-bool moveOver(const std::filesystem::path& source, const std::filesystem::path& target) {
-    return MoveFileExW(extendedLength(source).c_str(), extendedLength(target).c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-}
-
-void removeFile(const std::filesystem::path& path) noexcept {
-    try {
-        DeleteFileW(extendedLength(path).c_str());
-    } catch (...) {
-        // Out of memory: the file stays, under a name that nothing looks for.
-        return;
-    }
-}
-
-std::uint32_t processId() { return GetCurrentProcessId(); }
-
-// That form takes no relative paths, no "/" and no "..", so the system makes the path full first.
+// The extended form allows no relative path, no "/" and no "..": the system resolves these first.
 std::wstring extendedLength(const std::filesystem::path& path) {
     const std::wstring& given = path.native();
     if (given.starts_with(LR"(\\?\)")) return given;
@@ -91,26 +77,14 @@ bool isReadOnly(const std::filesystem::path& path) {
 
 #else
 
-File openFile(const std::filesystem::path& path, Use use, std::string& error) {
+File openFile(const std::filesystem::path& path, Use use) {
     const char* const modes[] = {"rb", "r+b", "wb"};
     File file(std::fopen(path.c_str(), modes[static_cast<int>(use)]));
-    if (!file) error = cannotOpen(static_cast<unsigned long>(errno));
+    if (!file) throw cannotOpen(static_cast<unsigned long>(errno));
     return file;
 }
 
-std::int64_t sizeFrom(std::FILE* file, std::int64_t position) {
-    if (std::fseek(file, 0, SEEK_END) != 0) return -1;
-    const std::int64_t end = std::ftell(file);
-    return std::fseek(file, position, SEEK_SET) == 0 ? end - position : -1;
-}
-
-bool moveOver(const std::filesystem::path& source, const std::filesystem::path& target) {
-    return std::rename(source.c_str(), target.c_str()) == 0;
-}
-
 void removeFile(const std::filesystem::path& path) noexcept { std::remove(path.c_str()); }
-
-std::uint32_t processId() { return static_cast<std::uint32_t>(::getpid()); }
 
 #endif
 

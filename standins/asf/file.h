@@ -1,13 +1,12 @@
 #pragma once
 
-// Files as replacing one safely takes them, over the C library's streams: on Windows these alone
-// say neither who else may have the file nor open a path of more than 260 characters.
+// Opens files for replacing one safely, as streams of the C library. On Windows fopen alone can
+// neither set the sharing mode nor open a path of more than 260 characters.
 
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <span>
 #include <string>
 
 namespace orvane::asf {
@@ -23,15 +22,12 @@ enum class Use : std::uint8_t {
     create,   // for writing, in the place of an old one
 };
 
-// Null, and a sentence with the system's number in `error`, when it cannot be opened.
-File openFile(const std::filesystem::path& path, Use use, std::string& error);
+// Throws an Error with the system's number when it cannot be opened.
+File openFile(const std::filesystem::path& path, Use use);
 // How much there is from the file's position on; it moves to `position` then. -1: not known.
 std::int64_t sizeFrom(std::FILE* file, std::int64_t position);
-// Puts `source`, closed, in the place of `target` in one step.
-bool moveOver(const std::filesystem::path& source, const std::filesystem::path& target);
+// Works with paths of any length in their extended form.
 void removeFile(const std::filesystem::path& path) noexcept;
-// One that no other process has.
-std::uint32_t processId();
 
 #ifdef _WIN32
 // The form of a path that has no length limit.
@@ -39,6 +35,10 @@ std::wstring extendedLength(const std::filesystem::path& path);
 // Windows refuses to open a read-only file for writing, Wine run by root does not. When it is one
 // the thread's last error is ERROR_ACCESS_DENIED.
 bool isReadOnly(const std::filesystem::path& path);
+#else
+inline const std::filesystem::path& extendedLength(const std::filesystem::path& path) {
+    return path;
+}
 #endif
 
 }  // namespace orvane::asf

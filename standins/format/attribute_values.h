@@ -7,26 +7,25 @@
 #include <windows.h>
 
 #include <optional>
-#include <string_view>
+#include <vector>
 
 #include "platform/wm_format.h"
 #include "standins/asf/asf_file.h"
 
 namespace orvane::standin {
 
-// The interfaces' type of a value; what they have no type for is binary.
-WMT_ATTR_DATATYPE interfaceType(const asf::Attribute& attribute);
+struct InterfaceValue {
+    WMT_ATTR_DATATYPE type;  // binary when the interfaces have no type for it
+    std::vector<std::uint8_t> bytes;
+};
 
-// How many bytes the caller needs for the value; nothing when it is a picture that cannot be read.
-std::optional<DWORD> interfaceSize(const asf::Attribute& attribute);
-
-// Fills a buffer of interfaceSize() bytes. The pointers of a picture point into it.
-void copyToInterface(const asf::Attribute& attribute, BYTE* buffer);
+// The value for a buffer at `at`: the pointers of a picture point into that. Nothing when it is a
+// picture that cannot be read.
+std::optional<InterfaceValue> toInterface(const asf::Attribute& attribute, const BYTE* at);
 
 // Takes a value from a caller: S_OK, E_POINTER, E_INVALIDARG for a length that the type cannot
 // have, or NS_E_SDK_BUFFERTOOSMALL for a picture record that is cut short. `out` keeps its name,
 // stream, language and place.
-HRESULT copyFromInterface(WMT_ATTR_DATATYPE type, const BYTE* value, DWORD length,
-                          asf::Attribute& out);
+HRESULT fromInterface(WMT_ATTR_DATATYPE type, const BYTE* value, DWORD length, asf::Attribute& out);
 
 }  // namespace orvane::standin

@@ -8,7 +8,7 @@
 #include "standins/format/metadata_editor.h"
 #include "standins/format/sync_reader.h"
 
-// It comes and goes with its user; the process may see thousands of them.
+// A process may load and free this module thousands of times.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processExit) {
     if (reason == DLL_PROCESS_DETACH && processExit == nullptr) orvane::giveBackRuntimeAtEnd();
     return TRUE;

@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <limits>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "standins/format/attribute_values.h"
@@ -18,55 +19,44 @@ using Attributes = std::vector<Attribute>;
 
 constexpr WORD kAllStreams = 0xFFFF;
 constexpr WORD kLastStream = 127;
+constexpr std::size_t kMostIndices = std::numeric_limits<WORD>::max();
 constexpr std::size_t kLongestName = 1024;
 
 std::u16string_view view(LPCWSTR text) {
     return {reinterpret_cast<const char16_t*>(text), std::wcslen(text)};
 }
 
-bool validStream(WORD stream) { return stream <= kLastStream; }
-
-bool counted(const Attribute& attribute, WORD stream) {
-    return stream == kAllStreams || attribute.stream == stream;
-}
-
-// The position in the header of the attribute that has `index` in its stream.
-std::optional<std::size_t> position(const Attributes& attributes, WORD stream, WORD index) {
-    std::size_t left = index;
+// The positions in the header of the attributes of one stream: the index counts these.
+std::vector<std::size_t> positions(const Attributes& attributes, WORD stream) {
+    std::vector<std::size_t> found;
     for (std::size_t i = 0; i < attributes.size(); ++i)
-        if (counted(attributes[i], stream) && left-- == 0) return i;
-    return std::nullopt;
+        if (stream == kAllStreams || attributes[i].stream == stream) found.push_back(i);
+    // The interfaces count in 16 bits; attributes beyond that cannot be reached through them.
+    found.resize(std::min(found.size(), kMostIndices));
+    return found;
 }
 
-// The interfaces count in 16 bits; attributes beyond that cannot be reached through them.
-WORD count(const Attributes& attributes, WORD stream) {
-    const auto all = std::ranges::count_if(
-        attributes, [stream](const Attribute& a) { return counted(a, stream); });
-    return static_cast<WORD>(std::min<std::ptrdiff_t>(all, std::numeric_limits<WORD>::max()));
-}
-
-// Gives what fits; `length` is what is needed in either case.
+// Copies the value if it fits; `length` becomes the size needed in either case.
 template <typename Length>
-HRESULT giveValue(const Attribute& attribute, BYTE* value, Length* length) {
-    const auto needed = interfaceSize(attribute);
-    if (!needed) return NS_E_INVALID_DATA;
-    if (*needed > std::numeric_limits<Length>::max()) return NS_E_SDK_BUFFERTOOSMALL;
-    const Length room = *length;
-    *length = static_cast<Length>(*needed);
-    if (!value) return S_OK;
-    if (room < *needed) return NS_E_SDK_BUFFERTOOSMALL;
-    copyToInterface(attribute, value);
+HRESULT giveValue(const Attribute& attribute, WMT_ATTR_DATATYPE* type, BYTE* value,
+                  Length* length) {
+    const auto given = toInterface(attribute, value);
+    if (!given) return NS_E_INVALID_DATA;
+    const std::size_t needed = given->bytes.size();
+    if (needed > std::numeric_limits<Length>::max()) return NS_E_SDK_BUFFERTOOSMALL;
+    *type = given->type;
+    const Length room = std::exchange(*length, static_cast<Length>(needed));
+    if (value && room < needed) return NS_E_SDK_BUFFERTOOSMALL;
+    if (value) std::ranges::copy(given->bytes, value);
     return S_OK;
 }
 
 HRESULT giveName(const Attribute& attribute, WCHAR* name, WORD* length) {
     const std::size_t needed = attribute.name.size() + 1;
-    const WORD room = *length;
-    *length = static_cast<WORD>(needed);
+    const WORD room = std::exchange(*length, static_cast<WORD>(needed));
     if (!name) return S_OK;
     if (room < needed) return NS_E_SDK_BUFFERTOOSMALL;
-    std::ranges::copy(attribute.name, name);
-    name[needed - 1] = L'\0';
+    std::copy_n(attribute.name.c_str(), needed, name);
     return S_OK;
 }
 
@@ -86,18 +76,22 @@ HRESULT HeaderInfo::checkChangeable() const {
 
 STDMETHODIMP HeaderInfo::GetAttributeByName(WORD* stream, LPCWSTR name, WMT_ATTR_DATATYPE* type,
                                             BYTE* value, WORD* length) {
-    if (!stream || !name || !type || !length) return E_POINTER;
-    if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-    const auto named = [wanted = view(name)](const Attribute& a) { return a.name == wanted; };
-    const Attributes& attributes = m_file.header().attributes();
-    auto found = std::ranges::find_if(
-        attributes, [&](const Attribute& a) { return a.stream == *stream && named(a); });
-    // Stream 0 asks for any; one of the whole file comes first.
-    if (found == attributes.end() && *stream == 0) found = std::ranges::find_if(attributes, named);
-    if (found == attributes.end()) return ASF_E_NOTFOUND;
-    const HRESULT result = giveValue(*found, value, length);
-    if (SUCCEEDED(result)) *type = interfaceType(*found);
-    return result;
+    return guarded([&]() -> HRESULT {
+        if (!stream || !name || !type || !length) return E_POINTER;
+        if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
+        const auto named = [wanted = view(name)](const Attribute& a) { return a.name == wanted; };
+        const Attributes& attributes = m_file.header().attributes();
+        auto found = std::ranges::find_if(
+            attributes, [&](const Attribute& a) { return a.stream == *stream && named(a); });
+        // Stream 0 asks for any; one of the whole file comes first.
+        if (found == attributes.end() && *stream == 0)
+            found = std::ranges::find_if(attributes, named);
+        if (found == attributes.end()) return ASF_E_NOTFOUND;
+        WMT_ATTR_DATATYPE given = *type;
+        const HRESULT result = giveValue(*found, &given, value, length);
+        if (SUCCEEDED(result)) *type = given;
+        return result;
+    });
 }
 
 STDMETHODIMP HeaderInfo::GetAttributeIndices(WORD stream, LPCWSTR name, WORD* language,
@@ -105,19 +99,17 @@ STDMETHODIMP HeaderInfo::GetAttributeIndices(WORD stream, LPCWSTR name, WORD* la
     return guarded([&]() -> HRESULT {
         if (!result) return E_POINTER;
         if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-        if (stream != kAllStreams && !validStream(stream)) return NS_E_INVALID_REQUEST;
+        if (stream != kAllStreams && stream > kLastStream) return NS_E_INVALID_REQUEST;
+        const Attributes& attributes = m_file.header().attributes();
         std::vector<WORD> found;
-        std::size_t index = 0;
-        for (const Attribute& a : m_file.header().attributes()) {
-            if (!counted(a, stream)) continue;
-            if (index > std::numeric_limits<WORD>::max()) break;
-            const bool matches =
-                (!name || a.name == view(name)) && (!language || a.language == *language);
-            if (matches) found.push_back(static_cast<WORD>(index));
+        WORD index = 0;
+        for (const std::size_t at : positions(attributes, stream)) {
+            const Attribute& a = attributes[at];
+            if ((!name || a.name == view(name)) && (!language || a.language == *language))
+                found.push_back(index);
             ++index;
         }
-        const WORD room = *result;
-        *result = static_cast<WORD>(found.size());
+        const WORD room = std::exchange(*result, static_cast<WORD>(found.size()));
         if (!indices) return S_OK;
         if (room < found.size()) return NS_E_SDK_BUFFERTOOSMALL;
         std::ranges::reverse_copy(found, indices);
@@ -128,17 +120,18 @@ STDMETHODIMP HeaderInfo::GetAttributeIndices(WORD stream, LPCWSTR name, WORD* la
 STDMETHODIMP HeaderInfo::GetAttributeByIndexEx(WORD stream, WORD index, LPWSTR name,
                                                WORD* nameLength, WMT_ATTR_DATATYPE* type,
                                                WORD* language, BYTE* value, DWORD* length) {
-    if (!nameLength || !type || !language || !length) return E_POINTER;
-    if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
-    const Attributes& attributes = m_file.header().attributes();
-    const auto at = position(attributes, stream, index);
-    if (!at) return NS_E_INVALID_REQUEST;
-    // Both lengths are given even when one buffer is too small.
-    const HRESULT named = giveName(attributes[*at], name, nameLength);
-    const HRESULT valued = giveValue(attributes[*at], value, length);
-    *language = attributes[*at].language;
-    *type = interfaceType(attributes[*at]);
-    return FAILED(valued) ? valued : named;
+    return guarded([&]() -> HRESULT {
+        if (!nameLength || !type || !language || !length) return E_POINTER;
+        if (!m_file.isOpen()) return ASF_E_INVALIDSTATE;
+        const auto at = positions(m_file.header().attributes(), stream);
+        if (index >= at.size()) return NS_E_INVALID_REQUEST;
+        const Attribute& attribute = m_file.header().attributes()[at[index]];
+        // Both lengths are given even when one buffer is too small.
+        const HRESULT named = giveName(attribute, name, nameLength);
+        *language = attribute.language;
+        const HRESULT valued = giveValue(attribute, type, value, length);
+        return FAILED(valued) ? valued : named;
+    });
 }
 
 STDMETHODIMP HeaderInfo::AddAttribute(WORD stream, LPCWSTR name, WORD* index,
@@ -147,17 +140,17 @@ STDMETHODIMP HeaderInfo::AddAttribute(WORD stream, LPCWSTR name, WORD* index,
     return guarded([&]() -> HRESULT {
         if (const HRESULT result = checkChangeable(); FAILED(result)) return result;
         if (const HRESULT result = checkName(name); FAILED(result)) return result;
-        if (!validStream(stream)) return NS_E_INVALID_REQUEST;
+        if (stream > kLastStream) return NS_E_INVALID_REQUEST;
         if (language != 0) return ASF_E_BADLANGUAGEID;
-        const WORD newIndex = count(m_file.header().attributes(), stream);
-        if (newIndex == std::numeric_limits<WORD>::max()) return NS_E_INVALID_REQUEST;
+        const std::size_t newIndex = positions(m_file.header().attributes(), stream).size();
+        if (newIndex == kMostIndices) return NS_E_INVALID_REQUEST;
         Attribute added;
         added.name = view(name);
         added.stream = stream;
-        if (const HRESULT result = copyFromInterface(type, value, length, added); FAILED(result))
-            return result;
+        const HRESULT result = fromInterface(type, value, length, added);
+        if (FAILED(result)) return result;
         m_file.changedHeader().attributes().push_back(std::move(added));
-        if (index) *index = newIndex;
+        if (index) *index = static_cast<WORD>(newIndex);
         return S_OK;
     });
 }
@@ -165,10 +158,10 @@ STDMETHODIMP HeaderInfo::AddAttribute(WORD stream, LPCWSTR name, WORD* index,
 STDMETHODIMP HeaderInfo::DeleteAttribute(WORD stream, WORD index) {
     return guarded([&]() -> HRESULT {
         if (const HRESULT result = checkChangeable(); FAILED(result)) return result;
-        const auto at = position(m_file.header().attributes(), stream, index);
-        if (!at) return NS_E_INVALID_REQUEST;
+        const auto at = positions(m_file.header().attributes(), stream);
+        if (index >= at.size()) return NS_E_INVALID_REQUEST;
         Attributes& attributes = m_file.changedHeader().attributes();
-        attributes.erase(attributes.begin() + static_cast<std::ptrdiff_t>(*at));
+        attributes.erase(attributes.begin() + static_cast<std::ptrdiff_t>(at[index]));
         return S_OK;
     });
 }

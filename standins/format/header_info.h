@@ -3,7 +3,7 @@
 // The attribute part of a reader or an editor: IWMHeaderInfo3 over an opened file, as far as this
 // plug-in asks for it; all else is E_NOTIMPL.
 //
-// The runtime's limits are kept, for they are what callers stumble over:
+// The runtime's limits are kept, because callers run into them:
 //  - lengths are 16-bit in the methods of IWMHeaderInfo: what is larger cannot be asked for there,
 //    and asking is NS_E_SDK_BUFFERTOOSMALL that leaves type and length alone;
 //  - GetAttributeIndices gives descending indices, and DeleteAttribute moves what follows the

@@ -11,15 +11,8 @@ namespace orvane::standin {
 namespace {
 
 HRESULT openFailure(DWORD error) {
-    switch (error) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-            return NS_E_FILE_NOT_FOUND;
-        case ERROR_ACCESS_DENIED:
-            return E_ACCESSDENIED;
-        default:
-            return NS_E_FILE_OPEN_FAILED;
-    }
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return NS_E_FILE_NOT_FOUND;
+    return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : NS_E_FILE_OPEN_FAILED;
 }
 
 }  // namespace
@@ -28,8 +21,8 @@ HRESULT OpenedFile::open(const WCHAR* path, DWORD access, DWORD share) {
     if (!path) return E_POINTER;
     if (isOpen()) return ASF_E_INVALIDSTATE;
     const bool writable = (access & GENERIC_WRITE) != 0;
-    // Who may not delete the file may not replace it: better to fail now than when flushing. We
-    // read the header through a second handle, so reading is always shared.
+    // Replacing the file needs the right to delete it, so a missing right is an error now and not
+    // when flushing. The header is read through a second handle, so reading is always shared.
     UniqueFile lock(CreateFileW(
         asf::extendedLength(path).c_str(), GENERIC_READ | (writable ? GENERIC_WRITE | DELETE : 0),
         share | FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));

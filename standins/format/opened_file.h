@@ -1,7 +1,7 @@
 #pragma once
 
 // The file behind a reader or an editor: held open from Open to Flush, Close or release, so that
-// whoever forgets to let go keeps others out, as with the runtime itself.
+// a caller that forgets to close it locks others out, as with the real runtime.
 
 #include <windows.h>
 

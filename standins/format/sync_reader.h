@@ -11,10 +11,10 @@ namespace orvane::standin {
 class SyncReader final : public FileObject<SyncReader, IWMSyncReader> {
 public:
     SyncReader() : FileObject(Kind::reader) {}
-    static bool answersFor(REFIID id);
 
-    STDMETHOD(Open)(const WCHAR* path) override;
-    STDMETHOD(Close)() override;
+    STDMETHOD(Open)(const WCHAR* path) override {
+        return guarded([&] { return file().open(path, GENERIC_READ, FILE_SHARE_READ); });
+    }
     STDMETHOD(SetRange)(QWORD, LONGLONG) override { return E_NOTIMPL; }
     STDMETHOD(SetRangeByFrame)(WORD, QWORD, LONGLONG) override { return E_NOTIMPL; }
     STDMETHOD(GetNextSample)

@@ -90,10 +90,8 @@ private:
 };
 
 TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
-    const juce::ScopedJuceInitialiser_GUI juce;
     RunningApp app;
-    PageMethods methods;
-    OrvaneAppConnector connector(&methods);
+    OrvaneAppConnector connector({});
     ASSERT_TRUE(connector.connect());
     const juce::String player("wmp");
     connector.playerHello(player);
@@ -169,9 +167,9 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
 TEST(ProtocolPage, TheExampleHoldsASession) {
     const Child application(L"minimal_application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
-    PageMethods methods;
+    const std::shared_ptr<IOrvanePluginMethods> methods = std::make_shared<PageMethods>();
     {
-        OrvaneAppConnector connector(&methods);
+        OrvaneAppConnector connector(methods);
         ASSERT_TRUE(eventually([&] { return connector.connect(); }, 5000));
         connector.playerHello("wmp");
         EXPECT_TRUE(application.prints("isPlaying true", 5000)) << application.output();

@@ -50,7 +50,7 @@ protected:
 };
 
 TEST(WmpWindowHook, NeedsThePlayersMainWindow) {
-    TestWindow otherCaption{L"WMPlayerApp", L"Windows Media Player 2"};
+    TestWindow otherClass{L"WMPlayerApp2", L"Windows Media Player"};
     RecordingEvents events;
     WmpWindowHook hook(&events);
     CapturedLog log;
@@ -58,6 +58,21 @@ TEST(WmpWindowHook, NeedsThePlayersMainWindow) {
     EXPECT_THAT(log.take(), HasSubstr("can't find window with class 'WMPlayerApp' and caption "
                                       "'Windows Media Player'"));
     EXPECT_FALSE(hook.isInSpecialMode());
+}
+
+TEST(WmpWindowHook, FindsTheMainWindowInEveryLanguageAndPrefersItsEnglishCaption) {
+    RecordingEvents events;
+    WmpWindowHook hook(&events);
+    for (const wchar_t* caption : {L"Lecteur Windows Media", L"Reproductor de Windows Media",
+                                   L"Windows Media Player Legacy", L""}) {
+        TestWindow window{L"WMPlayerApp", caption};
+        ASSERT_TRUE(hook.InstallHook()) << testing::PrintToString(caption);
+        EXPECT_EQ(hook.getHwnd(), window.hwnd());
+    }
+    const TestWindow english{L"WMPlayerApp", L"Windows Media Player"};
+    const TestWindow inFront{L"WMPlayerApp", L"Lecteur Windows Media"};
+    ASSERT_TRUE(hook.InstallHook());
+    EXPECT_EQ(hook.getHwnd(), english.hwnd());
 }
 
 TEST_F(WmpWindowHookTest, ReportsSpecialModeWhenItChanges) {
@@ -106,6 +121,7 @@ TEST_F(WmpWindowHookTest, ReportsShowingHidingAndActivation) {
     EXPECT_THAT(afterShowing(SW_SHOW), Contains("playerShown"));
     EXPECT_THAT(afterSending(WM_ACTIVATE, WA_CLICKACTIVE), ElementsAre("playerActivated"));
     EXPECT_THAT(afterSending(WM_ACTIVATE, WA_INACTIVE), IsEmpty());
+    EXPECT_THAT(afterSending(WM_ACTIVATE, MAKEWPARAM(WA_INACTIVE, 1)), IsEmpty()) << "minimised";
     EXPECT_THAT(afterSending(WM_SIZE, SIZE_MAXSHOW), IsEmpty());
     EXPECT_THAT(afterSending(WM_SIZE, SIZE_MAXHIDE), IsEmpty());
 }

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <io.h>
 
+#include "media/file_rewrite.h"
 #include "media/format_runtime.h"
 #include "media/image_file.h"
 #include "media/wmp_media_item.h"
@@ -38,7 +39,8 @@ protected:
         track = path;
         media.sourcePath = path.wstring();
     }
-    bool retrieve(const fs::path& to) {
+    bool retrieve(const fs::path& to) { return retrieved(to) == WmpMediaItem::Retrieved::written; }
+    WmpMediaItem::Retrieved retrieved(const fs::path& to) {
         return WmpMediaItem::retrieveTrackCoverArt(&media, textOf(to));
     }
     bool embed(const fs::path& image) {
@@ -49,12 +51,14 @@ protected:
         String path;
         return WmpMediaItem::findCoverArtFile(&media, path) ? path : String("none");
     }
-    // What a failing call logs.
+    // What a failing call logs: one line.
     template <typename Work>
     static std::string logOf(Work work) {
         CapturedLog log;
         EXPECT_FALSE(work());
-        return log.take();
+        const auto lines = log.lines();
+        EXPECT_EQ(lines.size(), 1U);
+        return lines.empty() ? "" : lines[0];
     }
     // Somebody else has the file open.
     static UniqueFile opened(const fs::path& path, DWORD access, DWORD share) {
@@ -110,15 +114,22 @@ TEST_F(CoverArt, IsLeftAloneByAnImageThatCannotBeTaken) {
     for (const fs::path& path : {folder.path(L"missing \u00e9.jpg"), folder.path(), busy})
         EXPECT_THAT(logOf([&] { return embed(path); }),
                     HasSubstr("WmpMediaItem::setAlbumCoverArt: error opening " + utf8(path) +
-                              " for reading.\n"));
+                              " for reading."));
     const fs::path huge = folder.file(L"huge.jpg", {});
     fs::resize_file(huge, static_cast<std::uintmax_t>(kMaxImageBytes) + 1);
-    for (const fs::path& path : {folder.file(L"empty.jpg", {}), fs::path(L"NUL"), huge})
-        EXPECT_EQ(logOf([&] { return embed(path); }), "") << path;
+    for (const auto& [path, step] :
+         {std::pair{folder.file(L"empty.jpg", {}), "size of the image failed"},
+          {fs::path(L"NUL"), "GetFileType failed for NUL"},
+          {huge, "size limit failed"}})
+        EXPECT_THAT(logOf([&] { return embed(path); }), HasSubstr(step));
     {
         const fs::path image = folder.file(L"in.jpg", someImage(50));
         const UniqueFile reader = opened(track, GENERIC_READ, FILE_SHARE_READ);
-        EXPECT_FALSE(embed(image));
+        const ULONGLONG start = GetTickCount64();
+        EXPECT_EQ(logOf([&] { return embed(image); }),
+                  "<3> WmpMediaItem::setAlbumCoverArt: OpenEx failed for " + utf8(track) +
+                      " (0xc00d001d)");
+        EXPECT_GE(GetTickCount64() - start, 990U);
         EXPECT_EQ(count(), 1);
     }
     EXPECT_EQ(contentOf(track), before);
@@ -134,14 +145,21 @@ TEST_F(CoverArt, IsNotWrittenWhereItCannotBeNorOverItsTrack) {
         for (const fs::path& path : {folder.path(L"none\\out.jpg"), folder.path(), busy})
             EXPECT_THAT(logOf([&] { return retrieve(path); }),
                         HasSubstr("WmpMediaItem::retrieveTrackCoverArt: error opening " +
-                                  utf8(path) + " for writing.\n"));
+                                  utf8(path) + " for writing."));
+    }
+    {
+        // It may be written, but nothing may take its place.
+        const UniqueFile reader = opened(busy, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_THAT(logOf([&] { return retrieve(busy); }), HasSubstr("MoveFileExW failed for "));
     }
     EXPECT_EQ(contentOf(busy), someImage(10));
+    const auto files = fs::directory_iterator(folder.path());
+    EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "half a picture is left";
     // Not even tried: what the stand-in keeps open and locked, another runtime may not.
     const fs::path upperCase = textOf(track).toUpperCase().toWideCharPointer();
     for (const fs::path& path :
          {fs::path(L"NUL"), track, upperCase, folder.path() / L"." / L"track.wma"})
-        EXPECT_EQ(logOf([&] { return retrieve(path); }), "") << path;
+        EXPECT_EQ(retrieved(path), WmpMediaItem::Retrieved::failed) << path;
     EXPECT_EQ(contentOf(track), before);
 
     const fs::path longer = folder.file(L"longer.jpg", someImage(200'000));
@@ -238,23 +256,57 @@ TEST_F(CoverArt, WorksBeyond260Characters) {
     EXPECT_FALSE(retrieve(track));
 }
 
+// Lets the track go in a message of the waiting thread.
+UniqueFile player;
+bool marked = false;
+void CALLBACK letGo(HWND, UINT, UINT_PTR timer, DWORD) {
+    KillTimer(nullptr, timer);
+    marked = FileRewrite::inProgress();
+    player.reset();
+}
+
+TEST_F(CoverArt, WaitsForABusyTrackAndTellsThatItIsAtWork) {
+    addPicture(track, someImage(100));
+    const fs::path out = folder.path(L"out.jpg");
+    for (const bool embeds : {true, false}) {
+        player = opened(track, GENERIC_READ, 0);
+        SetTimer(nullptr, 0, 300, &letGo);
+        EXPECT_TRUE(embeds ? embed(folder.file(L"in.jpg", someImage(50))) : retrieve(out));
+        EXPECT_EQ(marked, embeds);
+        EXPECT_FALSE(FileRewrite::inProgress());
+    }
+    EXPECT_EQ(contentOf(out), someImage(50));
+    player = opened(track, GENERIC_READ, 0);
+    EXPECT_EQ(retrieved(out), WmpMediaItem::Retrieved::failed) << "it may have a picture";
+    player.reset();
+}
+
+TEST(FileRewriteMark, EndsWithTheLastOfThem) {
+    EXPECT_FALSE(FileRewrite::ended());
+    auto first = std::make_unique<FileRewrite>();
+    const UniqueHandle ended = FileRewrite::ended();
+    auto second = std::make_unique<FileRewrite>();
+    first.reset();
+    EXPECT_EQ(WaitForSingleObject(ended.get(), 0), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(FileRewrite::inProgress());
+    second.reset();
+    EXPECT_EQ(WaitForSingleObject(ended.get(), 0), DWORD{WAIT_OBJECT_0});
+}
+
 TEST(WriteImage, IsOnlyClaimedWhenAllOfItIsInTheFile) {
     const TrackFolder folder;
     const Bytes image = someImage(100);
     std::FILE* stream = nullptr;
     const fs::path a = folder.file(L"a.jpg", {});
-    const fs::path b = folder.path(L"b.jpg");
     // Accepted into the stream's buffer, refused when that is written out at the end.
-    ASSERT_EQ(_wfopen_s(&stream, b.c_str(), L"wb"), 0);
+    ASSERT_EQ(_wfopen_s(&stream, folder.path(L"b.jpg").c_str(), L"wb"), 0);
     const int otherFile = _wopen(a.c_str(), _O_RDONLY | _O_BINARY);
     ASSERT_EQ(_dup2(otherFile, _fileno(stream)), 0);
     _close(otherFile);
-    EXPECT_FALSE(writeWholeOrDelete(stream, textOf(b), image));
-    EXPECT_FALSE(fs::exists(b));
+    EXPECT_FALSE(writeWhole(stream, image));
 
     ASSERT_EQ(_wfopen_s(&stream, a.c_str(), L"rb"), 0);
-    EXPECT_FALSE(writeWholeOrDelete(stream, textOf(a), image));
-    EXPECT_FALSE(fs::exists(a)) << "nobody may take half of a picture for the whole";
+    EXPECT_FALSE(writeWhole(stream, image));
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ public:
     bool offersMedia3 = true;
     std::map<std::wstring, std::wstring> attributes;
     std::set<std::wstring> unreadable;
+    std::set<std::wstring> severalValues;  // the map has the first one
     std::vector<std::pair<std::wstring, std::wstring>> writes;
 
     // Whether every reference that was taken has been given back.
@@ -35,6 +36,10 @@ public:
     STDMETHOD(getItemInfo)(BSTR name, BSTR* out) override {
         if (unreadable.contains(name)) return E_FAIL;
         return standin::giveText(attributes.contains(name) ? attributes[name] : L"", out);
+    }
+    STDMETHOD(getAttributeCountByType)(BSTR name, BSTR, LONG* out) override {
+        *out = severalValues.contains(name) ? 2 : 1;
+        return S_OK;
     }
     STDMETHOD(setItemInfo)(BSTR name, BSTR value) override {
         attributes[name] = value;

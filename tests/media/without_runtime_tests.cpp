@@ -25,7 +25,8 @@ TEST(WithoutRuntime, TagsAndPicturesBesideTheTrackAreStillThere) {
     juce::StringPairArray metadata;
     item.getMetadata(metadata);
     EXPECT_EQ(metadata["AlbumArt"], juce::String("0"));
-    EXPECT_FALSE(WmpMediaItem::retrieveTrackCoverArt(&media, textOf(folder.path(L"out.jpg"))));
+    EXPECT_EQ(WmpMediaItem::retrieveTrackCoverArt(&media, textOf(folder.path(L"out.jpg"))),
+              WmpMediaItem::Retrieved::noneThere);
     EXPECT_FALSE(WmpMediaItem::setAlbumCoverArt(&media, image));
     juce::String found;
     EXPECT_TRUE(WmpMediaItem::findCoverArtFile(&media, found));

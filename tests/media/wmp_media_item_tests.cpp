@@ -122,6 +122,19 @@ TEST(SaveMediaItem, ClearsWhatTheRecordDoesNotNameOnlyWhenEmptyIsMeant) {
     EXPECT_EQ(media.attributes[L"ReleaseDate"], L"1/1/ 04:20:00 PM");
 }
 
+TEST(SaveMediaItem, LeavesTheFirstOfSeveralValuesAlone) {
+    FakeMedia media;
+    media.attributes = {{L"Author", L"A"}, {L"WM/AlbumArtist", L"A"}, {L"WM/Genre", L"G"}};
+    media.severalValues = {L"Author", L"WM/Genre"};
+    EXPECT_TRUE(WmpMediaItem(record({{"TrackArtist", "A"}, {"Genre", "G"}})).Save(&media, false));
+    EXPECT_EQ(media.writes, (Writes{{L"WM/AlbumArtist", L"A"}}));
+    media.writes.clear();
+    EXPECT_TRUE(WmpMediaItem(record({{"TrackArtist", "B"}, {"Genre", "a"}})).Save(&media, false));
+    EXPECT_EQ(media.writes,
+              (Writes{{L"WM/AlbumArtist", L"B"}, {L"Author", L"B"}, {L"WM/Genre", L"a"}}));
+    EXPECT_TRUE(media.isLeftAlone());
+}
+
 TEST(MediaItemRecord, TakesTheTrackArtistForAMissingAlbumArtist) {
     StringPairArray caseful(false);  // keys ignore case here whatever they did where they come from
     caseful.set("trackartist", "T");

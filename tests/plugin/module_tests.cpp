@@ -234,13 +234,16 @@ std::wstring textIn(HMODULE module, WORD language, int id) {
 
 TEST(ModuleFile, NamesItselfInThreeLanguages) {
     const LoadedModule module;
-    const std::pair<WORD, const wchar_t*> languages[] = {
-        {0x409, L"OrVane Windows Media Player Plugin"},
-        {0x0A, L"Complemento de OrVane para Windows Media Player"},
-        {0x0C, L"Plug-in OrVane pour Windows Media Player"}};
-    for (const auto& [language, description] : languages) {
+    const std::tuple<WORD, const wchar_t*, const wchar_t*> languages[] = {
+        {0x409, L"OrVane Windows Media Player Plugin", L"OrVane is writing a music file."},
+        {0x0A, L"Complemento de OrVane para Windows Media Player",
+         L"OrVane est\u00e1 escribiendo un archivo de m\u00fasica."},
+        {0x0C, L"Plug-in OrVane pour Windows Media Player",
+         L"OrVane \u00e9crit un fichier de musique."}};
+    for (const auto& [language, description, busy] : languages) {
         EXPECT_EQ(textIn(module.get(), language, 102), L"OrVane") << language;
         EXPECT_EQ(textIn(module.get(), language, 103), description) << language;
+        EXPECT_TRUE(textIn(module.get(), language, 104).starts_with(busy)) << language;
     }
 }
 

@@ -174,6 +174,12 @@ TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
     const auto whole = contentOf(m_track);
     EXPECT_FALSE(get(0, m_track));
     EXPECT_EQ(contentOf(m_track), whole);
+
+    // A track that nobody can open just now may have a picture of its own.
+    const UniqueFile busy(
+        CreateFileW(m_track.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_FALSE(get(0, m_folder.path(L"other.jpg")));
+    EXPECT_FALSE(fs::exists(m_folder.path(L"other.jpg")));
 }
 
 class Playlists : public PluginTest {

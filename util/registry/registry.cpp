@@ -14,8 +14,6 @@
 namespace orvane {
 namespace {
 
-constexpr REGSAM kReadAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
-
 struct RootName {
     std::uint32_t root;
     const char* text;
@@ -149,7 +147,7 @@ const char* RegistryUtil::KeyToString(HKEY root) const noexcept {
 
 OwnedText utl_reg_get_value(HKEY root, const char* subkey, const char* name, int log) noexcept {
     RegistryUtil registry(log);
-    if (!registry.OpenKey(root, subkey, kReadAccess, nullptr)) return nullptr;
+    if (!registry.OpenKey(root, subkey, KEY_QUERY_VALUE, nullptr)) return nullptr;
     return registry.GetValue(name, nullptr);
 }
 

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <shlobj.h>
+
 #include <cerrno>
 #include <cstdio>
 
@@ -14,6 +16,7 @@
 #include "util/shared_log/log_diagnostics.h"
 #include "util/shared_log/open_security.h"
 #include "util/shared_log/shared_log.h"
+#include "util/text/text.h"
 
 namespace orvane {
 namespace {
@@ -22,11 +25,21 @@ constexpr const char* kShellFolders =
     R"(Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders)";
 constexpr const char* kCommonAppData = "Common AppData";
 
+// Where the registry does not name it, the system still knows it.
+OwnedText allUsersFolder() noexcept {
+    OwnedText folder = utl_reg_get_value(HKEY_LOCAL_MACHINE, kShellFolders, kCommonAppData, 0);
+    if (folder) return folder;
+    wchar_t path[MAX_PATH];
+    const HRESULT result =
+        SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path);
+    return result == S_OK ? utl_wide_to_utf8_nolog(path) : nullptr;
+}
+
 }  // namespace
 
 OwnedText get_log_file_path() noexcept {
     constexpr const char* self = "get_log_file_path";
-    const OwnedText base = utl_reg_get_value(HKEY_LOCAL_MACHINE, kShellFolders, kCommonAppData, 0);
+    const OwnedText base = allUsersFolder();
     if (!base) {
         diagnose("E: %s error retrieving All Users\\Application Data folder\n", self);
         return nullptr;

@@ -6,8 +6,9 @@
 
 namespace orvane {
 
-// The system's English text of a Windows error code, its first line, safe to stand in a printf
-// format. False when the system has none. A non-zero `log` reports a failure through syslog, else
+// The system's English text of a Windows error code or, where it has no English, the one in its own
+// language: its first line in UTF-8, safe to stand in a printf format. False when the system has
+// neither. FormatMessageW. A non-zero `log` reports a failure through syslog, else
 // the log's own diagnostics do. win_err_str_cleanup releases the text, as does its owner's end.
 void win_err_str_cleanup(char*& text, int log) noexcept;
 

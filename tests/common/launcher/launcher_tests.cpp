@@ -163,15 +163,18 @@ TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
     expectNone();
 }
 
-// With a path too long for the shell's message box, so that nobody has to press anything.
+// A message box of the shell's would wait here for somebody to press its button.
 TEST_F(LauncherTest, ReportsAProgramThatCannotBeStarted) {
     CapturedLog log;
-    const std::wstring deep =
-        root() + L"\\" + std::wstring(130, L'c') + L"\\" + std::wstring(130, L'd');
-    install(deep, "no program");
-    m_path.set(deep);
-    EXPECT_FALSE(m_launcher.launch());
-    EXPECT_THAT(log.take(), HasSubstr("AppLauncher::launch: failed launching (code=0x000000c1)\n"));
+    for (const std::size_t length : {1U, 130U}) {
+        const std::wstring folder =
+            root() + L"\\" + std::wstring(length, L'c') + L"\\" + std::wstring(length, L'd');
+        install(folder, "no program");
+        m_path.set(folder);
+        EXPECT_FALSE(m_launcher.launch());
+        EXPECT_THAT(log.take(),
+                    HasSubstr("AppLauncher::launch: failed launching (code=0x000000c1)\n"));
+    }
 }
 
 TEST_F(LauncherTest, TellsWhetherTheApplicationRuns) {
@@ -182,6 +185,16 @@ TEST_F(LauncherTest, TellsWhetherTheApplicationRuns) {
     EXPECT_TRUE(m_launcher.isAppRunning());
     mutex.reset();
     EXPECT_FALSE(m_launcher.isAppRunning());
+
+    // As an elevated application's: the empty access list lets nobody open it.
+    ACL nobody{};
+    SECURITY_DESCRIPTOR descriptor{};
+    SECURITY_ATTRIBUTES security{sizeof(security), &descriptor, FALSE};
+    ASSERT_TRUE(InitializeAcl(&nobody, sizeof(nobody), ACL_REVISION));
+    ASSERT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE));
+    mutex.reset(CreateMutexW(&security, FALSE, L"OrVaneApp_Process"));
+    EXPECT_TRUE(m_launcher.isAppRunning());
 }
 
 TEST_F(LauncherTest, StartsNothingForAPlayerThatItDoesNotKnow) {

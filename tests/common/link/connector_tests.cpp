@@ -22,9 +22,7 @@ using Strings = std::vector<std::string>;
 // Keeps what would be sent, and has no pipe below it.
 class RecordingConnector final : public AppConnector {
 public:
-    RecordingConnector() : AppConnector(nullptr) {}
-    using AppConnector::timerCallback;
-    using Timer::getTimerInterval;
+    RecordingConnector() : AppConnector({}) {}
 
     bool connect() override { return true; }
     void disconnect() override {}
@@ -49,7 +47,6 @@ public:
 
 // The others are in the protocol's page, which a test compares with what is sent.
 TEST(AppConnectorTest, APauseIsReportedAsAStopAndAnEmptySelectionToo) {
-    const juce::ScopedJuceInitialiser_GUI juce;
     RecordingConnector connector;
     connector.playerInSpecialMode("wmp", false);
     connector.playPaused("wmp");
@@ -58,24 +55,25 @@ TEST(AppConnectorTest, APauseIsReportedAsAStopAndAnEmptySelectionToo) {
                                           "PlayStopped Player=wmp", "CleanTracks Player=wmp"}));
 }
 
-// Ticks by hand; the timer is only asked whether it runs.
-TEST(AppConnectorTest, TheNewestMoveIsSentAndTheTimerRunsWhileOneWaits) {
-    const juce::ScopedJuceInitialiser_GUI juce;
+// Ticks come through this thread's message loop, and only while a position waits.
+TEST(AppConnectorTest, TheNewestMoveIsSentOncePerPeriod) {
     RecordingConnector connector;
-    const auto tick = [&] {
-        EXPECT_EQ(connector.getTimerInterval(), 75);
-        connector.timerCallback();
+    const auto sentWithin = [&](DWORD milliseconds) {
+        pumpUntil([&] { return !connector.events.empty(); }, milliseconds);
+        return connector.lines();
     };
     // Dragged about before hello: waits, takes no more and more memory, and is sent once.
     const std::size_t before = memoryInUse();
     for (int i = 0; i < 10'000; ++i) connector.playerMoved("wmp", i, 0, 1, 1);
     EXPECT_LT(memoryInUse(), before + 20'000);
-    EXPECT_EQ(connector.getTimerInterval(), 0);
+    EXPECT_EQ(sentWithin(150), Strings{});
     connector.playerHello("wmp");
-    tick();
-    EXPECT_EQ(connector.getTimerInterval(), 0);
-    EXPECT_EQ(connector.lines(), (Strings{"PlayerHello Player=wmp",
-                                          "PlayerMoved Player=playerName PlayerRect=9999,0,1,1"}));
+    EXPECT_EQ(connector.lines(), Strings{"PlayerHello Player=wmp"});
+    EXPECT_GE(millisecondsFor([&] {
+                  EXPECT_EQ(sentWithin(1000),
+                            Strings{"PlayerMoved Player=playerName PlayerRect=9999,0,1,1"});
+              }),
+              AppConnector::kMovePeriodMs - 20);
 
     connector.playerMoved("wmp", 1, -2, 3, 4);
     connector.playerMoved("wmp", 2, -2, 3, 4);
@@ -83,25 +81,20 @@ TEST(AppConnectorTest, TheNewestMoveIsSentAndTheTimerRunsWhileOneWaits) {
         connector.onEvent = nullptr;
         connector.playerMoved("wmp", 3, -2, 3, 4);  // waits for the next tick
     };
-    tick();
-    EXPECT_EQ(connector.lines(), Strings{"PlayerMoved Player=playerName PlayerRect=2,-2,3,4"});
+    EXPECT_EQ(sentWithin(1000), Strings{"PlayerMoved Player=playerName PlayerRect=2,-2,3,4"});
     // Goodbye comes in the middle of a tick, with another position waiting.
     connector.onEvent = [&] {
         connector.onEvent = nullptr;
         connector.playerMoved("wmp", 4, 4, 4, 4);
         connector.playerGoodbye("wmp");
     };
-    tick();
-    connector.timerCallback();  // a late one
-    EXPECT_EQ(connector.getTimerInterval(), 0);
-    EXPECT_EQ(connector.lines(), (Strings{"PlayerMoved Player=playerName PlayerRect=3,-2,3,4",
-                                          "PlayerGoodbye Player=wmp"}));
+    EXPECT_EQ(sentWithin(1000), (Strings{"PlayerMoved Player=playerName PlayerRect=3,-2,3,4",
+                                         "PlayerGoodbye Player=wmp"}));
     connector.playerMoved("wmp", 5, 5, 5, 5);
-    EXPECT_EQ(connector.getTimerInterval(), 0);
+    EXPECT_EQ(sentWithin(200), Strings{});
 }
 
 TEST(AppConnectorTest, ASelectionThatDoesNotFitGoesInSeveralWholeEvents) {
-    const juce::ScopedJuceInitialiser_GUI juce;
     RecordingConnector connector;
     CapturedLog log;
     juce::StringArray paths;
@@ -142,10 +135,15 @@ protected:
     }
 
     CapturedLog m_log;
-    const juce::ScopedJuceInitialiser_GUI m_juce;
+    std::unique_ptr<OrvaneAppConnector> makeConnector() {
+        return std::make_unique<OrvaneAppConnector>(m_shared, [this] { ++lost; });
+    }
+
     RecordingMethods methods;
+    std::shared_ptr<IOrvanePluginMethods> m_shared{&methods, [](IOrvanePluginMethods*) {}};
+    std::atomic<int> lost{0};
     RunningApp app;
-    std::unique_ptr<OrvaneAppConnector> connector = std::make_unique<OrvaneAppConnector>(&methods);
+    std::unique_ptr<OrvaneAppConnector> connector = makeConnector();
 };
 
 TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
@@ -172,6 +170,7 @@ TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     EXPECT_TRUE(connector->isConnected());
     EXPECT_TRUE(connector->connect());
     EXPECT_TRUE(app.events.isConnected() && app.commands.isConnected()) << "as they were";
+    EXPECT_EQ(lost, 0);
 
     m_log.lines();
     connector->playStarted("wmp", juce::String::repeatedString("x", 10'500'000), "", "", "", "", "",
@@ -184,6 +183,42 @@ TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
     connector->disconnect();
     EXPECT_FALSE(connector->isConnected());
     EXPECT_FALSE(connector->postEvent(OrvaneEvent("e")));
+    EXPECT_EQ(lost, 2);
+}
+
+// Somebody else's pipes, and then somebody else's client: each reason is told once.
+TEST_F(ConnectorTest, AnotherReasonThanNotThereIsLoggedWhenItChanges) {
+    app.closePipes();
+    RawServer events("IpcOrvaneEventPipe"), commands("IpcOrvaneCommandPipe");
+    for (RawServer* server : {&events, &commands})
+        ASSERT_TRUE(server->reopen("O:S-1-5-21-1-2-3-1234D:(A;;GA;;;WD)"));
+    m_log.lines();
+    EXPECT_FALSE(connector->connect());
+    EXPECT_EQ(m_log.lines().size(), 4U);
+    for (RawServer* server : {&events, &commands})
+        ASSERT_TRUE(server->reopen("O:S-1-5-21-1-2-3-1234D:(A;;GA;;;WD)"));
+    EXPECT_FALSE(connector->connect());
+    EXPECT_EQ(m_log.lines().size(), 2U);
+    EXPECT_FALSE(connector->connect()) << "both have had a client, and are busy";
+    EXPECT_TRUE(
+        m_log.holds("<3> PipeListener: pipe \"IpcOrvaneEventPipe\" cannot be opened: error 231"));
+    m_log.lines();
+    EXPECT_FALSE(connector->connect());
+    EXPECT_EQ(m_log.lines().size(), 2U);
+}
+
+// A burst that no pipe could take at once: nothing waits, all of it arrives, and in its order.
+TEST_F(ConnectorTest, TenThousandEventsArriveInOrderAndGoodbyeLast) {
+    link();
+    connector->playerHello("wmp");
+    Strings expected{"PlayerHello Player=wmp"};
+    for (int i = 0; i < 10'000; ++i) {
+        connector->playerMaximized("wmp", i, 0, 1, 1);
+        expected.push_back("PlayerMaximized Player=wmp PlayerRect=" + std::to_string(i) + ",0,1,1");
+    }
+    connector->playerGoodbye("wmp");
+    expected.push_back("PlayerGoodbye Player=wmp");
+    EXPECT_EQ(app.events.lines(expected.size(), 30'000), expected);
 }
 
 // Every two seconds, for days: nothing may stay of a link that was lost.
@@ -238,7 +273,6 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
     playerWindow.inside = [going] {
         going->playerMoved("wmp", 1, 2, 3, 4);
         going->playerShown("wmp");
-        EXPECT_FALSE(going->connect());
         going->isConnected();
     };
     Signal begun;
@@ -255,9 +289,9 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
     EXPECT_TRUE(eventsAre({"PlayerShown Player=wmp", "PlayStopped Player=wmp"}));
 }
 
-// A command hangs in a call of the player's when the player lets go. It is left behind with what it
-// uses, and the next link is there before it ends.
-TEST_F(ConnectorTest, LeavesACommandBehindThatDoesNotEnd) {
+// A command hangs when the application is killed and started again: four seconds later the next
+// link is there, and the result that comes late goes nowhere.
+TEST_F(ConnectorTest, AHungCommandDoesNotKeepARestartedApplicationOut) {
     Signal begun;
     Signal go;
     methods.onCall = [&](const std::string& call) {
@@ -265,36 +299,56 @@ TEST_F(ConnectorTest, LeavesACommandBehindThatDoesNotEnd) {
         begun.give();
         go.await(20'000);
     };
-    std::weak_ptr<void> kept;
-    connector = std::make_unique<OrvaneAppConnector>(&methods, [&] {
-        EXPECT_TRUE(kept.expired());
-        std::shared_ptr<void> owner = std::make_shared<int>();
-        kept = owner;
-        return owner;
-    });
+    link();
+    app.sendCommand("stop");
+    ASSERT_TRUE(begun.await());
+    app.closePipes();
+    app.forget();
+    ASSERT_TRUE(eventually([&] { return !connector->isConnected(); }));
+    app.openPipes();
+    const auto start = GetTickCount64();
+    const auto longest = [&] {
+        long long most = 0;
+        for (bool up = false; !up && GetTickCount64() - start < 10'000; Sleep(50))
+            most = std::max(most, millisecondsFor([&] { up = connector->connect(); }));
+        return most;
+    }();
+    EXPECT_TRUE(connector->isConnected());
+    EXPECT_GE(GetTickCount64() - start, Pipe::kClosePatienceMs - 100);
+    EXPECT_LT(GetTickCount64() - start, Pipe::kClosePatienceMs + 1000);
+    EXPECT_LT(longest, 100) << "nobody waits for it";
+    const std::string leftBehind =
+        "<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its thread stays "
+        "until it ends";
+    EXPECT_TRUE(m_log.holds(leftBehind));
+    EXPECT_EQ(m_shared.use_count(), 2);
+    app.sendCommand("pause");
+    EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
+    go.give();
+    EXPECT_TRUE(eventually([&] { return m_shared.use_count() == 1; }));
+    EXPECT_EQ(app.commands.lines(), Strings{"pause return_value=true"});
+}
+
+// A command hangs in a call of the player's when the player lets go: closing waits four seconds.
+TEST_F(ConnectorTest, ClosingLeavesACommandBehindThatDoesNotEnd) {
+    Signal begun;
+    Signal go;
+    methods.onCall = [&](const std::string&) {
+        begun.give();
+        go.await(20'000);
+    };
     link();
     app.sendCommand("stop");
     ASSERT_TRUE(begun.await());
     const auto waited = millisecondsFor([&] {
         connector->disconnect();
-        EXPECT_TRUE(kept.expired()) << "the connector is there for it";
         connector.reset();  // does not wait a second time
     });
     EXPECT_GE(waited, 3900);
     EXPECT_LT(waited, 6000);
-    EXPECT_TRUE(
-        m_log.holds("<3> Pipe \"IpcOrvaneCommandPipe\": a message is still being handled; its "
-                    "thread stays until it ends"));
-    EXPECT_FALSE(kept.expired());
-
-    app.waitForDisconnectAndReopen();
-    connector = std::make_unique<OrvaneAppConnector>(&methods);
-    EXPECT_TRUE(connector->connect());
-    app.sendCommand("pause");
-    EXPECT_EQ(app.commands.lines(1), Strings{"pause return_value=true"});
-    EXPECT_FALSE(kept.expired());
+    EXPECT_EQ(m_shared.use_count(), 2) << "what it uses is still there";
     go.give();
-    EXPECT_TRUE(eventually([&] { return kept.expired(); }));
+    EXPECT_TRUE(eventually([&] { return m_shared.use_count() == 1; }));
 }
 
 }  // namespace

@@ -46,7 +46,6 @@ private:
 class TestListener final : public PipeListener {
 public:
     using PipeListener::PipeListener;
-    ~TestListener() override { closeForGood(); }
 
     void connectionMade() override {
         PipeListener::connectionMade();

@@ -14,7 +14,7 @@ using namespace std::string_literals;
 using testing::HasSubstr;
 
 // A plug-in that answers at once, and a record of what was sent and printed.
-class ScriptLines : public testing::Test, protected Host {
+class ScriptLines : public testing::Test, protected InterpreterHost {
 protected:
     bool isConnected(PipeId) override { return m_connected; }
     bool send(const OrvaneMessage& message) override {
@@ -112,10 +112,10 @@ TEST(DocumentForm, IsThatOfTheProtocolByteForByte) {
                              const char* player = "\">\r\n  <Player>wmp</Player>\r\n") {
         std::string text("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<OrVaneIPC event=\"");
         text.append(event).append(player).append(end).append(1, '\0');
-        return readPayload(PipeId::event,
-                           {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()})
-            .problems.joinIntoString("|")
-            .toStdString();
+        StringArray found;
+        readPayload(PipeId::event,
+                    {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, found);
+        return found.joinIntoString("|").toStdString();
     };
     const std::string end = "</OrVaneIPC>\r\n";
     EXPECT_EQ(problems("PlayStopped", end), "");

@@ -5,6 +5,7 @@
 #include <aclapi.h>
 #include <gmock/gmock.h>
 #include <process.h>
+#include <shlobj.h>
 
 #include <cerrno>
 #include <map>
@@ -36,6 +37,24 @@ std::string afterTime(const std::string& line) {
     static const std::regex form(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d : ([^\r\n]*))");
     std::smatch match;
     return std::regex_match(line, match, form) ? match[1].str() : "(no line: " + line + ")";
+}
+
+// In place of the import library's: a system without English texts, where each error has a name of
+// its own language.
+bool withoutEnglish = false;
+DWORD WINAPI formatMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, LPWSTR buffer,
+                           DWORD size, va_list* arguments) {
+    static const auto system = reinterpret_cast<decltype(&FormatMessageW)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32"), "FormatMessageW")));
+    if (!withoutEnglish) return system(flags, source, code, language, buffer, size, arguments);
+    if (language != 0 || code != ERROR_ACCESS_DENIED) {
+        SetLastError(ERROR_RESOURCE_LANG_NOT_FOUND);
+        return 0;
+    }
+    auto* const text = static_cast<wchar_t*>(LocalAlloc(LPTR, 64));
+    wcscpy(text, L"Acc\u00e8s refus\u00e9 \u65e5 (100%).\r\nrest");
+    *reinterpret_cast<wchar_t**>(buffer) = text;
+    return static_cast<DWORD>(std::wcslen(text));
 }
 
 std::string pid() { return std::to_string(_getpid()); }
@@ -105,6 +124,17 @@ TEST_F(Log, ErrorTextsAreTheCallersAndItsErrorsSurvive) {
                 testing::AllOf(StartsWith("<3> unknown : 193 -- "), HasSubstr("%1")));
 }
 
+TEST_F(Log, ErrorTextsAreInTheSystemsLanguageWhereItHasNoEnglish) {
+    withoutEnglish = true;
+    for (const DWORD code : {ERROR_ACCESS_DENIED, ERROR_FILE_NOT_FOUND}) {
+        SetLastError(code);
+        syslog(LOG_ERR, "%d -- %M", static_cast<int>(code));
+    }
+    withoutEnglish = false;
+    ASSERT_EQ(lines().size(), 1U);
+    EXPECT_EQ(afterTime(lines()[0]), "<3> unknown : 5 -- Accès refusé 日 (100%).");
+}
+
 // A text of the system's inside a format: it is printed as it would be read there.
 TEST(LogFormat, LonePercentSignsAreDoubledAndPairsKept) {
     EXPECT_STREQ(escapePercents("5% of 50%% %%% %").get(), "5%% of 50%% %%%% %%");
@@ -142,8 +172,6 @@ TEST_F(Log, ALogThatCannotBeWrittenDropsItsLines) {
         ASSERT_TRUE(jealous);
         syslog(LOG_ERR, "nobody else may open it");
     }
-    m_appData.remove();
-    syslog(LOG_ERR, "no such folder is known");
     m_appData.set(L"Q:\\none");
     syslog(LOG_ERR, "no such drive");
     m_appData.set(L"");
@@ -153,6 +181,17 @@ TEST_F(Log, ALogThatCannotBeWrittenDropsItsLines) {
     syslog(LOG_ERR, "back");
     ASSERT_EQ(lines().size(), 1U);
     EXPECT_THAT(lines()[0], EndsWith(": back"));
+}
+
+TEST_F(Log, LiesInTheSystemsFolderWhenTheRegistryNamesNone) {
+    m_appData.remove();
+    wchar_t folder[MAX_PATH] = {};
+    ASSERT_EQ(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder), S_OK);
+    m_appData.remove();
+    const std::string text = "written by test " + pid();
+    syslog(LOG_ERR, "%s", text.c_str());
+    EXPECT_THAT(test::readText(folder + std::wstring(L"\\OrVaneMedia\\OrVane.log")),
+                EndsWith(text + "\n"));
 }
 
 TEST_F(Log, ProcessesAndThreadsNeverMixTheirLines) {
@@ -220,4 +259,9 @@ TEST_F(Log, ItsOwnDoingsAndLinesArePrintedWhenAsked) {
 }
 
 }  // namespace
+
+// The import library's own name, so that the program under test calls ours.
+[[gnu::used]] decltype(&formatMessage) importedFormatMessage asm("__imp__FormatMessageW@28") =
+    &formatMessage;
+
 }  // namespace orvane

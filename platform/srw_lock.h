@@ -1,0 +1,22 @@
+#pragma once
+
+#include <windows.h>
+
+namespace orvane {
+
+// Holds a slim lock for the scope (AcquireSRWLockExclusive). Such a lock needs no destructor, so a
+// static one outlives everything.
+class ExclusiveLock {
+public:
+    explicit ExclusiveLock(SRWLOCK& lock) noexcept : m_lock(lock) {
+        AcquireSRWLockExclusive(&m_lock);
+    }
+    ~ExclusiveLock() { ReleaseSRWLockExclusive(&m_lock); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+
+private:
+    SRWLOCK& m_lock;
+};
+
+}  // namespace orvane
