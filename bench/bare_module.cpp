@@ -1,7 +1,6 @@
 // A module that only imports what ours imports, which ours is measured beside: one function of each
 // system library.
 
-#include <windows.h>
 #include <winsock2.h>
 
 #include <mmsystem.h>

@@ -1,9 +1,7 @@
 #include "plugin/wmp_plugin.h"
 
-#include <cstdint>
 #include <cwchar>
 #include <new>
-#include <optional>
 #include <utility>
 
 #include "common/launcher/orvane_launcher.h"
@@ -14,7 +12,6 @@
 #include "platform/module.h"
 #include "platform/process_end.h"
 #include "platform/waiting.h"
-#include "plugin/poll_until.h"
 #include "plugin/registration.h"
 #include "util/log/log.h"
 #include "util/shared_log/shared_log.h"
@@ -328,31 +325,6 @@ void COrVaneWmpPlugin::timerCallback() {
 bool COrVaneWmpPlugin::disconnectFromApp() {
     if (AppConnector* const link = connector()) link->disconnect();
     return true;
-}
-
-bool COrVaneWmpPlugin::waitForPlayState(IWMPCore& core, WMPPlayState wanted, DWORD timeoutMs) {
-    std::optional<int> quit;
-    const bool reached = pollUntil(
-        timeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
-        [&] {
-            WMPPlayState state = wmppsUndefined;
-            return SUCCEEDED(core.get_playState(&state)) && state == wanted;
-        },
-        [&] {
-            MSG message;
-            if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-                if (message.message == WM_QUIT) {
-                    quit = static_cast<int>(message.wParam);
-                } else {
-                    TranslateMessage(&message);
-                    DispatchMessageW(&message);
-                }
-            }
-            SwitchToThread();  // to the player's own thread, if it has something to do
-        });
-    // It is for the message loop that this call came from.
-    if (quit) PostQuitMessage(*quit);
-    return reached;
 }
 
 }  // namespace orvane

@@ -19,7 +19,7 @@
 
 namespace orvane {
 
-// The class that the player finds in its registry key; both registry branches use it.
+// The class id that is registered with COM and with the player.
 extern const CLSID CLSID_OrVaneWmpPlugin;
 
 // The object that the player creates. It links the player to the application: FinalConstruct starts
@@ -28,13 +28,13 @@ extern const CLSID CLSID_OrVaneWmpPlugin;
 //
 // Threads: the object's own thread, the player's user-interface thread, creates it, calls SetCore
 // and SetProperty and runs its timer. References are taken and given back, and events raised, on
-// any thread that holds a reference. The last reference takes the object down on its own thread:
-// given back on another one it is handed over by a message, and the object lives until its thread
-// comes by for that, or for good when it never does. The command pipe's reader thread calls the
+// any thread that holds a reference. The object is always destroyed on its own thread: a last
+// reference that is released on another thread is posted there as a message. When that thread never
+// dispatches the message, the object is never destroyed. The command pipe's reader thread calls the
 // operations of IOrvanePluginMethods (all but disconnectFromApp, which belongs to the object's
 // thread), at any moment until the connector is gone; they reach the player through core() and the
-// window through withWindowHook() only. An object that is aggregated is let go by its outer object
-// on its own thread.
+// window through withWindowHook() only. An outer object that aggregates this one must release it on
+// this object's thread.
 //
 // Errors: HRESULTs and booleans. Nothing throws out of here.
 class COrVaneWmpPlugin : public CComObjectRootEx<CComMultiThreadModel>,
@@ -80,7 +80,7 @@ public:
     STDMETHOD(SetProperty)(const WCHAR* name, const VARIANT* value) override;
     STDMETHOD(TranslateAccelerator)(MSG* message) override;
 
-    // ---- IWMPEvents (player_events.cpp)
+    // ---- IWMPEvents (wmp_plugin_events.cpp)
     STDMETHOD_(void, OpenStateChange)(LONG newState) override;
     STDMETHOD_(void, PlayStateChange)(LONG newState) override;
     STDMETHOD_(void, AudioLanguageChange)(LONG languageId) override;
@@ -130,7 +130,7 @@ public:
     STDMETHOD_(void, MouseMove)(short button, short shiftState, LONG x, LONG y) override;
     STDMETHOD_(void, MouseUp)(short button, short shiftState, LONG x, LONG y) override;
 
-    // ---- IOrvanePluginMethods (playlists.cpp)
+    // ---- IOrvanePluginMethods (wmp_plugin_playlists.cpp)
     bool createSpecialPlaylistFolders() override;
     bool addToCleanedFolder(const juce::String& playlistName,
                             const juce::StringArray& trackPaths) override;
@@ -153,7 +153,7 @@ public:
                                  const juce::String& playlistName,
                                  const juce::String& trackPath) override;
 
-    // ---- IOrvanePluginMethods (playback.cpp)
+    // ---- IOrvanePluginMethods (wmp_plugin_playback.cpp)
     bool pause() override;
     bool stop() override;
     bool startCurrent() override;
@@ -167,7 +167,7 @@ public:
     bool supportsRandomTrackAccess() override;
     void close() override;
 
-    // ---- IOrvanePluginMethods (media_info.cpp)
+    // ---- IOrvanePluginMethods (wmp_plugin_media_info.cpp)
     bool getCurrentMediaInfo(juce::StringPairArray& metadataOut) override;
     bool getMediaInfoFromPath(const juce::String& trackPath, juce::StringPairArray& metadataOut,
                               const juce::String& albumArtPath) override;
@@ -179,7 +179,7 @@ public:
                              const juce::String& albumArtPath, bool emptyOk) override;
     int getTrackCount() override;
 
-    // ---- IOrvanePluginMethods (send_to.cpp and wmp_plugin.cpp)
+    // ---- IOrvanePluginMethods (wmp_plugin_send_to.cpp and wmp_plugin.cpp)
     bool sendSelectedTracks() override;
     bool disconnectFromApp() override;
 
@@ -210,12 +210,6 @@ private:
     // being released: the player waits for it then.
     [[nodiscard]] bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
                                            const juce::StringArray& trackPaths) const;
-    // Polls the player until it is in the state; false after timeoutMs without. Dispatches the
-    // calling thread's own messages meanwhile. plugin/poll_until.h.
-    [[nodiscard]] static bool waitForPlayState(IWMPCore& core, WMPPlayState wanted,
-                                               DWORD timeoutMs);
-    // Starts what is current and waits until it plays; a wait in vain is logged.
-    [[nodiscard]] static bool playAndWait(IWMPCore& core, IWMPControls& controls);
 
     using Root = CComObjectRootEx<CComMultiThreadModel>;
 

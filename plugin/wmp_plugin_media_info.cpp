@@ -28,12 +28,15 @@ bool produceCoverArt(IWMPMedia* media, const juce::String& path) {
     return copyImageFile("COrVaneWmpPlugin::getMediaInfo", found, path);
 }
 
-bool readMediaInfo(IWMPMedia* media, juce::StringPairArray& metadataOut,
+bool readMediaInfo(IWMPCore* core, IWMPMedia* media, juce::StringPairArray& metadataOut,
                    const juce::String& albumArtPath) {
     WmpMediaItem item;
     if (!item.Load(media)) return false;
     item.getMetadata(metadataOut);
-    return albumArtPath.isEmpty() || produceCoverArt(media, albumArtPath);
+    if (albumArtPath.isEmpty()) return true;
+    // A picture written over any track of the library would destroy that track.
+    return !library::mayHoldTrack(core, spellingsOf(albumArtPath)) &&
+           produceCoverArt(media, albumArtPath);
 }
 
 // Empty values never clear a tag, whatever the command says of them: a partial record would
@@ -59,18 +62,21 @@ bool COrVaneWmpPlugin::getCurrentMediaInfo(juce::StringPairArray& metadataOut) {
     const CComPtr<IWMPCore> core = this->core();
     CComPtr<IWMPMedia> current;
     if (!core || FAILED(core->get_currentMedia(&current))) return false;
-    return readMediaInfo(current, metadataOut, {});
+    return readMediaInfo(core, current, metadataOut, {});
 }
 
 bool COrVaneWmpPlugin::getMediaInfoFromPath(const juce::String& trackPath,
                                             juce::StringPairArray& metadataOut,
                                             const juce::String& albumArtPath) {
-    return readMediaInfo(library::getMediaByPath(core(), trackPath), metadataOut, albumArtPath);
+    const CComPtr<IWMPCore> core = this->core();
+    return readMediaInfo(core, library::getMediaByPath(core, trackPath), metadataOut, albumArtPath);
 }
 
 bool COrVaneWmpPlugin::getMediaInfoFromIndex(int trackIndex, juce::StringPairArray& metadataOut,
                                              const juce::String& albumArtPath) {
-    return readMediaInfo(library::getMediaByIndex(core(), trackIndex), metadataOut, albumArtPath);
+    const CComPtr<IWMPCore> core = this->core();
+    return readMediaInfo(core, library::getMediaByIndex(core, trackIndex), metadataOut,
+                         albumArtPath);
 }
 
 bool COrVaneWmpPlugin::setMediaInfoToPath(const juce::String& trackPath,

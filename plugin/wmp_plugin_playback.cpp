@@ -2,7 +2,11 @@
 
 #include "plugin/wmp_plugin.h"
 
+#include <cstdint>
+#include <optional>
+
 #include "media/com_text.h"
+#include "plugin/poll_until.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -32,6 +36,38 @@ bool isModeOn(IWMPCore* core, const wchar_t* mode) {
            SUCCEEDED(settings->getMode(CComBSTR(mode), &on)) && on != VARIANT_FALSE;
 }
 
+// Polls the player until it is in the state; false when it is not within kPlayStateTimeoutMs.
+// Dispatches the calling thread's messages meanwhile.
+bool waitForPlayState(IWMPCore& core, WMPPlayState wanted) {
+    std::optional<int> quit;
+    const bool reached = pollUntil(
+        kPlayStateTimeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
+        [&] { return isInPlayState(&core, wanted); },
+        [&] {
+            MSG message;
+            if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+                if (message.message == WM_QUIT) {
+                    quit = static_cast<int>(message.wParam);
+                } else {
+                    TranslateMessage(&message);
+                    DispatchMessageW(&message);
+                }
+            }
+            SwitchToThread();  // to the player's own thread, if it has something to do
+        });
+    // It is for the message loop that this call came from.
+    if (quit) PostQuitMessage(*quit);
+    return reached;
+}
+
+// Starts the current track and waits until it plays. A time-out is logged.
+bool playAndWait(IWMPCore& core, IWMPControls& controls) {
+    if (FAILED(controls.play())) return false;
+    if (waitForPlayState(core, wmppsPlaying)) return true;
+    syslog(LOG_ERR, "COrVaneWmpPlugin: timeout occured while waiting for the playback to begin");
+    return false;
+}
+
 }  // namespace
 
 bool COrVaneWmpPlugin::pause() {
@@ -46,20 +82,13 @@ bool COrVaneWmpPlugin::stop() {
     const CComPtr<IWMPControls> controls = controlsOf(core);
     bool stopped = false;
     if (controls && SUCCEEDED(controls->stop())) {
-        stopped = waitForPlayState(*core, wmppsStopped, kPlayStateTimeoutMs);
+        stopped = waitForPlayState(*core, wmppsStopped);
         if (!stopped)
             syslog(LOG_ERR,
                    "COrVaneWmpPlugin: timeout occured while waiting for the player to stop");
     }
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Stop called (%s)", outcome(stopped));
     return stopped;
-}
-
-bool COrVaneWmpPlugin::playAndWait(IWMPCore& core, IWMPControls& controls) {
-    if (FAILED(controls.play())) return false;
-    if (waitForPlayState(core, wmppsPlaying, kPlayStateTimeoutMs)) return true;
-    syslog(LOG_ERR, "COrVaneWmpPlugin: timeout occured while waiting for the playback to begin");
-    return false;
 }
 
 bool COrVaneWmpPlugin::startCurrent() {

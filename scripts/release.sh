@@ -57,6 +57,7 @@ make_release() {
     (cd "$tree" && quietly "release-package-$name" env ORVANE_DEPS="$deps" scripts/package.sh \
         --module=build/win32/OrVaneWmpPlugin.dll --version="$version" --output="$output")
     add_check_kit "$tree" "$output" "$name"
+    (cd "$tree" && quietly "release-devkit-$name" env ORVANE_DEPS="$deps" scripts/devkit.sh --version="$version" --output="$output")
     (cd "$output" && sha256sum OrVaneWmpPlugin-* >SHA256SUMS)
 }
 

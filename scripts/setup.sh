@@ -7,7 +7,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 packages=(wine wine64 g++-mingw-w64-i686-posix mingw-w64-tools libz-mingw-w64-dev
     juce-modules-source googletest cmake ninja-build pkg-config ccache dpkg-dev
-    clang libclang-rt-14-dev zlib1g-dev ffmpeg libimage-exiftool-perl)
+    clang libclang-rt-14-dev zlib1g-dev ffmpeg libimage-exiftool-perl cmark-gfm zip)
 pugixml_version=1.13-0.2
 pugixml_sha256=5c5ad5d7caeb791420408042a7d88c2c6180781bf218feca259fd9d840a888e1
 

@@ -1,8 +1,10 @@
 #include "common/messages/orvane_message.h"
 
 #include <charconv>
+#include <map>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "common/messages/text_coding.h"
 
@@ -81,28 +83,23 @@ void OrvaneMessage::addMap(const juce::String& prefix, const juce::StringPairArr
 }
 
 bool OrvaneMessage::getMap(const juce::String& prefix, juce::StringPairArray& map) const {
-    // StringPairArray::set looks through all entries each time, and how many there are is up to the
-    // sender. So the entries are found through an index and appended to the map's two lists
-    // directly; both belong to the object that the caller gave us to change.
-    auto& keys = const_cast<juce::StringArray&>(map.getAllKeys());
-    auto& values = const_cast<juce::StringArray&>(map.getAllValues());
-    std::vector<Parameter> set;
-    set.reserve(static_cast<std::size_t>(keys.size()));
-    for (int i = 0; i < keys.size(); ++i) set.push_back({keys[i], values[i]});
+    std::vector<Parameter> found;
     const juce::String marker = prefix + ".";
     for (const auto& [key, value] : getParameters()) {
         juce::String entryKey = key.fromFirstOccurrenceOf(marker, false, false);
-        if (entryKey.isNotEmpty()) set.push_back({std::move(entryKey), value});
+        if (entryKey.isNotEmpty()) found.push_back({std::move(entryKey), value});
     }
-    const ParameterList entries(std::move(set));
-    // The two lists stay of one length also when memory ends: nothing below makes them grow.
-    keys.ensureStorageAllocated(static_cast<int>(entries.all().size()));
-    values.ensureStorageAllocated(static_cast<int>(entries.all().size()));
-    keys.clearQuick();
-    values.clearQuick();
-    for (const auto& [key, value] : entries.all()) {
-        keys.add(key);
-        values.add(value);
+    // The list settles which of equal keys and values count.
+    const ParameterList distinct(std::move(found));
+    // StringPairArray::set() searches all entries each time. That keeps the order of a record's
+    // some thirty fields; a sender who makes up thousands gets them in the order of their keys.
+    constexpr std::size_t kMostInOrder = 1000;
+    if (distinct.all().size() <= kMostInOrder) {
+        for (const auto& [key, value] : distinct.all()) map.set(key, value);
+    } else {
+        std::map<juce::String, juce::String> entries;
+        for (const auto& [key, value] : distinct.all()) entries.emplace(key, value);
+        map.addMap(entries);
     }
     return map.size() > 0;
 }

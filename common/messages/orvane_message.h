@@ -16,9 +16,9 @@ namespace orvane {
 class IOrvanePluginMethods;
 class OrvaneResponse;
 
-// One message of the link: a name and an ordered list of parameters whose keys ignore case.
-// A value type without a lock. Lists and what came over the pipe cost time linear
-// in their size or n log n, also with a whole library's paths in them.
+// One message between plug-in and application: a name and an ordered list of parameters whose keys
+// ignore case. A value type without a lock. Reading and writing take at most n log n time, whatever
+// the sender puts into a message.
 class OrvaneMessage {
 public:
     OrvaneMessage(const juce::String& tagName, const juce::String& name);
@@ -28,9 +28,9 @@ public:
     OrvaneMessage& operator=(OrvaneMessage&&) = default;
     virtual ~OrvaneMessage();
 
-    // The root element's name: fixed by the subclass.
+    // The name of the document's root element, fixed by the subclass.
     [[nodiscard]] const juce::String& getTagName() const { return tagName; }
-    // The event's or command's name; a response bears the name of the command it answers.
+    // The event's or command's name; a response has the name of the command that it answers.
     [[nodiscard]] const juce::String& getName() const { return name; }
 
     // Replaces the value of an existing key, which keeps its spelling and place, or appends.
@@ -38,28 +38,30 @@ public:
     // Empty when the key is absent.
     [[nodiscard]] juce::String getValue(const juce::String& key) const;
 
-    // A list travels as prefix0, prefix1, …; reading appends to `list` and ends at the first value
-    // that is empty or absent. True when `list` then holds anything.
+    // A list is written as the parameters prefix0, prefix1, …; reading appends to `list` and ends
+    // at the first value that is empty or absent. True when `list` then has an entry.
     void addList(const juce::String& prefix, const juce::StringArray& list);
     bool getList(const juce::String& prefix, juce::StringArray& list) const;
 
-    // A map travels as prefix.key. Reading takes what follows the first "prefix." (case matters) in
-    // each key and sets it in `map`, ignoring case. True when `map` then holds anything.
+    // A map is written as one parameter for each entry, named prefix.key. Reading takes what
+    // follows the first "prefix." (case matters) in each name as the entry's key, ignoring case; a
+    // later value replaces an earlier one, and new entries are appended in the order of their keys.
+    // True when `map` then has an entry.
     void addMap(const juce::String& prefix, const juce::StringPairArray& map);
     bool getMap(const juce::String& prefix, juce::StringPairArray& map) const;
 
-    // The document in UTF-8 and a zero byte, to the byte what the application expects; written
-    // once, straight behind what `out` holds.
+    // Appends the document in UTF-8 and a zero byte. The application depends on these exact bytes.
     void appendPayload(std::vector<std::uint8_t>& out) const;
     [[nodiscard]] std::vector<std::uint8_t> toPayload() const;
-    // The same as a text.
+    // The document alone, as text.
     [[nodiscard]] juce::String toDocument() const;
 
-    // An OrvaneEvent, OrvaneCommand or OrvaneResponse, or null: the payload is not XML (logged), or
-    // its root is none of ours. Reads up to the first zero byte; malformed UTF-8 becomes U+FFFD.
-    // Whatever the payload, memory is linear in its length, and time but for n log n of its keys.
+    // Returns an OrvaneEvent, OrvaneCommand or OrvaneResponse; null when the payload is not XML
+    // (logged) or its root element has another name. Reads up to the first zero byte; malformed
+    // UTF-8 becomes U+FFFD. For any payload, memory is linear in its length; time too, plus n log n
+    // for sorting its keys.
     static std::unique_ptr<OrvaneMessage> parsePayload(std::span<const std::uint8_t> payload);
-    // The same from a text, in which halves of surrogate pairs may stand alone.
+    // The same from text, which may contain unpaired surrogates.
     static std::unique_ptr<OrvaneMessage> parse(const juce::String& text);
 
     [[nodiscard]] const std::vector<Parameter>& getParameters() const { return parameters.all(); }
@@ -83,11 +85,11 @@ class OrvaneCommand : public OrvaneMessage {
 public:
     explicit OrvaneCommand(const juce::String& commandName);
 
-    // Runs the operation that the command names and returns the answer. What the operation throws
-    // is logged and answered with a return value of false.
+    // Calls the operation of the command's name and returns the answer. An unknown command is
+    // answered with a return value of false; so is an exception, which is logged.
     OrvaneResponse executeCommand(IOrvanePluginMethods* pluginMethods) const;
 
-    // The commands that have an operation behind them, in the order of their names.
+    // The names of the commands that executeCommand() knows, sorted.
     [[nodiscard]] static std::vector<std::string_view> names();
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <string>
 #include <utility>
 
 namespace orvane {
@@ -26,107 +27,50 @@ int compareKeys(const StringUnit* a, const StringUnit* b) {
     return *b != 0 ? -1 : difference;
 }
 
-// Brings what a stranger has sent into the same order and looks at each unit of a key once for
-// that: comparing whole keys log n times each takes seconds for the worst ten megabytes.
-class KeySort {
-public:
-    // Of equal keys the first keeps its place and gets the last one's value; the others go.
-    explicit KeySort(std::vector<Parameter>& parameters) : m_parameters(parameters) {
-        m_items.reserve(parameters.size());
-        for (std::uint32_t i = 0; i < parameters.size(); ++i)
-            m_items.push_back(item(static_cast<std::uint32_t>(lengthOf(keyAt(i))), i));
-        splitGroup({0, m_items.size(), 0});
-        while (!m_groups.empty()) {
-            const Group group = m_groups.back();
-            m_groups.pop_back();
-            lookFurther(group);
-        }
-        if (!m_gone.empty()) removeGone();
-    }
+// A key in upper case, and its parameter's position.
+struct FoldedKey {
+    const char16_t* units;
+    std::uint32_t length;
+    std::uint32_t position;
 
-    // The positions of what remains, in the order of their keys.
-    [[nodiscard]] std::vector<std::uint32_t> order() const {
-        std::vector<std::uint32_t> order;
-        order.reserve(m_parameters.size());
-        for (const Item it : m_items) order.push_back(positionOf(it));
-        return order;
+    [[nodiscard]] int compare(const FoldedKey& other) const {
+        if (length != other.length) return length < other.length ? -1 : 1;
+        return std::char_traits<char16_t>::compare(units, other.units, length);
     }
+};
+
+// The order of compareKeys() for keys of any number and order. Each key is folded once, into one
+// piece of memory.
+class FoldedKeys {
+public:
+    explicit FoldedKeys(const std::vector<Parameter>& parameters) {
+        std::size_t units = 0;
+        for (const Parameter& parameter : parameters) units += lengthOf(unitsOf(parameter.key));
+        m_units.reserve(units);  // the keys point into it
+        m_keys.reserve(parameters.size());
+        for (const Parameter& parameter : parameters) {
+            const std::size_t begin = m_units.size();
+            for (const StringUnit* unit = unitsOf(parameter.key); *unit != 0; ++unit)
+                m_units.push_back(folded(*unit));
+            m_keys.push_back({m_units.data() + begin,
+                              static_cast<std::uint32_t>(m_units.size() - begin),
+                              static_cast<std::uint32_t>(m_keys.size())});
+        }
+        std::sort(m_keys.begin(), m_keys.end(), [](const FoldedKey& a, const FoldedKey& b) {
+            const int difference = a.compare(b);
+            return difference != 0 ? difference < 0 : a.position < b.position;
+        });
+    }
+    [[nodiscard]] const std::vector<FoldedKey>& sorted() const { return m_keys; }
 
 private:
-    // What is looked at of the key above its position, so that numbers are all there is to sort:
-    // first the key's length, then two units at a time.
-    using Item = std::uint64_t;
-    struct Group {
-        std::size_t begin, end;  // of m_items
-        std::size_t depth;       // how many units their keys have in common
-    };
-
-    static Item item(std::uint32_t part, std::uint32_t position) {
-        return Item{part} << 32 | position;
-    }
-    static std::uint32_t positionOf(Item item) { return static_cast<std::uint32_t>(item); }
-    [[nodiscard]] const StringUnit* keyAt(std::uint32_t position) const {
-        return unitsOf(m_parameters[position].key);
-    }
-
-    void splitGroup(const Group& group) {
-        const auto at = [this](std::size_t i) {
-            return m_items.begin() + static_cast<std::ptrdiff_t>(i);
-        };
-        if (!std::is_sorted(at(group.begin), at(group.end)))
-            std::sort(at(group.begin), at(group.end));
-        for (std::size_t begin = group.begin, end; begin < group.end; begin = end) {
-            for (end = begin + 1; end < group.end && m_items[end] >> 32 == m_items[begin] >> 32;)
-                ++end;
-            if (end - begin > 1) m_groups.push_back({begin, end, group.depth});
-        }
-    }
-
-    // All keys of a group are of one length, so all end at once.
-    void lookFurther(Group group) {
-        if (keyAt(positionOf(m_items[group.begin]))[group.depth] == 0) return merge(group);
-        for (std::size_t i = group.begin; i < group.end; ++i) {
-            const std::uint32_t position = positionOf(m_items[i]);
-            const StringUnit* const units = keyAt(position) + group.depth;
-            const std::uint32_t second = units[1] != 0 ? folded(units[1]) : 0;
-            m_items[i] = item(std::uint32_t{folded(units[0])} << 16 | second, position);
-        }
-        group.depth += keyAt(positionOf(m_items[group.begin]))[group.depth + 1] != 0 ? 2 : 1;
-        splitGroup(group);
-    }
-
-    void merge(const Group& group) {
-        // Equal ones are sorted by their positions.
-        m_parameters[positionOf(m_items[group.begin])].value =
-            m_parameters[positionOf(m_items[group.end - 1])].value;
-        m_gone.resize(m_parameters.size());
-        for (std::size_t i = group.begin + 1; i < group.end; ++i)
-            m_gone[positionOf(m_items[i])] = true;
-    }
-
-    void removeGone() {
-        std::erase_if(m_items, [this](Item it) { return m_gone[positionOf(it)]; });
-        std::vector<std::uint32_t> moved(m_parameters.size());
-        std::uint32_t kept = 0;
-        for (std::uint32_t i = 0; i < m_parameters.size(); ++i) {
-            if (m_gone[i]) continue;
-            if (kept != i) m_parameters[kept] = std::move(m_parameters[i]);
-            moved[i] = kept++;
-        }
-        m_parameters.resize(kept);
-        for (Item& it : m_items) it = moved[positionOf(it)];
-    }
-
-    std::vector<Parameter>& m_parameters;
-    std::vector<Item> m_items;
-    std::vector<Group> m_groups;
-    std::vector<bool> m_gone;
+    std::vector<char16_t> m_units;
+    std::vector<FoldedKey> m_keys;
 };
 
 }  // namespace
 
 ParameterList::ParameterList(std::vector<Parameter>&& inOrder) : m_parameters(std::move(inOrder)) {
-    if (m_parameters.empty()) return;
     const auto notAfter = [](const Parameter& a, const Parameter& b) {
         return compareKeys(unitsOf(a.key), unitsOf(b.key)) >= 0;
     };
@@ -134,61 +78,63 @@ ParameterList::ParameterList(std::vector<Parameter>&& inOrder) : m_parameters(st
         m_parameters.end()) {
         m_order.resize(m_parameters.size());
         std::iota(m_order.begin(), m_order.end(), 0U);
-    } else {
-        m_order = KeySort(m_parameters).order();
+        return;
     }
-    m_runs.push_back(0);
+    const FoldedKeys keys(m_parameters);
+    // Of equal keys the first keeps its place and gets the last one's value; the others go.
+    std::vector<bool> stays(m_parameters.size());
+    const FoldedKey* first = nullptr;
+    for (const FoldedKey& key : keys.sorted()) {
+        if (first == nullptr || first->compare(key) != 0) {
+            first = &key;
+            stays[key.position] = true;
+            m_order.push_back(key.position);
+        } else {
+            m_parameters[first->position].value = m_parameters[key.position].value;
+        }
+    }
+    if (m_order.size() == m_parameters.size()) return;
+    std::vector<std::uint32_t> moved(m_parameters.size());
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i < m_parameters.size(); ++i) {
+        if (!stays[i]) continue;
+        if (kept != i) m_parameters[kept] = std::move(m_parameters[i]);
+        moved[i] = kept++;
+    }
+    m_parameters.resize(kept);
+    for (std::uint32_t& position : m_order) position = moved[position];
 }
 
 void ParameterList::set(const juce::String& key, const juce::String& value) {
-    if (const auto slot = slotOf(unitsOf(key))) {
-        m_parameters[m_order[*slot]].value = value;
+    const std::size_t slot = slotFor(unitsOf(key));
+    if (isAt(slot, unitsOf(key))) {
+        m_parameters[m_order[slot]].value = value;
         return;
     }
+    m_order.insert(m_order.begin() + static_cast<std::ptrdiff_t>(slot),
+                   static_cast<std::uint32_t>(m_parameters.size()));
     m_parameters.push_back({key, value});
-    indexLast();
 }
 
-void ParameterList::indexLast() {
-    const auto position = static_cast<std::uint32_t>(m_parameters.size() - 1);
-    const auto less = [this](std::uint32_t a, std::uint32_t b) {
-        return compareKeys(keyAt(a), keyAt(b)) < 0;
+std::size_t ParameterList::slotFor(const StringUnit* key) const {
+    const auto less = [this](std::uint32_t position, const StringUnit* wanted) {
+        return compareKeys(keyAt(position), wanted) < 0;
     };
-    const bool goesOn = !m_runs.empty() && less(m_order.back(), position);
-    m_order.push_back(position);
-    if (!goesOn) m_runs.push_back(static_cast<std::uint32_t>(m_order.size() - 1));
-    while (m_runs.size() > 1) {
-        const std::uint32_t last = m_runs.back();
-        const std::uint32_t before = m_runs[m_runs.size() - 2];
-        if (m_order.size() - last < last - before) break;
-        const auto at = [this](std::uint32_t slot) { return m_order.begin() + slot; };
-        std::inplace_merge(at(before), at(last), m_order.end(), less);
-        m_runs.pop_back();
-    }
+    // The next key of a list comes behind all others.
+    if (m_order.empty() || less(m_order.back(), key)) return m_order.size();
+    return static_cast<std::size_t>(std::lower_bound(m_order.begin(), m_order.end(), key, less) -
+                                    m_order.begin());
 }
 
-std::optional<std::size_t> ParameterList::slotOf(const StringUnit* key) const {
-    auto end = m_order.end();
-    for (auto run = m_runs.rbegin(); run != m_runs.rend(); ++run) {
-        const auto begin = m_order.begin() + *run;
-        const auto less = [&](std::uint32_t position, const StringUnit* wanted) {
-            return compareKeys(keyAt(position), wanted) < 0;
-        };
-        if (!less(end[-1], key)) {
-            const auto found = std::lower_bound(begin, end, key, less);
-            if (compareKeys(keyAt(*found), key) == 0)
-                return static_cast<std::size_t>(found - m_order.begin());
-        }
-        end = begin;
-    }
-    return std::nullopt;
+bool ParameterList::isAt(std::size_t slot, const StringUnit* key) const {
+    return slot < m_order.size() && compareKeys(keyAt(m_order[slot]), key) == 0;
 }
 
 const juce::String* ParameterList::find(const StringUnit* key, Cursor& cursor) const {
-    if (cursor.m_slot >= m_order.size() || compareKeys(keyAt(m_order[cursor.m_slot]), key) != 0) {
-        const auto slot = slotOf(key);
-        if (!slot) return nullptr;
-        cursor.m_slot = *slot;
+    if (!isAt(cursor.m_slot, key)) {
+        const std::size_t slot = slotFor(key);
+        if (!isAt(slot, key)) return nullptr;
+        cursor.m_slot = slot;
     }
     return &m_parameters[m_order[cursor.m_slot++]].value;
 }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include "common/messages/text_coding.h"
@@ -16,26 +15,26 @@ struct Parameter {
     juce::String value;
 };
 
-// Parameters in the order in which their keys were first set; keys ignore case as JUCE's own
-// comparison does. Keys come from the other end of a pipe, so no choice of them may be a bad one:
-// any mix of setting and finding n keys takes n log n comparisons to set and log n squared to find,
-// at worst. Keys that come in order, as a list's do, are the fast case for both.
+// An ordered map from keys to values, in the order in which the keys were first set. Keys ignore
+// case as JUCE's own comparison does. Lookup is a binary search, and the constructor sorts, so
+// hostile keys cost n log n. set() also moves the 4-byte positions of all keys that sort behind the
+// new one; for a list's keys, which come in their order, there are none. No lock.
 class ParameterList {
 public:
     ParameterList() = default;
-    // As if set one after the other.
+    // The same as calling set() for each, in n log n at most.
     explicit ParameterList(std::vector<Parameter>&& inOrder);
 
     // Replaces the value of an existing key, which keeps its spelling and place, or appends.
     void set(const juce::String& key, const juce::String& value);
 
-    // Where keys are asked for in their order, each is found at the first look: one cursor for all
-    // of them.
+    // The place where the last lookup ended. Keys that are looked up in their order with one cursor
+    // are found without a search.
     class Cursor {
         friend class ParameterList;
         std::size_t m_slot = 0;
     };
-    // The value, or null; it stays where it is until the list changes. `key` ends with a zero.
+    // The value, or null; owned by the list, valid until it changes. `key` is zero-terminated.
     [[nodiscard]] const juce::String* find(const StringUnit* key, Cursor& cursor) const;
     [[nodiscard]] const juce::String* find(const juce::String& key) const;
 
@@ -45,14 +44,12 @@ private:
     [[nodiscard]] const StringUnit* keyAt(std::uint32_t position) const {
         return unitsOf(m_parameters[position].key);
     }
-    [[nodiscard]] std::optional<std::size_t> slotOf(const StringUnit* key) const;
-    void indexLast();
+    // Where the key is in m_order, or where it belongs.
+    [[nodiscard]] std::size_t slotFor(const StringUnit* key) const;
+    [[nodiscard]] bool isAt(std::size_t slot, const StringUnit* key) const;
 
     std::vector<Parameter> m_parameters;
-    // Their positions in runs, each ordered by key and shorter than the one before it, so there are
-    // log n of them; a new run that is no longer shorter is merged with the one before.
-    std::vector<std::uint32_t> m_order;
-    std::vector<std::uint32_t> m_runs;  // where each begins in m_order
+    std::vector<std::uint32_t> m_order;  // positions in m_parameters, sorted by key
 };
 
 }  // namespace orvane

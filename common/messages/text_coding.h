@@ -24,15 +24,18 @@ using StringUnit = juce::String::CharPointerType::CharType;
     return count;
 }
 
-// A payload of the link is a text in UTF-8 and one zero byte. Inside of this program a text may
-// also be loose UTF-8: halves of a surrogate pair stand alone as three bytes, so any 16-bit text
-// survives the way there and back, and two halves that meet are a pair again.
+// A payload is a text in UTF-8 and one zero byte. Within this program a text may also be "loose
+// UTF-8": an unpaired surrogate is encoded as three bytes, so any 16-bit text can be converted to
+// loose UTF-8 and back without a loss, and two surrogates that become neighbours form a pair.
+//
+// Not the decoder of util/text/utf8.h: XML may hold U+FFFE and U+FFFF, which that one refuses; it
+// cannot keep unpaired surrogates; and it reads up to a terminator, which a payload may lack.
 
-// The payload's text up to its first zero byte or its end, valid UTF-8: each malformed sequence
+// The payload's text up to its first zero byte or its end, as valid UTF-8: each malformed sequence
 // becomes U+FFFD.
 [[nodiscard]] std::string validUtf8(std::span<const std::uint8_t> payload);
 
-// Appends to bytes: a unit that is half of no pair becomes U+FFFD.
+// Appends valid UTF-8: an unpaired surrogate becomes U+FFFD.
 void appendUtf8(const juce::String& text, std::vector<std::uint8_t>& out);
 
 void appendLooseUtf8(const juce::String& text, std::string& out);

@@ -25,6 +25,7 @@
 #include "standins/player/player.h"
 #include "standins/player/player_options.h"
 #include "standins/player/plugin_host.h"
+#include "standins/player/plugin_module.h"
 #include "standins/player/script.h"
 
 namespace orvane::standin {
@@ -96,8 +97,15 @@ int run(const PlayerOptions& options) {
     model->report = print;
     player.plugins().report = print;
     player.mainWindow()->onClose = [&] { handleClose(player); };
+    PluginModule module;
+    if (!options.plugin.empty() && !module.load(options.plugin, error)) return fail(error);
     print("library of " + std::to_string(player.itemCount()) + " item(s)");
-    print(std::to_string(player.plugins().loadRegistered()) + " plug-in(s) loaded");
+    if (!options.plugin.empty()) {
+        waitForApplication(print);
+        player.plugins().load(PluginModule::classId());
+    } else {
+        print(std::to_string(player.plugins().loadRegistered()) + " plug-in(s) loaded");
+    }
     ShowWindow(player.window(), SW_SHOW);
 
     Script script(player, print);

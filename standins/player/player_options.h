@@ -42,6 +42,7 @@ struct PlayerOptions {
     bool serveOnOwnThread = false;
 
     // The program only.
+    std::wstring plugin;  // a module to load in place of the registered plug-ins, empty: none
     std::wstring script;  // file with commands, "-": standard input, empty: none
     bool help = false;
 };

@@ -28,6 +28,8 @@ public:
     // Creates each registered background plug-in that is not there yet and gives it the core. One
     // that cannot be created is reported and left out. Returns how many are there.
     size_t loadRegistered();
+    // The same with one class that COM knows, registered or not.
+    void load(const CLSID& clsid);
     // SetCore(null) and release. Safe inside a message of the main window, which the plug-in may
     // have subclassed: no module goes.
     void unloadAll();
@@ -44,7 +46,6 @@ private:
         CLSID clsid;
         CComPtr<IWMPPluginUI> object;
     };
-    void load(const CLSID& clsid);
     void letGo(Plugin& plugin);
 
     IWMPCore* m_core;

@@ -164,20 +164,24 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
     EXPECT_GT(at, 8U);
 }
 
-TEST(ProtocolPage, TheExampleHoldsASession) {
-    const Child application(L"minimal_application.exe");
+TEST(ProtocolPage, TheKitsExampleHoldsASessionTwice) {
+    Child application(L"application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
     const std::shared_ptr<IOrvanePluginMethods> methods = std::make_shared<PageMethods>();
-    {
+    juce::StringArray paths;
+    for (int i = 0; i < 10'000; ++i) paths.add("C:\\Music\\" + juce::String(i) + ".wma");
+    for (const std::string question : {"isPlaying", "isPaused"}) {
         OrvaneAppConnector connector(methods);
         ASSERT_TRUE(eventually([&] { return connector.connect(); }, 5000));
-        connector.playerHello("wmp");
-        EXPECT_TRUE(application.prints("isPlaying true", 5000)) << application.output();
-        connector.playerGoodbye("wmp");
-        EXPECT_EQ(application.exitCode(5000), 0U);
+        application.tell(question);
+        const std::string answer =
+            R"("name":")" + question + R"(","parameters":{"return_value":"true")";
+        EXPECT_TRUE(application.prints(answer, 5000)) << application.output();
+        connector.cleanTracks("wmp", paths);
+        EXPECT_TRUE(application.prints(R"("trackPaths9999":"C:\\Music\\9999.wma"}})", 5000));
     }
-    EXPECT_EQ(application.output(),
-              "ready\r\nPlayerHello \r\nisPlaying true\r\nPlayerGoodbye \r\n");
+    application.tell("quit");
+    EXPECT_EQ(application.exitCode(5000), 0U);
 }
 
 }  // namespace

@@ -112,7 +112,7 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
     EXPECT_LT(meter.stop(), kLongestStallMs);
 }
 
-TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
+TEST_F(SystemTest, AStrangerOnTheEventPipeDoesNotHoldUpThePlayer) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=100"));
     for (const auto way :
          {Squatter::Way::neverReads, Squatter::Way::writesGarbage, Squatter::Way::closesAtOnce}) {
@@ -133,7 +133,7 @@ TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
     }
 }
 
-TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
+TEST_F(SystemTest, AHangingApplicationDoesNotHoldUpThePlayer) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=20000"));
     StallMeter meter(m_window);
     m_app->suspend(true);
@@ -143,9 +143,8 @@ TEST_F(SystemTest, AHangingApplicationCostsThePlayerOneWrite) {
         makeEvents(1);
         Sleep(100);
     }
-    // The list of tracks is made on the same thread before it is written.
-    EXPECT_LT(meter.stop(), kLongestStallMs + 400);
-    EXPECT_EQ(meter.seen(), 1);
+    // Only the list of tracks is made on that thread; the event pipe's thread writes it.
+    EXPECT_LT(meter.stop(), StallMeter::kSeenMs);
 
     m_app->suspend(false);
     expectLink(2);

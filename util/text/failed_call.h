@@ -7,8 +7,9 @@
 
 namespace orvane {
 
-// A system call that has just failed. Made right after the call, it keeps the call's error for the
-// log and for the caller: the thread's last error is that one again when this goes.
+// Saves GetLastError() right after a Windows call has failed, to log it. The destructor restores it
+// for the caller with SetLastError(), because logging may change it. Shared by util/files and
+// util/registry; it is here because it converts their wide texts to UTF-8 for the log.
 class FailedCall {
 public:
     FailedCall() noexcept : m_error(GetLastError()) {}
@@ -20,8 +21,8 @@ public:
 
     [[nodiscard]] DWORD code() const noexcept { return m_error; }
 
-    // The priority for the log: a caller that asks through `expected` (may be null) whether it is
-    // this error counts with it, and then it is information only.
+    // The log priority. A caller for which `error` is no fault passes `expected` (else null), which
+    // is set to whether the call failed with `error`; if so, the priority is LOG_INFO.
     [[nodiscard]] int priority(DWORD error, bool* expected) const noexcept {
         if (expected == nullptr) return LOG_ERR;
         *expected = m_error == error;

@@ -2,7 +2,9 @@
 
 // UTF-8 and UTF-16, one character at a time. Reading UTF-8 never fails: what is malformed becomes
 // U+FFFD. Reading UTF-16 is strict. A non-zero `log` reports each problem at LOG_ERR.
-// No state, no allocation: any thread.
+// No state, no allocation: any thread. Follows RFC 2279: sequences of up to 6 bytes are one
+// malformed character each, U+FFFE and U+FFFF are refused, and each fault has a log text of its
+// own. common/messages/text_coding.h has a decoder with other rules, for the pipes.
 
 #include <cstddef>
 #include <cstdint>

@@ -75,6 +75,7 @@ TEST(Document, ComesBackAsItWasAndAsItsKind) {
     command.setValue("wide", units(u"\u2003x y\u3000"));
     const juce::String clef = units(u"\U0001D11E");  // names stand as they are, in UTF-8
     command.setValue(clef, "G");
+    command.setValue("ab", "c");
     for (const auto& back : {read(written(command)), OrvaneMessage::parse(command.toDocument())}) {
         ASSERT_NE(dynamic_cast<OrvaneCommand*>(back.get()), nullptr);
         EXPECT_EQ(back->getName(), "setMediaInfoToPath");
@@ -83,6 +84,7 @@ TEST(Document, ComesBackAsItWasAndAsItsKind) {
         EXPECT_EQ(back->getValue("framed"), "a  b");
         EXPECT_EQ(back->getValue("wide"), "x y");
         EXPECT_EQ(back->getValue(clef), "G");
+        EXPECT_EQ(back->getValue("ab"), "c");
     }
     EXPECT_NE(dynamic_cast<OrvaneEvent*>(read(written(OrvaneEvent("a"))).get()), nullptr);
     OrvaneResponse answer("b");
