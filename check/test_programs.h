@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "packaging/check/report.h"
+#include "check/report.h"
 
 namespace orvane::check {
 
-// One of the kit's test programs, as tests.txt names it: the program, what it needs, and the tests
+// One of the kit's test programs, as kit.txt names it: the program, what it needs, and the tests
 // that the kit leaves out.
 struct TestProgram {
     std::string name;

@@ -1,10 +1,12 @@
-#include "packaging/check/test_programs.h"
+#include "check/test_programs.h"
 
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
-#include "packaging/check/child.h"
+#include "harness/child.h"
+#include "harness/files.h"
 #include "standins/support/wide_text.h"
 
 namespace orvane::check {
@@ -59,8 +61,9 @@ std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list) {
     std::ifstream file(list);
     for (std::string line; std::getline(file, line);) {
         std::istringstream words(line);
+        std::string kind;
         TestProgram program;
-        words >> program.name;
+        if (!(words >> kind >> program.name) || kind != "test") continue;
         for (std::string word; words >> word;) {
             if (word == "rights") program.needsRights = true;
             if (word == "runtime") program.needsRuntime = true;
@@ -68,7 +71,7 @@ std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list) {
             if (word == "time") program.measuresTime = true;
             if (word.starts_with("without=")) program.leftOut = word.substr(8);
         }
-        if (!program.name.empty()) programs.push_back(program);
+        programs.push_back(program);
     }
     return programs;
 }
@@ -78,7 +81,7 @@ void runTests(const TestProgram& program, const std::filesystem::path& folder,
               Count& count) {
     const std::string name = program.name + mark;
     report.screenPart("  " + name + std::string(name.size() < 34 ? 34 - name.size() : 1, ' '));
-    Child::Start start;
+    test::Child::Start start;
     start.folder = folder;
     start.output = work / "output.txt";
     start.commandLine = L"\"" + (folder / program.name).native() + L".exe\" --gtest_color=no";
@@ -90,22 +93,21 @@ void runTests(const TestProgram& program, const std::filesystem::path& folder,
 
     const ULONGLONG begin = GetTickCount64();
     std::string ending;
-    {
-        Child child(start);
-        const auto code = child.exitCode(kTimeLimitMs);
-        if (child.error != 0)
-            ending = "it did not start: error " + std::to_string(child.error);
-        else if (!code)
+    try {
+        const auto code = test::Child(start).exitCode(kTimeLimitMs);
+        if (!code)
             ending = "it was ended after " + std::to_string(kTimeLimitMs / 1000) + " seconds";
         else if (*code != 0)
             ending = "it ended with code " + std::to_string(*code);
+    } catch (const std::system_error& error) {
+        ending = std::string("it did not start: ") + error.what();
     }
-    Outcome outcome = readOutput(contentOf(start.output));
+    Outcome outcome = readOutput(test::readText(start.output));
     // A program that fails without a failed test, or runs none, is a failure of its own.
     if (outcome.failed.empty() && (!ending.empty() || outcome.passed == 0))
         outcome.failed.emplace_back(
             program.name + ": " + (ending.empty() ? "no test was run" : ending),
-            contentOf(start.output).substr(0, kLongestDetail));
+            test::readText(start.output).substr(0, kLongestDetail));
     count.passed += outcome.passed;
     count.failed += static_cast<unsigned>(outcome.failed.size());
 

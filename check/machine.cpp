@@ -1,9 +1,8 @@
-#include "packaging/check/machine.h"
-
-#include <windows.h>
+#include "check/machine.h"
 
 #include <vector>
 
+#include "common/names/names.h"
 #include "platform/handles.h"
 #include "standins/support/wide_text.h"
 
@@ -60,10 +59,20 @@ bool hasAdministratorsRights() {
 }
 
 bool orvaneRuns() {
-    return static_cast<bool>(UniqueHandle(OpenMutexW(SYNCHRONIZE, FALSE, L"OrVaneApp_Process")));
+    return static_cast<bool>(
+        UniqueHandle(OpenMutexW(SYNCHRONIZE, FALSE, names::kRunningMutex.wide())));
 }
 
-bool playerRuns() { return FindWindowW(L"WMPlayerApp", nullptr) != nullptr; }
+HWND playerWindow() { return FindWindowW(L"WMPlayerApp", nullptr); }
+
+std::filesystem::path sharedLog() {
+    wchar_t folder[MAX_PATH] = {};
+    DWORD size = sizeof(folder);
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kShellFolders, kCommonAppData, RRF_RT_REG_SZ, nullptr,
+                     folder, &size) != ERROR_SUCCESS)
+        return {};
+    return std::filesystem::path(folder) / "OrVaneMedia" / "OrVane.log";
+}
 
 std::filesystem::path realPlayer() {
     wchar_t folder[MAX_PATH] = {};
@@ -76,12 +85,11 @@ std::filesystem::path realPlayer() {
 
 std::filesystem::path realFormatRuntime() {
     wchar_t folder[MAX_PATH] = {};
-    if (isWine() || GetSystemWow64DirectoryW(folder, MAX_PATH) == 0)
-        GetSystemDirectoryW(folder, MAX_PATH);
+    if (isWine()) return {};
+    if (GetSystemWow64DirectoryW(folder, MAX_PATH) == 0) GetSystemDirectoryW(folder, MAX_PATH);
     const auto runtime = std::filesystem::path(folder) / L"wmvcore.dll";
     std::error_code ignored;
-    return !isWine() && std::filesystem::exists(runtime, ignored) ? runtime
-                                                                  : std::filesystem::path();
+    return std::filesystem::exists(runtime, ignored) ? runtime : std::filesystem::path();
 }
 
 std::string fileVersion(const std::filesystem::path& file) {

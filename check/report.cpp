@@ -1,4 +1,4 @@
-#include "packaging/check/report.h"
+#include "check/report.h"
 
 #include "standins/support/wide_text.h"
 
