@@ -59,25 +59,6 @@ void showAll(const std::string& title, const std::string& text, const Show& show
     for (std::string line; std::getline(lines, line);) show("    " + line);
 }
 
-// Shows the conversation while it goes on. The cleaning takes seven commands a track: its own lines
-// tell as much.
-class LiveTranscript {
-public:
-    explicit LiveTranscript(const Show& show) : m_show(show) {}
-    void operator()(const std::string& line) {
-        const auto has = [&](const char* text) { return line.find(text) != line.npos; };
-        if (has("  cleaning ") && line.ends_with(" tracks")) m_cleaning = true;
-        if (has("  clean-library: ") || has("error: ")) m_cleaning = false;
-        if (m_cleaning && (has("  command ") || has("  response ") || line.starts_with("        ")))
-            return;
-        m_show("    " + line);
-    }
-
-private:
-    const Show& m_show;
-    bool m_cleaning = false;
-};
-
 }  // namespace
 
 RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
@@ -93,14 +74,19 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
                     L" \"--library=" + music.native() + L"\" --script=-", folder, script);
 
     FileChecks files(folder);
-    LiveTranscript live(show);
+    bool cleaning = false;
     Transcript transcript;
     bool oneTrackSeen = false;
     std::optional<DWORD> playerCode;
     {
         test::Child player(start);
         const auto read = [&](const std::string& line, const std::string& words) {
-            live(line);
+            // The cleaning takes seven commands a track: its own lines tell as much.
+            if (words.starts_with("cleaning ")) cleaning = true;
+            if (words.find("clean-library: ") != words.npos) cleaning = false;
+            const bool detail = words.starts_with("command ") || words.starts_with("response ") ||
+                                line.starts_with("   ");
+            if (!cleaning || !detail) show("    " + line);
             if (words.starts_with("player> ")) player.tell(words.substr(8));
             if (words != "check one-track") return;
             const fs::path now = folder / "one-track.wma";  // the application goes on meanwhile
@@ -119,7 +105,7 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
     const std::string log = logSince(logBefore);
     test::writeFile(folder / "log.txt", log);
 
-    RunResult result{transcript.stepsOf(script), {}};
+    RunResult result{.ticks = transcript.stepsOf(script)};
     const auto tick = [&](bool good, const char* what) { result.ticks.push_back({good, what}); };
     tick(oneTrackSeen, "The file itself has what was written to one track");
     const auto report = readReport(folder / "report.tsv");
@@ -135,15 +121,13 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
 
     showAll("What the player printed", said, show);
     showAll("The shared log", log, show);
-    if (!linkOnly) {
-        showAll("The library before and after, as the files have it", {}, show);
-        showTable(report, music, originals, show);
-    }
+    showAll("The library before and after, as the files have it", {}, show);
+    showLibrary(report, music, originals, show);
     show("");
-    result.details = transcript.problem + files.problems;
+    result.problems = transcript.problem + files.problems;
     if (result.missed() > 0)
-        result.details += "--- the conversation\n" + transcript.text + "--- the player\n" + said +
-                          "--- the log\n" + log;
+        result.details = "--- the conversation\n" + transcript.text + "--- the player\n" + said +
+                         "--- the log\n" + log;
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include "check/machine.h"
 
+#include <cstdlib>
 #include <vector>
 
 #include "common/names/names.h"
@@ -11,13 +12,7 @@ namespace {
 
 using standin::toUtf8;
 
-constexpr DWORD kWindows11 = 22000;  // the build; its name in the registry is still the old one
-
-template <typename Function>
-Function systemFunction(const char* name) {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
+constexpr int kWindows11 = 22000;  // the build; its name in the registry is still the old one
 
 std::string systemValue(const wchar_t* name) {
     wchar_t text[256] = {};
@@ -30,25 +25,20 @@ std::string systemValue(const wchar_t* name) {
 }  // namespace
 
 std::string windowsVersion() {
-    RTL_OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof(version);
-    // The other calls tell an old program what it wants to hear.
-    if (const auto ask = systemFunction<LONG(WINAPI*)(RTL_OSVERSIONINFOW*)>("RtlGetVersion"))
-        ask(&version);
     BOOL on64 = FALSE;
     IsWow64Process(GetCurrentProcess(), &on64);
     wchar_t language[LOCALE_NAME_MAX_LENGTH] = {};
     GetUserDefaultLocaleName(language, LOCALE_NAME_MAX_LENGTH);
-    const auto wine = systemFunction<const char*(CDECL*)()>("wine_get_version");
-    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", " +
-           std::to_string(version.dwMajorVersion) + "." + std::to_string(version.dwMinorVersion) +
-           "." + std::to_string(version.dwBuildNumber) +
-           (version.dwBuildNumber >= kWindows11 ? " (Windows 11)" : "") +
-           (on64 ? ", 64-bit" : ", 32-bit") + ", " + toUtf8(language) +
-           (wine != nullptr ? std::string(", really Wine ") + wine() : "");
+    const std::string build = systemValue(L"CurrentBuildNumber");
+    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", build " + build +
+           (std::atoi(build.c_str()) >= kWindows11 ? " (Windows 11)" : "") +
+           (on64 ? ", 64-bit, " : ", 32-bit, ") + toUtf8(language) +
+           (isWine() ? ", really Wine" : "");
 }
 
-bool isWine() { return systemFunction<void*>("wine_get_version") != nullptr; }
+bool isWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
 
 bool hasAdministratorsRights() {
     BYTE group[SECURITY_MAX_SID_SIZE];

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <windows.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -32,7 +30,7 @@ private:
     using Values = std::map<std::pair<std::wstring, std::wstring>, Value>;
 
     static Values readRegistry();
-    static void readKey(HKEY root, const std::wstring& path, bool content, Values& values);
+    static void readKey(const std::wstring& path, bool content, Values& values);
     void restoreRegistry(std::string& problems) const;
     void restoreLog(std::string& problems) const;
 

@@ -13,7 +13,8 @@
 namespace orvane::check {
 
 // What the check says: on the screen for whoever runs it, in the report for whoever reads it later.
-// Texts are UTF-8 without line ends. The report (UTF-8 with its mark, CR LF) is on the disk up to
+// Texts are UTF-8, of one or more lines with "\n"
+// between them. The report (UTF-8 with its mark, CR LF) is on the disk up to
 // its last line at any moment. One thread.
 class Report {
 public:

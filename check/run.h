@@ -21,8 +21,9 @@ struct Tick {
 
 // What came of a run.
 struct RunResult {
-    std::vector<Tick> ticks;
-    std::string details;  // lines for the report: what went wrong, and the conversation
+    std::vector<Tick> ticks{};
+    std::string problems{};  // lines: what went wrong
+    std::string details{};   // lines for the report: the conversation
     [[nodiscard]] unsigned missed() const;
 };
 
@@ -62,7 +63,8 @@ struct Transcript {
 [[nodiscard]] RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player);
 
 // The stand-in application at its prompt, which has this program's console or streams, and the
-// stand-in player. `library` is the folder of tracks. Returns when the application has ended.
+// stand-in player. `library` is the folder of tracks, or empty for copies of the samples. Returns
+// when the application has ended.
 void runConsole(const Kit& kit, const std::filesystem::path& library);
 
 }  // namespace orvane::check

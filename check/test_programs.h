@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,10 +13,7 @@ namespace orvane::check {
 // that the kit leaves out.
 struct TestProgram {
     std::string name;
-    bool needsRights = false;     // writes where only an administrator may
-    bool needsRuntime = false;    // the Format runtime, or its stand-in
-    bool needsNoRuntime = false;  // that there is none at all
-    bool measuresTime = false;    // between processes: a busy machine may need a second try
+    std::set<std::string> needs;  // words of kit.txt
     std::string leftOut;          // GoogleTest's filter, empty for none
 };
 [[nodiscard]] std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list);
