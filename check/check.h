@@ -14,12 +14,13 @@ enum ExitCode { allWell = 0, somethingFailed = 1, notTried = 2 };
 
 // What to try.
 struct Job {
-    enum What { everything, player, demo, console } what = everything;
+    std::wstring
+        what;  // "player", "demo", "console", "putback"; empty: the test programs and the demo
     std::filesystem::path path;  // the player, or the console's folder of tracks
     // The demo without the cleaning of the library, with the plug-in and the application that are
     // registered.
     bool installed = false;
-    [[nodiscard]] bool writesReport() const { return what == everything || what == player; }
+    [[nodiscard]] bool writesReport() const { return what.empty() || what == L"player"; }
 };
 
 // One check on this machine: registers the plug-in, runs the programs, writes the report, and

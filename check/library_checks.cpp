@@ -67,20 +67,15 @@ bool isFiled(const std::string& printed, const std::string& playlist, const std:
     return printed.find("  " + path, begin) < printed.find("playlist ", begin + 1);
 }
 
-// "" when the picture in the track is the image, byte for byte.
-std::string wrongPicture(const fs::path& track, const fs::path& image) {
+// The track's picture; empty when it has none of that type.
+std::string pictureOf(const fs::path& track, std::u16string_view type) {
     std::string error;
     const auto header = asf::readHeader(track, error);
     const auto* const attribute = header ? header->find(asf::kPictureName) : nullptr;
     const auto picture =
         attribute != nullptr ? asf::Picture::parse(attribute->value) : std::nullopt;
-    if (!picture) return "has no picture";
-    if (picture->mimeType != u"image/jpeg") return "has a picture of another type";
-    const std::string wanted = test::readText(image);
-    if (!std::equal(wanted.begin(), wanted.end(), picture->data.begin(), picture->data.end(),
-                    [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; }))
-        return "has another picture than " + toUtf8(image.filename().native());
-    return {};
+    if (!picture || picture->mimeType != type) return {};
+    return {picture->data.begin(), picture->data.end()};
 }
 
 }  // namespace
@@ -103,8 +98,8 @@ bool FileChecks::tagsAre(const fs::path& track, const Tags& tags) {
 
 bool FileChecks::pictureIs(const fs::path& track, const fs::path& image) {
     const std::string wanted = toUtf8(image.filename().native());
-    const std::string wrong = wrongPicture(track, image);
-    return compared(track, "picture", wanted, wrong.empty() ? wanted : wrong);
+    const bool same = pictureOf(track, u"image/jpeg") == test::readText(image);
+    return compared(track, "picture", wanted, same ? wanted : "none, or another");
 }
 
 CleaningReport readReport(const fs::path& file) {
@@ -164,6 +159,7 @@ std::vector<Tick> checkLibrary(const CleaningReport& report, const fs::path& mus
 
 void showLibrary(const CleaningReport& report, const fs::path& music, const fs::path& originals,
                  const Show& show) {
+    show("\nThe library before and after, as the files have it");
     for (const auto& row : report) {
         const std::string& art = row.at("after.artType");
         show("  " + toUtf8(nameOf(row).native()) + "  ->  " + row.at("playlist") +
@@ -177,6 +173,7 @@ void showLibrary(const CleaningReport& report, const fs::path& music, const fs::
                 show("      " + line + before + (before == after ? "" : "  ->  " + after));
         }
     }
+    show("");
 }
 
 }  // namespace orvane::check

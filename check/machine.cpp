@@ -1,6 +1,7 @@
 #include "check/machine.h"
 
-#include <cstdlib>
+#include <shlobj.h>
+
 #include <vector>
 
 #include "common/names/names.h"
@@ -12,14 +13,17 @@ namespace {
 
 using standin::toUtf8;
 
-constexpr int kWindows11 = 22000;  // the build; its name in the registry is still the old one
-
 std::string systemValue(const wchar_t* name) {
     wchar_t text[256] = {};
     DWORD size = sizeof(text);
     RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name,
                  RRF_RT_REG_SZ, nullptr, text, &size);
     return toUtf8(text);
+}
+
+std::filesystem::path realFile(const std::filesystem::path& file) {
+    std::error_code ignored;
+    return !isWine() && std::filesystem::exists(file, ignored) ? file : std::filesystem::path();
 }
 
 }  // namespace
@@ -29,24 +33,17 @@ std::string windowsVersion() {
     IsWow64Process(GetCurrentProcess(), &on64);
     wchar_t language[LOCALE_NAME_MAX_LENGTH] = {};
     GetUserDefaultLocaleName(language, LOCALE_NAME_MAX_LENGTH);
-    const std::string build = systemValue(L"CurrentBuildNumber");
-    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", build " + build +
-           (std::atoi(build.c_str()) >= kWindows11 ? " (Windows 11)" : "") +
-           (on64 ? ", 64-bit, " : ", 32-bit, ") + toUtf8(language) +
-           (isWine() ? ", really Wine" : "");
+    // The product's name is that of Windows 10 still in Windows 11: build 22000 and above.
+    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", build " +
+           systemValue(L"CurrentBuildNumber") + (on64 ? ", 64-bit, " : ", 32-bit, ") +
+           toUtf8(language) + (isWine() ? ", really Wine" : "");
 }
 
 bool isWine() {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
-bool hasAdministratorsRights() {
-    BYTE group[SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof(group);
-    BOOL member = FALSE;
-    return CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, group, &size) &&
-           CheckTokenMembership(nullptr, group, &member) && member;
-}
+bool hasAdministratorsRights() { return IsUserAnAdmin() != FALSE; }
 
 bool orvaneRuns() {
     return static_cast<bool>(
@@ -67,19 +64,14 @@ std::filesystem::path sharedLog() {
 std::filesystem::path realPlayer() {
     wchar_t folder[MAX_PATH] = {};
     // In a 32-bit program: the folder of such programs.
-    if (isWine() || GetEnvironmentVariableW(L"ProgramFiles", folder, MAX_PATH) == 0) return {};
-    const auto player = std::filesystem::path(folder) / L"Windows Media Player" / L"wmplayer.exe";
-    std::error_code ignored;
-    return std::filesystem::exists(player, ignored) ? player : std::filesystem::path();
+    GetEnvironmentVariableW(L"ProgramFiles", folder, MAX_PATH);
+    return realFile(std::filesystem::path(folder) / L"Windows Media Player" / L"wmplayer.exe");
 }
 
 std::filesystem::path realFormatRuntime() {
     wchar_t folder[MAX_PATH] = {};
-    if (isWine()) return {};
     if (GetSystemWow64DirectoryW(folder, MAX_PATH) == 0) GetSystemDirectoryW(folder, MAX_PATH);
-    const auto runtime = std::filesystem::path(folder) / L"wmvcore.dll";
-    std::error_code ignored;
-    return std::filesystem::exists(runtime, ignored) ? runtime : std::filesystem::path();
+    return realFile(std::filesystem::path(folder) / L"wmvcore.dll");
 }
 
 std::string fileVersion(const std::filesystem::path& file) {

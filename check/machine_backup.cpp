@@ -39,14 +39,14 @@ const std::wstring kBareKeys[] = {L"MSoftware\\Microsoft\\MediaPlayer",
 // Of the key kShellFolders.
 const wchar_t* const kValues[] = {kCommonAppData, L"Common AppData before OrVane's tests"};
 
-std::optional<std::pair<std::uint32_t, std::wstring>> readValue(HKEY key, const wchar_t* name) {
+std::optional<RegistryValue> readValue(HKEY key, const wchar_t* name) {
     DWORD type = 0;
     DWORD size = 0;
     if (RegQueryValueExW(key, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return {};
     std::vector<BYTE> data(size);
     if (RegQueryValueExW(key, name, nullptr, &type, data.data(), &size) != ERROR_SUCCESS) return {};
     data.resize(size);
-    return std::pair{static_cast<std::uint32_t>(type), std::wstring(data.begin(), data.end())};
+    return RegistryValue{type, std::wstring(data.begin(), data.end())};
 }
 
 std::int64_t sizeOf(const std::filesystem::path& file) {
@@ -55,12 +55,7 @@ std::int64_t sizeOf(const std::filesystem::path& file) {
     return none ? -1 : static_cast<std::int64_t>(size);
 }
 
-// Ends each text of the file; no name and no text of the registry has this character.
-constexpr wchar_t kEnd = L'\xFFFF';
-
-}  // namespace
-
-void MachineBackup::readKey(const std::wstring& path, bool content, Values& values) {
+void readKey(const std::wstring& path, bool content, RegistryValues& values) {
     UniqueRegKey key;
     if (RegOpenKeyExW(rootOf(path), pathOf(path), 0, KEY_READ, key.put()) != ERROR_SUCCESS) return;
     values[{path, kKeyItself}] = {};
@@ -79,8 +74,8 @@ void MachineBackup::readKey(const std::wstring& path, bool content, Values& valu
         readKey(path + L"\\" + *child, true, values);
 }
 
-MachineBackup::Values MachineBackup::readRegistry() {
-    Values values;
+RegistryValues readRegistry() {
+    RegistryValues values;
     for (const auto& key : kWholeKeys) readKey(key, true, values);
     for (const auto& key : kBareKeys) readKey(key, false, values);
     UniqueRegKey folders;
@@ -90,6 +85,11 @@ MachineBackup::Values MachineBackup::readRegistry() {
             values[{std::wstring(L"M") + kShellFolders, value}] = *read;
     return values;
 }
+
+// Ends each text of the file; no name and no text of the registry has this character.
+constexpr wchar_t kEnd = L'\xFFFF';
+
+}  // namespace
 
 bool MachineBackup::save(const std::filesystem::path& file) {
     m_values = readRegistry();
@@ -135,7 +135,7 @@ bool MachineBackup::load(const std::filesystem::path& file) {
 }
 
 void MachineBackup::restoreRegistry(std::string& problems) const {
-    const Values now = readRegistry();
+    const RegistryValues now = readRegistry();
     const auto note = [&](LSTATUS result, const std::wstring& key) {
         if (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND) return;
         problems += "the registry key " + standin::toUtf8(key.substr(1)) + ": error " +

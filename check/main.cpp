@@ -13,7 +13,6 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,7 +30,7 @@ int say(const Kit& kit, ExitCode code, const std::string& text) {
 }
 
 // False when there is a word too many, or one that is not known.
-bool readWords(int argc, wchar_t** argv, Kit& kit, Job& job, bool& putback) {
+bool readWords(int argc, wchar_t** argv, Kit& kit, Job& job) {
     constexpr std::wstring_view kWork = L"--work=";
     std::vector<std::wstring_view> words;
     for (const std::wstring_view word : std::span(argv + 1, static_cast<std::size_t>(argc - 1))) {
@@ -44,18 +43,11 @@ bool readWords(int argc, wchar_t** argv, Kit& kit, Job& job, bool& putback) {
             words.push_back(word);
         }
     }
-    if (words.empty()) return !job.installed;
-    putback = words[0] == L"putback";
-    const std::map<std::wstring_view, Job::What> known{{L"putback", Job::everything},
-                                                       {L"player", Job::player},
-                                                       {L"demo", Job::demo},
-                                                       {L"console", Job::console}};
-    const auto found = known.find(words[0]);
-    if (found == known.end()) return false;
-    job.what = found->second;
-    const bool takesPath = job.what == Job::player || job.what == Job::console;
+    if (!words.empty()) job.what = words[0];
     if (words.size() > 1) job.path = fs::absolute(words[1]);
-    return words.size() <= (takesPath ? 2 : 1) && (job.what == Job::demo || !job.installed);
+    const bool takesPath = job.what == L"player" || job.what == L"console";
+    return words.size() <= (takesPath ? 2 : 1) && (job.what == L"demo" || !job.installed) &&
+           (takesPath || words.empty() || job.what == L"demo" || job.what == L"putback");
 }
 
 int main(int argc, wchar_t** argv) {
@@ -66,8 +58,7 @@ int main(int argc, wchar_t** argv) {
     }
     Kit kit = findKit();
     Job job;
-    bool putback = false;
-    const bool understood = readWords(argc, argv, kit, job, putback);
+    const bool understood = readWords(argc, argv, kit, job);
     MachineBackup cutShort;
     if (cutShort.load(kit.backup())) {
         removeFiles(kit);
@@ -81,13 +72,13 @@ int main(int argc, wchar_t** argv) {
                            left);
         say(kit, allWell, words + "has been put back.");
     }
-    if (putback) return allWell;
+    if (job.what == L"putback") return allWell;
     if (!understood)
         return say(kit, notTried,
                    "There are only check.cmd, check.cmd player, check.cmd demo and check.cmd "
                    "console; nothing was done.");
-    if (job.what == Job::player && job.path.empty()) job.path = realPlayer();
-    if (job.what == Job::player && job.path.empty())
+    if (job.what == L"player" && job.path.empty()) job.path = realPlayer();
+    if (job.what == L"player" && job.path.empty())
         return say(kit, notTried, "Windows Media Player is not installed here; nothing was done.");
     return Check(kit, job).run();
 }

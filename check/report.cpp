@@ -30,8 +30,9 @@ void Report::both(std::string_view line) {
     file(line);
 }
 
-void Report::screen(std::string_view line) const { print(std::string(line) + "\n"); }
-void Report::screenPart(std::string_view text) const { print(text); }
+void Report::screen(std::string_view text, const char* end) const {
+    print(std::string(text) + end);
+}
 
 void Report::file(std::string_view text, std::string_view indent) {
     std::string lines;

@@ -23,9 +23,8 @@ public:
     [[nodiscard]] bool isOpen() const { return static_cast<bool>(m_file); }
 
     void both(std::string_view line);
-    void screen(std::string_view line) const;
-    // The beginning of a line that goes on.
-    void screenPart(std::string_view text) const;
+    // `end` is empty for the beginning of a line that goes on.
+    void screen(std::string_view text, const char* end = "\n") const;
     // `text` may have several lines; each gets the indent.
     void file(std::string_view text, std::string_view indent = {});
 

@@ -49,11 +49,11 @@ struct Transcript {
     // A tick for each step of the script.
     [[nodiscard]] std::vector<Tick> stepsOf(const std::string& script) const;
 };
-// Reads a transcript until the script has its result. `read` gets each line, and its words without
-// the time ahead.
-[[nodiscard]] Transcript followTranscript(
-    const std::filesystem::path& file, DWORD limitMs,
-    const std::function<void(const std::string& line, const std::string& words)>& read);
+// Gets each line of a transcript, and its words without the time ahead.
+using ReadLine = std::function<void(const std::string& line, const std::string& words)>;
+// Reads a transcript until the script has its result.
+[[nodiscard]] Transcript followTranscript(const std::filesystem::path& file, DWORD limitMs,
+                                          const ReadLine& read);
 
 // The demo: the stand-in player and application with the registered plug-in, on copies of the
 // sample tracks. About half a minute. `linkOnly` leaves out the cleaning of the library.

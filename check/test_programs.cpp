@@ -37,11 +37,10 @@ std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list) {
     return programs;
 }
 
-void runTests(const TestProgram& program, const std::filesystem::path& folder,
-              const std::filesystem::path& work, const std::string& mark, Report& report,
-              Count& count) {
+Count runTests(const TestProgram& program, const std::filesystem::path& folder,
+               const std::filesystem::path& work, const std::string& mark, Report& report) {
     const std::string name = program.name + mark;
-    report.screenPart("  " + name + std::string(name.size() < 34 ? 34 - name.size() : 1, ' '));
+    report.screen("  " + name + std::string(name.size() < 34 ? 34 - name.size() : 1, ' '), "");
     test::Child::Start start;
     start.folder = folder;
     start.output = work / "output.txt";
@@ -70,18 +69,16 @@ void runTests(const TestProgram& program, const std::filesystem::path& folder,
     // A program that fails without a failed test, or runs none, is a failure of its own.
     if (begun == 0 && ending.empty()) ending = "no test was run";
     if (failed == 0 && !ending.empty()) failed = 1;
-    count.passed += passed;
-    count.failed += failed;
-
     char words[64];
     std::snprintf(words, sizeof(words), "%u passed, %u failed (%.1f s)", passed, failed,
                   static_cast<double>(GetTickCount64() - begin) / 1000);
     report.screen(words);
     report.file("  " + name + ": " + words + (ending.empty() ? "" : "; " + ending));
     if (!program.leftOut.empty()) report.file("left out: " + program.leftOut, "    ");
-    if (failed == 0) return;
+    if (failed == 0) return {passed, failed};
     static const std::regex passedTest(R"(\[ RUN      \] .*\r?\n\[       OK \] .*\r?\n)");
     report.file(std::regex_replace(output, passedTest, "").substr(0, kLongestDetail), "    ");
+    return {passed, failed};
 }
 
 }  // namespace orvane::check

@@ -26,8 +26,8 @@ struct Count {
 
 // Runs it in `folder`, where all programs are, and tells what came of it on both sides. `mark`
 // stands behind its name.
-void runTests(const TestProgram& program, const std::filesystem::path& folder,
-              const std::filesystem::path& work, const std::string& mark, Report& report,
-              Count& count);
+[[nodiscard]] Count runTests(const TestProgram& program, const std::filesystem::path& folder,
+                             const std::filesystem::path& work, const std::string& mark,
+                             Report& report);
 
 }  // namespace orvane::check
