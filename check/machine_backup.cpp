@@ -86,8 +86,9 @@ RegistryValues readRegistry() {
     return values;
 }
 
-// Ends each text of the file; no name and no text of the registry has this character.
-constexpr wchar_t kEnd = L'\xFFFF';
+// Ends each text of the file: no character, so that no name has it. U+FFFF would be the stream's own
+// mark for the end of input.
+constexpr wchar_t kEnd = L'\xFFFE';
 
 }  // namespace
 
