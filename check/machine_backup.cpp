@@ -86,8 +86,8 @@ RegistryValues readRegistry() {
     return values;
 }
 
-// Ends each text of the file: no character, so that no name has it. U+FFFF would be the stream's own
-// mark for the end of input.
+// Ends each text of the file: no character, so that no name has it. U+FFFF would be the stream's
+// own mark for the end of input.
 constexpr wchar_t kEnd = L'\xFFFE';
 
 }  // namespace

@@ -19,6 +19,9 @@ mkdir -p "$output"
 kit=$(mktemp -d)
 trap 'rm -rf "$kit"' EXIT
 
+for test in $(ctest --test-dir build/win32 -N | sed -n 's/.*: \(.*_tests\)$/\1/p'); do
+    grep -qE "^test $test( |\$)" check/kit.txt || fail "check/kit.txt does not name the test program $test" "add its line"
+done
 say "the check's programs and tests"
 cmake --build build/win32 --target check_kit
 mkdir -p "$kit/programs/stand-in" "$kit/tests/data" "$kit/scripts/demo" "$kit/check" "$kit/docs"
