@@ -9,7 +9,7 @@
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "fuzz/require.h"
-#include "tests/common/messages/recording_methods.h"
+#include "harness/recording_methods.h"
 
 using namespace orvane;
 using fuzz::require;

@@ -90,7 +90,7 @@ expect_equal "what is in OrVane's folder" \
 if [ "${1:-}" != --no-demo ]; then
     rm -f "$claim"
     kill "$wine_session" 2>/dev/null || true
-    demo() { scripts/demo.sh --link --installed >build/logs/installed-demo.log 2>&1; }
+    demo() { scripts/demo.sh --installed >build/logs/installed-demo.log 2>&1; }
     expect_that "the demo with the installed plug-in has failed: build/logs/installed-demo.log" demo
     claim_wine
     start_wine_session

@@ -16,9 +16,9 @@
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "harness/child.h"
+#include "harness/recording_methods.h"
 #include "harness/running_app.h"
 #include "harness/waiting.h"
-#include "tests/common/messages/recording_methods.h"
 #include "tests/support/in_tree.h"
 
 namespace orvane::test {

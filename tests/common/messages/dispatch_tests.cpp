@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/messages/orvane_message.h"
-#include "tests/common/messages/recording_methods.h"
+#include "harness/recording_methods.h"
 #include "tests/support/captured_log.h"
 
 namespace orvane {
