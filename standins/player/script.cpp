@@ -48,6 +48,8 @@ constexpr Command kCommands[] = {
     {L"sendto-playlist", "NAME...", "send playlists to the plug-ins",
      [](Script& s, const Arguments& a) { return s.sendPlaylists(a); }},
     {L"print-playlists", "", "", [](Script& s, const Arguments&) { return s.printPlaylists(); }},
+    {L"second-object", "", "make another object of each plug-in, without a core, and release it",
+     [](Script& s, const Arguments&) { return s.makeSecondObject(); }},
     {L"close", "", "close the window, as its user would",
      [](Script& s, const Arguments&) { return s.close(); }},
     {L"exit", "[CODE]", "leave at once, with the plug-ins still alive",
