@@ -98,6 +98,8 @@ constexpr Rule kRules[] = {
                                         reinterpret_cast<void**>(&points));
          if (!points) return notAsked("there are no connection points");
          const HRESULT found = points->FindConnectionPoint(__uuidof(IWMPEvents), &point);
+         if (!point && SUCCEEDED(points->FindConnectionPoint(__uuidof(_WMPOCXEvents), &point)))
+             return notAsked("it is an embedded player object, which has the events for scripts");
          return keeps(SUCCEEDED(found) && point, hex(found));
      }},
     {"window-class",

@@ -38,7 +38,7 @@ constexpr Command kCommands[] = {
      [](Script& s, const Arguments&) { return s.restoreNormal(); }},
     {L"activate", "", "bring the window to the front",
      [](Script& s, const Arguments&) { return s.activate(); }},
-    {L"play", "[PATH|INDEX]", "open that track and play it, or play the current one",
+    {L"play", "[PATH|INDEX]", "open that track (\"\": none) and play it, or the current one",
      [](Script& s, const Arguments& a) { return s.play(a); }},
     {L"stop", "", "", [](Script& s, const Arguments&) { return s.control(L"stop"); }},
     {L"set", "MODE on|off", "a settings mode: shuffle, autoRewind, loop",
