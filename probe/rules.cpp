@@ -1,10 +1,9 @@
-#include "probe/rules.h"
-
 #include <ocidl.h>
 
 #include <algorithm>
 #include <cstdio>
 
+#include "probe/session.h"
 #include "standins/support/wide_text.h"
 
 namespace orvane::probe {
@@ -14,6 +13,41 @@ namespace {
 using standin::toUtf8;
 
 constexpr DWORD kFileFollowsMs = 5000;
+
+struct Seen {
+    Answer answer = Answer::notAsked;
+    std::string what;
+};
+
+enum class Needs { nothing, modes, window, track, film, playing };
+
+// Why what a rule needs is not there; null when it is.
+const char* missing(const Session& session, Needs needs) {
+    bool on = false;
+    switch (needs) {
+        case Needs::modes:
+            return getMode(session.settings, L"loop", on) == E_NOTIMPL ? "it has no modes"
+                                                                       : nullptr;
+        case Needs::window:
+            return session.subject.window == nullptr ? "there is no window" : nullptr;
+        case Needs::track:
+            return session.track ? nullptr : "the library takes no file, or has no IWMPMedia3";
+        case Needs::film:
+            return session.film ? nullptr : "the library takes no film";
+        case Needs::playing:
+            return session.subject.mayPlay && session.track && session.controls
+                       ? nullptr
+                       : "nothing is played here";
+        default:
+            return nullptr;
+    }
+}
+
+struct Rule {
+    const char* name;
+    Needs needs;
+    Seen (*ask)(Session&);
+};
 
 Seen keeps(bool documented, std::string what = {}) {
     return {documented ? Answer::asDocumented : Answer::different, std::move(what)};
@@ -33,64 +67,54 @@ std::wstring windowText(HWND window, int(WINAPI* get)(HWND, LPWSTR, int)) {
     return text;
 }
 
-Seen withWindow(const Session& session, Seen (*ask)(HWND)) {
-    return session.subject.window == nullptr ? notAsked("there is no window")
-                                             : ask(session.subject.window);
-}
-Seen withTrack(Session& session, Seen (*ask)(Session&, IWMPMedia3&)) {
-    return session.track ? ask(session, *session.track.p)
-                         : notAsked("the library takes no file, or gives no IWMPMedia3 for it");
-}
-Seen withPlaying(Session& session, Seen (*ask)(Session&)) {
-    if (!session.subject.mayPlay || !session.track || !session.controls)
-        return notAsked("nothing is played here");
-    return ask(session);
-}
-
 LONG countOf(IWMPPlaylist* items) {
     LONG count = -1;
     if (items != nullptr) items->get_count(&count);
     return count;
 }
 
-LONG valuesOf(IWMPMedia3& media, const wchar_t* attribute) {
+LONG valuesOf(const Session& s, const wchar_t* attribute) {
     LONG count = -1;
-    media.getAttributeCountByType(CComBSTR(attribute), CComBSTR(L""), &count);
+    s.track->getAttributeCountByType(CComBSTR(attribute), CComBSTR(L""), &count);
     return count;
 }
 
-std::wstring valueAt(IWMPMedia3& media, const wchar_t* attribute, LONG index) {
+std::wstring valueAt(const Session& s, const wchar_t* attribute, LONG index) {
     VARIANT value{};
-    media.getItemInfoByType(CComBSTR(attribute), CComBSTR(L""), index, &value);
+    s.track->getItemInfoByType(CComBSTR(attribute), CComBSTR(L""), index, &value);
     const std::wstring text = value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : L"";
     VariantClear(&value);
     return text;
 }
 
-bool isReadOnly(IWMPMedia3& media, const wchar_t* attribute) {
+bool isReadOnly(const Session& s, const wchar_t* attribute) {
     VARIANT_BOOL readOnly = VARIANT_FALSE;
-    media.isReadOnlyItem(CComBSTR(attribute), &readOnly);
+    s.track->isReadOnlyItem(CComBSTR(attribute), &readOnly);
     return readOnly != VARIANT_FALSE;
 }
 
+bool fileHas(const Session& s, const wchar_t* tag, const wchar_t* value) {
+    const auto values = tagsInFile(s.trackPath(), tag);
+    return std::find(values.begin(), values.end(), value) != values.end();
+}
+
 // Whether an attribute that is set is gone with the object that it was set on.
-Seen livesWithObject(Session& session, IWMPMedia3& track, const wchar_t* attribute) {
-    const HRESULT set = setInfo(&track, attribute, L"7/9");
-    const bool kept = infoOf(session.trackAgain(), attribute) == L"7/9";
-    const auto values = tagsInFile(session.trackPath(), attribute);
-    const bool inFile = std::find(values.begin(), values.end(), L"7/9") != values.end();
+Seen livesWithObject(const Session& s, const wchar_t* attribute) {
+    const HRESULT set = setInfo(s.track, attribute, L"7/9");
+    const bool kept = infoOf(s.trackAgain(), attribute) == L"7/9";
+    const bool inFile = fileHas(s, attribute, L"7/9");
     return keeps(!kept && !inFile, "set: " + hex(set) + (kept ? ", in the library" : "") +
                                        (inFile ? ", in the file" : ""));
 }
 
 constexpr Rule kRules[] = {
-    {"objects-belong-to-a-thread",
+    {"objects-belong-to-a-thread", Needs::nothing,
      [](Session& s) {
          CComPtr<IUnknown> agile;
          return keeps(FAILED(s.subject.core->QueryInterface(__uuidof(IAgileObject),
                                                             reinterpret_cast<void**>(&agile))));
      }},
-    {"events-are-offered",
+    {"events-are-offered", Needs::nothing,
      [](Session& s) {
          CComPtr<IConnectionPointContainer> points;
          CComPtr<IConnectionPoint> point;
@@ -102,165 +126,118 @@ constexpr Rule kRules[] = {
              return notAsked("it is an embedded player object, which has the events for scripts");
          return keeps(SUCCEEDED(found) && point, hex(found));
      }},
-    {"window-class",
+    {"window-class", Needs::window,
      [](Session& s) {
-         return withWindow(s, [](HWND window) {
-             const std::wstring name = windowText(window, &GetClassNameW);
-             return keeps(
-                 name == L"WMPlayerApp" && GetAncestor(window, GA_PARENT) == GetDesktopWindow(),
-                 quoted(name));
-         });
+         const std::wstring name = windowText(s.subject.window, &GetClassNameW);
+         return keeps(name == L"WMPlayerApp" &&
+                          GetAncestor(s.subject.window, GA_PARENT) == GetDesktopWindow(),
+                      quoted(name));
      }},
-    {"window-caption",
+    {"window-caption", Needs::window,
      [](Session& s) {
-         return withWindow(s, [](HWND window) {
-             const std::wstring caption = windowText(window, &GetWindowTextW);
-             return keeps(caption == L"Windows Media Player" ||
-                              caption == L"Windows Media Player Legacy" ||
-                              caption == L"Lecteur Windows Media" ||
-                              caption == L"Reproductor de Windows Media",
-                          quoted(caption));
-         });
+         const std::wstring caption = windowText(s.subject.window, &GetWindowTextW);
+         return keeps(
+             caption == L"Windows Media Player" || caption == L"Windows Media Player Legacy" ||
+                 caption == L"Lecteur Windows Media" || caption == L"Reproductor de Windows Media",
+             quoted(caption));
      }},
-    {"window-takes-messages",
+    {"window-takes-messages", Needs::window,
      [](Session& s) {
-         return withWindow(s, [](HWND window) {
-             DWORD_PTR answer = 0;
-             return keeps(SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, 1000, &answer) !=
-                          0);
-         });
+         DWORD_PTR answer = 0;
+         return keeps(
+             SendMessageTimeoutW(s.subject.window, WM_NULL, 0, 0, SMTO_NORMAL, 1000, &answer) != 0);
      }},
-    {"auto-rewind-is-on",
+    {"auto-rewind-is-on", Needs::modes,
      [](Session& s) {
          bool on = false;
          const HRESULT result = getMode(s.settings, L"autoRewind", on);
-         return result == E_NOTIMPL ? notAsked("it has no modes") : keeps(on, hex(result));
+         return keeps(on, hex(result));
      }},
-    {"modes-are-known",
+    {"modes-are-known", Needs::modes,
      [](Session& s) {
          bool on = false;
          const HRESULT shuffle = getMode(s.settings, L"shuffle", on);
          const HRESULT loop = getMode(s.settings, L"loop", on);
-         return shuffle == E_NOTIMPL
-                    ? notAsked("it has no modes")
-                    : keeps(shuffle == S_OK && loop == S_OK, hex(shuffle) + ", " + hex(loop));
+         return keeps(shuffle == S_OK && loop == S_OK, hex(shuffle) + ", " + hex(loop));
      }},
-    {"added-file-is-found-by-path",
+    {"added-file-is-found-by-path", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3&) {
-             LONG count = 0;
-             const auto found = [&] {
-                 count = countOf(session.itemsOf(session.trackPath()));
-                 return count == 1;
-             };
-             return keeps(Session::wait(found, 2000), std::to_string(count) + " found");
-         });
+         LONG count = 0;
+         const auto found = [&] {
+             count = countOf(s.itemsOf(s.trackPath()));
+             return count == 1;
+         };
+         return keeps(Session::wait(found, 2000), std::to_string(count) + " found");
      }},
-    {"path-is-given-back-as-spelt",
+    {"path-is-given-back-as-spelt", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             CComBSTR source;
-             track.get_sourceURL(&source);
-             return keeps(source && session.trackPath() == source.m_str);
-         });
+         CComBSTR source;
+         s.track->get_sourceURL(&source);
+         return keeps(source && s.trackPath() == source.m_str);
      }},
-    {"path-may-be-in-capitals",
+    {"path-may-be-in-capitals", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3&) {
-             std::wstring path = session.trackPath();
-             CharUpperBuffW(path.data(), static_cast<DWORD>(path.size()));
-             return keeps(countOf(session.itemsOf(path)) == 1);
-         });
+         std::wstring path = s.trackPath();
+         CharUpperBuffW(path.data(), static_cast<DWORD>(path.size()));
+         return keeps(countOf(s.itemsOf(path)) == 1);
      }},
-    {"library-lists-all-kinds",
+    {"library-lists-all-kinds", Needs::film,
      [](Session& s) {
-         if (!s.film) return notAsked("the library takes no film");
          const std::wstring type = infoOf(s.film, L"MediaType");
          return keeps(type == L"video" && countOf(s.itemsOf(s.filmPath())) == 1, quoted(type));
      }},
-    {"several-values",
+    {"several-values", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session&, IWMPMedia3& track) {
-             const LONG count = valuesOf(track, L"Author");
-             const bool first = infoOf(&track, L"Author") == valueAt(track, L"Author", 0);
-             const std::wstring second = valueAt(track, L"Author", 1);
-             return keeps(count == 2 && first && second == L"Second Artist",
-                          std::to_string(count) + " values, the second is " + quoted(second));
-         });
+         const LONG count = valuesOf(s, L"Author");
+         const bool first = infoOf(s.track, L"Author") == valueAt(s, L"Author", 0);
+         const std::wstring second = valueAt(s, L"Author", 1);
+         return keeps(count == 2 && first && second == L"Second Artist",
+                      std::to_string(count) + " values, the second is " + quoted(second));
      }},
-    {"setting-replaces-all-values",
+    {"setting-replaces-all-values", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session&, IWMPMedia3& track) {
-             setInfo(&track, L"Author", L"One Artist");
-             const LONG count = valuesOf(track, L"Author");
-             return keeps(count == 1, std::to_string(count) + " values");
-         });
+         setInfo(s.track, L"Author", L"One Artist");
+         const LONG count = valuesOf(s, L"Author");
+         return keeps(count == 1, std::to_string(count) + " values");
      }},
-    {"read-only-attributes",
+    {"read-only-attributes", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session&, IWMPMedia3& track) {
-             return keeps(isReadOnly(track, L"Bitrate") && isReadOnly(track, L"MediaType") &&
-                          !isReadOnly(track, L"Title"));
-         });
+         return keeps(isReadOnly(s, L"Bitrate") && isReadOnly(s, L"MediaType") &&
+                      !isReadOnly(s, L"Title"));
      }},
-    {"read-only-stays",
+    {"read-only-stays", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             const HRESULT set = setInfo(&track, L"MediaType", L"radio");
-             return keeps(infoOf(session.trackAgain(), L"MediaType") != L"radio", hex(set));
-         });
+         const HRESULT set = setInfo(s.track, L"MediaType", L"radio");
+         return keeps(infoOf(s.trackAgain(), L"MediaType") != L"radio", hex(set));
      }},
-    {"set-is-in-the-library-at-once",
+    {"set-is-in-the-library-at-once", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             const HRESULT set = setInfo(&track, L"Title", L"OrVane probe");
-             return keeps(infoOf(session.trackAgain(), L"Title") == L"OrVane probe", hex(set));
-         });
+         const HRESULT set = setInfo(s.track, L"Title", L"OrVane probe");
+         return keeps(infoOf(s.trackAgain(), L"Title") == L"OrVane probe", hex(set));
      }},
-    {"file-follows-the-library",
+    {"file-follows-the-library", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3&) {
-             const ULONGLONG start = GetTickCount64();
-             const auto there = [&] {
-                 const auto titles = tagsInFile(session.trackPath(), L"Title");
-                 return !titles.empty() && titles.front() == L"OrVane probe";
-             };
-             const bool follows = Session::wait(there, kFileFollowsMs);
-             return keeps(follows, (follows ? "after " : "not within ") +
-                                       std::to_string(GetTickCount64() - start) + " ms");
-         });
+         const ULONGLONG start = GetTickCount64();
+         const bool follows =
+             Session::wait([&] { return fileHas(s, L"Title", L"OrVane probe"); }, kFileFollowsMs);
+         return keeps(follows, (follows ? "after " : "not within ") +
+                                   std::to_string(GetTickCount64() - start) + " ms");
      }},
-    {"release-date-gives-the-year",
+    {"release-date-gives-the-year", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             const HRESULT set = setInfo(&track, L"ReleaseDate", L"1/1/1987 04:20:00 PM");
-             const std::wstring year = infoOf(session.trackAgain(), L"ReleaseDateYear");
-             return keeps(year == L"1987", "set: " + hex(set) + ", the year is " + quoted(year));
-         });
+         const HRESULT set = setInfo(s.track, L"ReleaseDate", L"1/1/1987 04:20:00 PM");
+         const std::wstring year = infoOf(s.trackAgain(), L"ReleaseDateYear");
+         return keeps(year == L"1987", "set: " + hex(set) + ", the year is " + quoted(year));
      }},
-    {"release-date-is-the-librarys-alone",
+    {"release-date-is-the-librarys-alone", Needs::track,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3&) {
-             const auto there = [&] {
-                 const auto years = tagsInFile(session.trackPath(), L"WM/Year");
-                 return std::find(years.begin(), years.end(), L"1987") != years.end();
-             };
-             return keeps(!Session::wait(there, 1000));
-         });
+         return keeps(!Session::wait([&] { return fileHas(s, L"WM/Year", L"1987"); }, 1000));
      }},
-    {"part-of-set-is-not-the-librarys",
-     [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             return livesWithObject(session, track, L"WM/PartOfSet");
-         });
-     }},
-    {"unknown-attribute-lives-with-its-object",
-     [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3& track) {
-             return livesWithObject(session, track, L"OrVaneProbe");
-         });
-     }},
-    {"playlist-name-with-colon",
+    {"part-of-set-is-not-the-librarys", Needs::track,
+     [](Session& s) { return livesWithObject(s, L"WM/PartOfSet"); }},
+    {"unknown-attribute-lives-with-its-object", Needs::track,
+     [](Session& s) { return livesWithObject(s, L"OrVaneProbe"); }},
+    {"playlist-name-with-colon", Needs::nothing,
      [](Session& s) {
          CComPtr<IWMPPlaylistCollection> playlists;
          s.subject.core->get_playlistCollection(&playlists);
@@ -275,41 +252,56 @@ constexpr Rule kRules[] = {
          if (made) playlists->remove(made);
          return keeps(made && count == 1, hex(result) + ", " + std::to_string(count) + " found");
      }},
-    {"plays-within-a-second",
+    {"plays-within-a-second", Needs::playing,
      [](Session& s) {
-         return withPlaying(s, [](Session& session) {
-             session.subject.core->put_URL(CComBSTR(session.trackPath().c_str()));
-             const HRESULT result = session.controls->play();
-             WMPPlayState state = wmppsUndefined;
-             const bool plays = Session::wait(
-                 [&] {
-                     session.subject.core->get_playState(&state);
-                     return state == wmppsPlaying;
-                 },
-                 1000);
-             return keeps(plays, hex(result) + ", play state " + std::to_string(state));
-         });
+         s.subject.core->put_URL(CComBSTR(s.trackPath().c_str()));
+         const HRESULT result = s.controls->play();
+         WMPPlayState state = wmppsUndefined;
+         const bool plays = Session::wait(
+             [&] {
+                 s.subject.core->get_playState(&state);
+                 return state == wmppsPlaying;
+             },
+             1000);
+         return keeps(plays, hex(result) + ", play state " + std::to_string(state));
      }},
-    {"stop-keeps-the-file-open",
+    {"stop-keeps-the-file-open", Needs::playing,
      [](Session& s) {
-         return withPlaying(s, [](Session& session) {
-             session.controls->stop();
-             static_cast<void>(Session::wait([] { return false; }, 500));
-             return keeps(isBusy(session.trackPath()));
-         });
+         s.controls->stop();
+         static_cast<void>(Session::wait([] { return false; }, 500));
+         return keeps(isBusy(s.trackPath()));
      }},
-    {"removing-keeps-the-file",
+    {"removing-keeps-the-file", Needs::film,
      [](Session& s) {
-         return withTrack(s, [](Session& session, IWMPMedia3&) {
-             const bool removed = session.remove(session.filmPath());
-             return keeps(removed && std::filesystem::exists(session.filmPath()) &&
-                          countOf(session.itemsOf(session.filmPath())) == 0);
-         });
+         const bool removed = s.remove(s.filmPath());
+         return keeps(removed && std::filesystem::exists(s.filmPath()) &&
+                      countOf(s.itemsOf(s.filmPath())) == 0);
      }},
 };
 
 }  // namespace
 
-std::span<const Rule> rules() { return kRules; }
+std::vector<std::string> ruleNames() {
+    std::vector<std::string> names;
+    for (const Rule& rule : kRules) names.emplace_back(rule.name);
+    return names;
+}
+
+std::vector<Finding> ask(const Subject& subject) {
+    std::vector<Finding> findings;
+    Session session(subject);
+    for (const Rule& rule : kRules) {
+        const char* const why = missing(session, rule.needs);
+        const Seen seen = why != nullptr ? notAsked(why) : rule.ask(session);
+        findings.push_back({rule.name, seen.answer, seen.what});
+    }
+    return findings;
+}
+
+std::string describe(const Finding& finding) {
+    const char* const answers[] = {"as documented", "different", "could not be asked"};
+    const std::string seen = finding.seen.empty() ? "" : ": " + finding.seen;
+    return finding.rule + ": " + answers[static_cast<int>(finding.answer)] + seen;
+}
 
 }  // namespace orvane::probe
