@@ -3,7 +3,7 @@
 ;   STAGE       the folder that holds the files to install
 ;   OUT         the installer to write
 ;   SIZE_KB     what the installed files take
-;   CLASS_ID    the plug-in's class, with braces
+;   CLASS_ID, SETTINGS_KEY, MODULE    as common/names/names.h has them
 ;   SIGN        a command that signs the file named after it; only when there is a certificate
 ;
 ; Exit codes: 0 done, 1 cancelled, 2 failed with nothing changed, 3010 done and a restart is due.
@@ -24,11 +24,9 @@ Unicode true
 
 !define PRODUCT "OrVane Windows Media Player Plugin"
 !define MAKER "OrVaneMedia"
-!define MODULE "OrVaneWmpPlugin.dll"
 !define UNINSTALLER "OrVaneWmpPlugin-uninstall.exe"
 !define LICENCE "OrVaneWmpPlugin-LICENSE.txt"
 !define NOTICES "OrVaneWmpPlugin-NOTICES.txt"
-!define SETTINGS_KEY "Software\OrVaneMedia\Settings"
 !define CLASS_KEY "CLSID\${CLASS_ID}"
 !define PLAYER_KEY "Software\Microsoft\MediaPlayer\UIPlugins\${CLASS_ID}"
 !define ENTRY_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin"

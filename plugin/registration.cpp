@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/names/names.h"
 #include "platform/handles.h"
 #include "platform/module.h"
 #include "plugin/wmp_plugin.h"
@@ -10,15 +11,10 @@ namespace orvane {
 namespace {
 
 constexpr const wchar_t* kClassesKey = L"CLSID";
+constexpr const wchar_t* kClassId = names::kClassId.wide();
 constexpr DWORD kCapabilities = PLUGIN_TYPE_BACKGROUND | PLUGIN_FLAGS_ACCEPTSPLAYLISTS |
                                 PLUGIN_FLAGS_ACCEPTSMEDIA | PLUGIN_FLAGS_INSTALLAUTORUN;
 constexpr std::size_t kLongestPath = 32767;  // characters, the system's limit
-
-std::wstring classIdText() {
-    wchar_t text[39] = {};
-    StringFromGUID2(CLSID_OrVaneWmpPlugin, text, static_cast<int>(std::size(text)));
-    return text;
-}
 
 // Full path of the module that holds this code; empty when the system does not tell.
 std::wstring modulePath() {
@@ -90,19 +86,18 @@ private:
 HRESULT registerPlugin() {
     const std::wstring module = modulePath();
     if (module.empty()) return HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND);
-    const std::wstring classId = classIdText();
     RegistryWriter registry;
 
     // Both entries are opened before either is changed: who may write only one of the two places
     // keeps what was registered before.
     bool classIsNew = false;
     const UniqueRegKey classes = registry.create(HKEY_CLASSES_ROOT, kClassesKey);
-    UniqueRegKey ourClass = registry.create(classes.get(), classId, &classIsNew);
+    UniqueRegKey ourClass = registry.create(classes.get(), kClassId, &classIsNew);
     const UniqueRegKey plugins = registry.create(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY);
-    const UniqueRegKey entry = registry.create(plugins.get(), classId);
+    const UniqueRegKey entry = registry.create(plugins.get(), kClassId);
     if (registry.failed()) {
         ourClass.reset();
-        if (classIsNew) RegDeleteKeyW(classes.get(), classId.c_str());
+        if (classIsNew) RegDeleteKeyW(classes.get(), kClassId);
         return registry.result();
     }
 
@@ -123,12 +118,11 @@ HRESULT registerPlugin() {
 }
 
 HRESULT unregisterPlugin() {
-    const std::wstring classId = classIdText();
     RegistryWriter registry;
     if (const auto classes = registry.openExisting(HKEY_CLASSES_ROOT, kClassesKey))
-        registry.removeTree(classes, classId);
+        registry.removeTree(classes, kClassId);
     if (const auto plugins = registry.openExisting(HKEY_LOCAL_MACHINE, PLUGIN_INSTALLREGKEY))
-        registry.removeTree(plugins, classId);
+        registry.removeTree(plugins, kClassId);
     return registry.result();
 }
 

@@ -7,6 +7,7 @@
 
 #include "common/launcher/orvane_launcher.h"
 #include "common/messages/player_name.h"
+#include "common/names/class_id.h"
 #include "platform/host_call.h"
 #include "platform/module.h"
 #include "plugin/poll_until.h"
@@ -16,8 +17,7 @@
 
 namespace orvane {
 
-const CLSID CLSID_OrVaneWmpPlugin = {
-    0x9893a0e1, 0xee98, 0x448f, {0x81, 0xee, 0xd2, 0xd1, 0x56, 0x66, 0x21, 0x5e}};
+const CLSID CLSID_OrVaneWmpPlugin = names::kClass;
 
 namespace {
 

@@ -13,6 +13,14 @@ fail() {
     exit 1
 }
 
+# name_of kSettingsKey: what common/names/names.h calls so.
+name_of() {
+    local text
+    text=$(sed -n "s/^inline constexpr Name $1(\"\(.*\)\");\$/\1/p" "$top/common/names/names.h")
+    [ -n "$text" ] || fail "common/names/names.h does not define $1" "correct the name in ${0##*/}"
+    printf '%s' "${text//\\\\/\\}"
+}
+
 # Runs a step whose output matters only when it fails.
 quietly() {
     local log=$build/logs/$1.log

@@ -22,10 +22,10 @@ claim_wine
 home=$WINEPREFIX/drive_c/OrVane\ é\ dir # OrVane's folder
 home_windows='C:\OrVane é dir'
 default_home=$WINEPREFIX/drive_c/Program\ Files\ \(x86\)/OrVane
-class='{9893A0E1-EE98-448F-81EE-D2D15666215E}'
+class=$(name_of kClassId)
 class_key="HKCR\\Wow6432Node\\CLSID\\$class\\InprocServer32"
 entry_key='HKLM\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
-settings_key='HKLM\Software\OrVaneMedia\Settings'
+settings_key=HKLM\\$(name_of kSettingsKey)
 
 finish() {
     rm -rf "$home" "$default_home"

@@ -25,16 +25,6 @@ name=OrVaneWmpPlugin-$version
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# The class is named where the module names it.
-class_id() {
-    sed -n '/^const CLSID CLSID_OrVaneWmpPlugin = {/,/};/p' plugin/wmp_plugin.cpp | tr -d '\n' |
-        sed 's/.*= {//; s/0x//g; s/[{}; ]//g' | tr 'a-f' 'A-F' |
-        awk -F, '{ printf "{%s-%s-%s-%s%s-%s%s%s%s%s%s}", $1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11 }'
-}
-class=$(class_id)
-[[ $class =~ ^\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}$ ]] ||
-    fail "plugin/wmp_plugin.cpp no longer names the class where package.sh looks" "mend class_id in scripts/package.sh"
-
 stage=$work/stage
 mkdir -p "$stage"
 cp "$module" "$stage/OrVaneWmpPlugin.dll"
@@ -46,9 +36,13 @@ windows_text LICENSE >"$stage/LICENSE"
 scripts/notices.sh | sed 's/$/\r/' >"$stage/NOTICES"
 
 say "the installer"
-nsis=(-V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DSTAGE=$stage" "-DCLASS_ID=$class"
+nsis=(-V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DSTAGE=$stage"
     "-DSIZE_KB=$(du -k --apparent-size --total "$stage"/* | awk 'END { print $1 + 100 }')"
     "-DOUT=$work/$name-setup.exe")
+for define in CLASS_ID=kClassId SETTINGS_KEY=kSettingsKey MODULE=kModuleFile; do
+    text=$(name_of "${define#*=}")
+    nsis+=("-D${define%=*}=$text")
+done
 scripts/sign.sh --wanted && nsis+=("-DSIGN=$PWD/scripts/sign.sh")
 find "$stage" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 (cd packaging && makensis "${nsis[@]}" installer.nsi)

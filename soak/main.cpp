@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "harness/stall_meter.h"
 #include "soak/phase.h"
 #include "soak/report.h"
-#include "soak/stall_meter.h"
 
 namespace orvane::soak {
 namespace {

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "harness/process_state.h"
 #include "soak/host.h"
 #include "soak/log_check.h"
-#include "soak/process_state.h"
 
 namespace orvane::soak {
 

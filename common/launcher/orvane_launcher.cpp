@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/link/orvane_app_connector.h"
+#include "common/names/names.h"
 #include "platform/handles.h"
 #include "util/files/files.h"
 #include "util/log/log.h"
@@ -15,10 +16,8 @@ namespace orvane {
 namespace {
 
 constexpr const char* kGetPath = "OrvaneLauncher::getPath";
-constexpr const wchar_t* kAppMutex = L"OrVaneApp_Process";
-constexpr const char* kSettingsKey = "Software\\OrVaneMedia\\Settings";
-constexpr const char* kPathValue = "Path";
-constexpr const char* kAppFile = "OrVaneApp.exe";
+constexpr const char* kSettingsKey = names::kSettingsKey.narrow();
+constexpr const char* kPathValue = names::kPathValue.narrow();
 
 juce::String installationFolder(bool& found) {
     found = false;
@@ -41,7 +40,7 @@ bool isDirectory(const juce::String& path) {
 }  // namespace
 
 bool OrvaneLauncher::isAppRunning() {
-    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, kAppMutex));
+    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, names::kRunningMutex.wide()));
     return mutex && GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
@@ -52,7 +51,7 @@ juce::String OrvaneLauncher::getPath() {
     const juce::String folder = installationFolder(found);
     if (!found) return {};
 
-    juce::String path = folder + "\\" + kAppFile;
+    juce::String path = folder + "\\" + names::kApplicationFile.narrow();
     bool exists = false;
     if (!utl_file_exists(path.toRawUTF8(), exists, nullptr)) return {};
     // The shell would open a folder of that name in a window, and count that as a start.

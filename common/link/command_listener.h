@@ -4,6 +4,7 @@
 
 #include "common/link/keep_alive.h"
 #include "common/link/pipe_listener.h"
+#include "common/names/names.h"
 
 namespace orvane {
 
@@ -15,7 +16,7 @@ class CommandListener final : public PipeListener {
 public:
     // `methods` is not owned; it outlives the listener or is kept by what `keepAlive` answers.
     explicit CommandListener(IOrvanePluginMethods* methods, KeepAlive keepAlive = nullptr,
-                             const juce::String& name = "IpcOrvaneCommandPipe")
+                             const juce::String& name = names::kCommandPipe.narrow())
         : PipeListener(name), pluginMethods(methods), m_keepAlive(std::move(keepAlive)) {}
     ~CommandListener() override { closeForGood(); }
 

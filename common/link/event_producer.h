@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/link/pipe_listener.h"
+#include "common/names/names.h"
 
 namespace orvane {
 
@@ -8,7 +9,8 @@ namespace orvane {
 // so that whoever sends it is not held up.
 class EventProducer final : public PipeListener {
 public:
-    explicit EventProducer(const juce::String& name = "IpcOrvaneEventPipe") : PipeListener(name) {}
+    explicit EventProducer(const juce::String& name = names::kEventPipe.narrow())
+        : PipeListener(name) {}
     ~EventProducer() override { closeForGood(); }
 
     void messageReceived(std::span<const std::uint8_t>) override {}

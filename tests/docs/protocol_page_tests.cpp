@@ -15,10 +15,10 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
+#include "harness/child.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/support/in_tree.h"
-#include "tests/support/process.h"
 
 namespace orvane::test {
 namespace {
@@ -152,7 +152,7 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
 }
 
 TEST(ProtocolPage, TheExampleHoldsASession) {
-    const Process application(L"minimal_application.exe");
+    const Child application(L"minimal_application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
     PageMethods methods;
     {

@@ -4,10 +4,12 @@
 
 #include <juce_core/juce_core.h>
 
+#include <gtest/gtest.h>
+
+#include "harness/files.h"
 #include "standins/asf/asf_file.h"
 #include "standins/asf/picture.h"
 #include "tests/support/in_tree.h"
-#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 
@@ -23,10 +25,7 @@ inline Bytes someImage(std::size_t size, unsigned seed = 1) {
     return bytes;
 }
 
-inline Bytes sample(const char* name) {
-    std::ifstream stream(testData() / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
+inline Bytes sample(const char* name) { return contentOf(testData() / name); }
 
 class TrackFolder : public TempFolder {
 public:

@@ -11,9 +11,9 @@
 
 #include "common/link/pipe_broadcaster.h"
 #include "common/messages/orvane_message.h"
+#include "harness/waiting.h"
 #include "platform/handles.h"
 #include "tests/support/test_window.h"
-#include "tests/support/waiting.h"
 
 namespace orvane::test {
 

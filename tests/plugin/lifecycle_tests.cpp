@@ -6,10 +6,10 @@
 
 #include <cstdlib>
 
+#include "harness/files.h"
 #include "tests/common/launcher/install_path.h"
 #include "tests/plugin/plugin_fixture.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 namespace {

@@ -11,13 +11,14 @@
 #include <set>
 #include <thread>
 
+#include "harness/child.h"
+#include "harness/files.h"
+#include "harness/process_state.h"
 #include "platform/atl/atlcomcli.h"
 #include "platform/handles.h"
 #include "platform/wmp_plugin_ui.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/plugin/test_player.h"
-#include "tests/support/process.h"
-#include "tests/support/process_counts.h"
 
 namespace orvane::test {
 namespace {
@@ -230,16 +231,16 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
             ASSERT_TRUE(m_app.waitForDisconnectAndReopen()) << round;
         }
         if (round == warmUp) {
-            threads = threadsOfThisProcess();
-            handles = handlesOfThisProcess();
+            threads = ProcessState::now().threads;
+            handles = ProcessState::now().handles;
             slots = freeThreadSlots();
         }
     }
     EXPECT_EQ(freeThreadSlots(), slots);
-    EXPECT_LE(threadsOfThisProcess(), threads);
+    EXPECT_LE(ProcessState::now().threads, threads);
     EXPECT_EQ(standin::liveObjects(), 1) << "the core";
     // The runtime's own four a load, and nothing beside.
-    EXPECT_LE(handlesOfThisProcess() - handles, 5 * (rounds - warmUp));
+    EXPECT_LE(ProcessState::now().handles - handles, 5 * (rounds - warmUp));
 }
 
 TEST_F(ModuleTest, IsUsedAgainAndOnAnotherThreadThanTheOneThatLoadedIt) {
@@ -402,7 +403,7 @@ TEST(ModuleUnload, TheModuleStaysForWhatStillUsesItAndThePlayerMayEndInAnyState)
          {L"EndsWithTheObjectAlive", L"EndsWithACommandRunning", L"EndsAfterUse",
           L"TurnsItOffInADialogOfItsWindow", L"TurnsItOffWhileTheCoreIsTakenBack",
           L"PutsItsProcedureBackLater", L"LetsItGoDuringACommandThatHangs"}) {
-        const Process player(
+        const Child player(
             L"plugin_module_tests.exe --gtest_also_run_disabled_tests "
             L"--gtest_filter=ModuleChild.DISABLED_" +
             std::wstring(what));

@@ -8,14 +8,12 @@
 #include <memory>
 #include <thread>
 
-#include "soak/stall_meter.h"
+#include "harness/child.h"
+#include "harness/stall_meter.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/support/process.h"
 
 namespace orvane::test {
 namespace {
-
-using soak::StallMeter;
 
 constexpr const char* kHello = "  event     PlayerHello ";
 // The longest that a write may take, and what a busy machine adds.
@@ -63,16 +61,16 @@ protected:
     static void SetUpTestSuite() { regsvr32(L"/s OrVaneWmpPlugin.dll"); }
     static void TearDownTestSuite() { regsvr32(L"/s /u OrVaneWmpPlugin.dll"); }
     static void regsvr32(const std::wstring& arguments) {
-        EXPECT_EQ(Process(L"regsvr32.exe " + arguments).exitCode(20'000), 0U);
+        EXPECT_EQ(Child(L"regsvr32.exe " + arguments).exitCode(20'000), 0U);
     }
 
     void startApp() {
-        m_app = std::make_unique<Process>(L"OrVaneApp.exe");
+        m_app = std::make_unique<Child>(L"OrVaneApp.exe");
         ASSERT_TRUE(m_app->prints("ready: both pipes", 10'000)) << m_app->output();
     }
     void start(const std::wstring& playerOptions) {
         ASSERT_NO_FATAL_FAILURE(startApp());
-        m_player = std::make_unique<Process>(L"player.exe --script=- " + playerOptions);
+        m_player = std::make_unique<Child>(L"player.exe --script=- " + playerOptions);
         ASSERT_TRUE(m_player->prints("SetCore(core): 0x00000000", 15'000)) << m_player->output();
         ASSERT_TRUE(m_app->prints(kHello, 2000)) << m_app->output();
         m_window = FindWindowW(L"WMPlayerApp", nullptr);
@@ -94,8 +92,8 @@ protected:
         EXPECT_TRUE(m_app->prints("response  getTrackCount", 5000)) << m_app->output();
     }
 
-    std::unique_ptr<Process> m_app;
-    std::unique_ptr<Process> m_player;
+    std::unique_ptr<Child> m_app;
+    std::unique_ptr<Child> m_player;
     HWND m_window = nullptr;
 };
 

@@ -4,10 +4,10 @@
 #include <fstream>
 
 #include "common/launcher/orvane_launcher.h"
+#include "harness/files.h"
 #include "platform/handles.h"
 #include "tests/common/launcher/install_path.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/temp_folder.h"
 
 namespace orvane {
 namespace {
@@ -69,7 +69,7 @@ protected:
     OrvaneLauncher m_launcher{kWmp};
 
 private:
-    static void removeAll() { removeTree(openable(root()).native()); }
+    static void removeAll() { removeFolder(root()); }
 
     const UniqueHandle m_leave{CreateEventW(nullptr, TRUE, FALSE, L"OrVaneTestAppLeave")};
 };

@@ -5,12 +5,12 @@
 
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
+#include "harness/process_state.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/common/messages/recording_methods.h"
 #include "tests/plugin/fake_app.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/counted_memory.h"
-#include "tests/support/process_counts.h"
 #include "tests/support/test_window.h"
 
 namespace orvane {
@@ -203,12 +203,12 @@ TEST_F(ConnectorTest, LinkedAndLostAgainAndAgain) {
         ASSERT_FALSE(connector->connect());
         m_log.lines();
         if (round != 10) continue;
-        threads = threadsOfThisProcess();
-        handles = handlesOfThisProcess();
+        threads = ProcessState::now().threads;
+        handles = ProcessState::now().handles;
         memory = memoryInUse();
     }
-    EXPECT_TRUE(eventually([&] { return threadsOfThisProcess() <= threads; }));
-    EXPECT_LE(handlesOfThisProcess(), handles + 5);
+    EXPECT_TRUE(eventually([&] { return ProcessState::now().threads <= threads; }));
+    EXPECT_LE(ProcessState::now().handles, handles + 5);
     EXPECT_LE(memoryInUse(), memory + 2'000);
     EXPECT_GT(handles, 0);
 }

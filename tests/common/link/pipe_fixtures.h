@@ -13,8 +13,8 @@
 
 #include "common/link/pipe_listener.h"
 #include "common/messages/frame.h"
+#include "harness/waiting.h"
 #include "platform/handles.h"
-#include "tests/support/waiting.h"
 
 namespace orvane::test {
 

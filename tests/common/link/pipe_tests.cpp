@@ -7,10 +7,10 @@
 #include "common/link/pipe_server.h"
 #include "common/messages/orvane_message.h"
 #include "common/messages/text_coding.h"
+#include "harness/process_state.h"
 #include "platform/waiting.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/process_counts.h"
 #include "tests/support/test_window.h"
 
 namespace orvane {
@@ -128,9 +128,9 @@ TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrameAndComesAgain) {
     server.writeFrame("first");
     ASSERT_TRUE(eventually([&] { return listener.payloads().size() == 1; }));
     // Both ends of the pipe and the stream's four events: whatever of it stays would keep its name.
-    const int unlinked = handlesOfThisProcess() - 6;
+    const int unlinked = ProcessState::now().handles - 6;
     int handles = 0;
-    listener.onLost = [&] { handles = handlesOfThisProcess(); };
+    listener.onLost = [&] { handles = ProcessState::now().handles; };
     Bytes frame = frame::encode(Bytes(5'000'000, 'x'));
     frame.resize(8 + 10'000);
     server.write(frame);

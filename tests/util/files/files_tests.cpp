@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <thread>
 
+#include "harness/files.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/temp_folder.h"
 #include "util/files/directories.h"
 #include "util/files/file_handles.h"
 #include "util/files/long_names.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "harness/files.h"
 #include "tests/support/saved_value.h"
-#include "tests/support/temp_folder.h"
 #include "util/log/log.h"
 #include "util/shared_log/shared_log.h"
 

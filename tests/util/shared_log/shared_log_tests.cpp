@@ -10,7 +10,7 @@
 #include <map>
 #include <regex>
 
-#include "tests/support/process.h"
+#include "harness/child.h"
 #include "tests/util/shared_log/log_fixture.h"
 #include "util/shared_log/log_format.h"
 #include "util/shared_log/log_lock.h"
@@ -25,9 +25,9 @@ using testing::StartsWith;
 class Log : public test::LogTest {};
 
 // The other process, which may take its time on a busy machine.
-class Writer : public test::Process {
+class Writer : public test::Child {
 public:
-    explicit Writer(const std::wstring& command) : Process(L"util_log_writer.exe " + command) {}
+    explicit Writer(const std::wstring& command) : Child(L"util_log_writer.exe " + command) {}
     DWORD wait() { return exitCode(60'000).value_or(99); }
 };
 
