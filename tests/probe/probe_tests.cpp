@@ -8,9 +8,9 @@
 #include <functional>
 #include <thread>
 
+#include "harness/files.h"
 #include "standins/player/player.h"
 #include "tests/support/in_tree.h"
-#include "tests/support/temp_folder.h"
 
 namespace orvane::test {
 namespace {
@@ -51,7 +51,10 @@ TEST_F(Probe, FindsTheStandInAsDocumentedUnlessItIsMadeDifferent) {
                   },
                   {"auto-rewind-is-on", "modes-are-known", "file-follows-the-library",
                    "plays-within-a-second"}},
-                 {[](Options& of) { of.documentedAttributes = false; },
+                 {[](Options& of) {
+                      of.documentedAttributes = false;
+                      of.tagsAfterMs = 300;
+                  },
                   {"release-date-is-the-librarys-alone", "part-of-set-is-not-the-librarys",
                    "unknown-attribute-lives-with-its-object"}}};
     for (const auto& [make, expected] : cases) {
