@@ -1,6 +1,6 @@
 @echo off
 rem Tries OrVane's plug-in for Windows Media Player on this machine and writes report.txt beside this
-rem file. "check.cmd player" tries it in the real player. See README.txt.
+rem file. "check.cmd player" tries it in the real player; "demo" and "console" show it. See README.txt.
 setlocal
 pushd "%~dp0"
 set "wait=1"

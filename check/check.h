@@ -14,11 +14,13 @@ enum ExitCode { allWell = 0, somethingFailed = 1, notTried = 2 };
 
 // What to try.
 struct Job {
-    enum What { everything, player, demo, console } what = everything;
+    std::wstring
+        what;  // "player", "demo", "console", "putback"; empty: the test programs and the demo
     std::filesystem::path path;  // the player, or the console's folder of tracks
-    bool linkOnly = false;       // the demo without the cleaning of the library
-    bool installed = false;      // with the plug-in and the application that are registered
-    [[nodiscard]] bool writesReport() const { return what == everything || what == player; }
+    // The demo without the cleaning of the library, with the plug-in and the application that are
+    // registered.
+    bool installed = false;
+    [[nodiscard]] bool writesReport() const { return what.empty() || what == L"player"; }
 };
 
 // One check on this machine: registers the plug-in, runs the programs, writes the report, and
@@ -38,7 +40,7 @@ private:
     void runProgram(const TestProgram& program, const std::string& mark);
     void runPrograms();
     void runWithPlugin();
-    void runJob();
+    RunResult runJob();
     void tell(const RunResult& result);
     int end();
     void placeStandIn(bool placed) const;

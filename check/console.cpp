@@ -8,6 +8,8 @@ namespace fs = std::filesystem;
 
 void runConsole(const Kit& kit, const fs::path& library) {
     const fs::path folder = kit.work / "console";
+    fs::path tracks = library;
+    if (tracks.empty()) copyTracks(kit.tracks(), tracks = folder / "music");
     fs::create_directories(folder);
     const fs::path transcript = folder / "transcript.txt";
     fs::remove(transcript);
@@ -23,7 +25,7 @@ void runConsole(const Kit& kit, const fs::path& library) {
     start.interactive = false;
     start.output = folder / "player.txt";
     start.commandLine =
-        quoted(kit.programs / "player.exe") + L" \"--library=" + library.native() + L"\"";
+        quoted(kit.programs / "player.exe") + L" \"--library=" + tracks.native() + L"\"";
     const test::Child player(start);
     static_cast<void>(application.exitCode(INFINITE));
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <sstream>
 
 #include "check/library_checks.h"
 #include "check/machine.h"
@@ -16,11 +15,9 @@ namespace fs = std::filesystem;
 using standin::toUtf8;
 
 constexpr const char* kParts[] = {"1-link.txt", "2-one-track.txt", "3-library.txt", "4-close.txt"};
-constexpr const char* kLibraryPart = kParts[2];
 constexpr const wchar_t* kTrack = L"01 scarborough FAIR.wma";
 constexpr DWORD kWholeMs = 120'000;
 constexpr DWORD kPlayerEndsMs = 10'000;
-constexpr const char* kNotXml = "OrvaneMessage: XML parsing error occured";
 
 // The demo's covers: one for all, a PNG, and one too large for an attribute of 16-bit length.
 void makeCovers(const fs::path& data, const fs::path& covers) {
@@ -42,8 +39,7 @@ std::string scriptOf(const Kit& kit, const fs::path& folder, std::size_t tracks,
                          set("covers", folder / "covers") + set("report", folder / "report.tsv") +
                          "set tracks " + std::to_string(tracks) + "\n";
     for (const char* part : kParts)
-        if (!linkOnly || part != kLibraryPart)
-            script += test::readText(kit.scripts() / part) + "\n";
+        if (!linkOnly || part != kParts[2]) script += test::readText(kit.scripts() / part) + "\n";
     return script;
 }
 
@@ -51,32 +47,6 @@ std::string logSince(std::size_t start) {
     const std::string log = test::readText(sharedLog());
     return log.substr(std::min(start, log.size()));
 }
-
-void showAll(const std::string& title, const std::string& text, const Show& show) {
-    show("");
-    show(title);
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) show("    " + line);
-}
-
-// Shows the conversation while it goes on. The cleaning takes seven commands a track: its own lines
-// tell as much.
-class LiveTranscript {
-public:
-    explicit LiveTranscript(const Show& show) : m_show(show) {}
-    void operator()(const std::string& line) {
-        const auto has = [&](const char* text) { return line.find(text) != line.npos; };
-        if (has("  cleaning ") && line.ends_with(" tracks")) m_cleaning = true;
-        if (has("  clean-library: ") || has("error: ")) m_cleaning = false;
-        if (m_cleaning && (has("  command ") || has("  response ") || line.starts_with("        ")))
-            return;
-        m_show("    " + line);
-    }
-
-private:
-    const Show& m_show;
-    bool m_cleaning = false;
-};
 
 }  // namespace
 
@@ -93,14 +63,19 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
                     L" \"--library=" + music.native() + L"\" --script=-", folder, script);
 
     FileChecks files(folder);
-    LiveTranscript live(show);
+    bool cleaning = false;
     Transcript transcript;
     bool oneTrackSeen = false;
     std::optional<DWORD> playerCode;
     {
         test::Child player(start);
         const auto read = [&](const std::string& line, const std::string& words) {
-            live(line);
+            // The cleaning takes seven commands a track: its own lines tell as much.
+            if (words.starts_with("cleaning ")) cleaning = true;
+            if (words.find("clean-library: ") != words.npos) cleaning = false;
+            const bool detail = words.starts_with("command ") || words.starts_with("response ") ||
+                                line.starts_with("   ");
+            if (!cleaning || !detail) show("    " + line);
             if (words.starts_with("player> ")) player.tell(words.substr(8));
             if (words != "check one-track") return;
             const fs::path now = folder / "one-track.wma";  // the application goes on meanwhile
@@ -119,7 +94,7 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
     const std::string log = logSince(logBefore);
     test::writeFile(folder / "log.txt", log);
 
-    RunResult result{transcript.stepsOf(script), {}};
+    RunResult result{.ticks = transcript.stepsOf(script)};
     const auto tick = [&](bool good, const char* what) { result.ticks.push_back({good, what}); };
     tick(oneTrackSeen, "The file itself has what was written to one track");
     const auto report = readReport(folder / "report.tsv");
@@ -130,20 +105,15 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
          "The plug-in started the application, through the registry");
     tick(transcript.has("  result: good"), "The application met every check of its script");
     tick(playerCode == 0U, "The player ended by itself, without a complaint");
-    tick(log.find(kNotXml) != log.npos, "The shared log tells of the document that was not XML");
+    tick(log.find("OrvaneMessage: XML parsing error occured") != log.npos,
+         "The shared log tells of the document that was not XML");
     test::writeFile(folder / "expected.tsv", files.expected);
 
-    showAll("What the player printed", said, show);
-    showAll("The shared log", log, show);
-    if (!linkOnly) {
-        showAll("The library before and after, as the files have it", {}, show);
-        showTable(report, music, originals, show);
-    }
-    show("");
-    result.details = transcript.problem + files.problems;
+    showLibrary(report, music, originals, show);
+    result.problems = transcript.problem + files.problems;
     if (result.missed() > 0)
-        result.details += "--- the conversation\n" + transcript.text + "--- the player\n" + said +
-                          "--- the log\n" + log;
+        result.details = "--- the conversation\n" + transcript.text + "--- the player\n" + said +
+                         "--- the log\n" + log;
     return result;
 }
 

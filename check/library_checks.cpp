@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <set>
 #include <sstream>
 
 #include "harness/files.h"
@@ -24,156 +23,127 @@ std::vector<std::string> cellsOf(const std::string& line) {
     return cells;
 }
 
-std::uint64_t number64(const std::string& bytes, std::size_t at) {
-    std::uint64_t number = 0;
-    if (at + sizeof(number) <= bytes.size())
-        std::memcpy(&number, bytes.data() + at, sizeof(number));
-    return number;
-}
-
-// The coded audio alone, the same however the tags change: the packets of the object behind the
-// header. Empty when the file is not as it should be.
-std::string soundOf(const fs::path& track) {
-    constexpr std::size_t kSizeAt = 16, kAhead = 50;
-    const std::string bytes = test::readText(track);
-    const std::uint64_t data = number64(bytes, kSizeAt);
-    if (data == 0 || data + kAhead > bytes.size()) return {};
-    const std::uint64_t size = number64(bytes, static_cast<std::size_t>(data) + kSizeAt);
-    if (size < kAhead || size > bytes.size() - data) return {};
-    return bytes.substr(static_cast<std::size_t>(data + kAhead),
-                        static_cast<std::size_t>(size - kAhead));
-}
-
-// "NAME\tPATH" for each track of each playlist, from what the player printed.
-std::set<std::string> playlistsIn(const std::string& printed) {
-    std::set<std::string> filed;
-    std::string name;
-    std::istringstream lines(printed);
-    for (std::string line; std::getline(lines, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (line.starts_with("player: ")) line.erase(0, 8);
-        const std::size_t colon = line.rfind(": ");
-        if (line.starts_with("playlist ") && line.ends_with(" item(s)") &&
-            colon != std::string::npos)
-            name = line.substr(9, colon - 9);
-        else if (line.starts_with("  "))
-            filed.insert(name + "\t" + line.substr(2));
-    }
-    return filed;
-}
-
-// "" when the picture in the track is the image, byte for byte.
-std::string wrongPicture(const fs::path& track, const fs::path& image) {
-    std::string error;
-    const auto header = asf::readHeader(track, error);
-    const auto* const attribute = header ? header->find(asf::kPictureName) : nullptr;
-    const auto picture =
-        attribute != nullptr ? asf::Picture::parse(attribute->value) : std::nullopt;
-    if (!picture) return "has no picture";
-    if (picture->mimeType != u"image/jpeg") return "has a picture of another type";
-    const std::string wanted = test::readText(image);
-    if (!std::equal(wanted.begin(), wanted.end(), picture->data.begin(), picture->data.end(),
-                    [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; }))
-        return "has another picture than " + toUtf8(image.filename().native());
-    return {};
-}
-
-}  // namespace
-
-fs::path ReportRow::name() const { return fs::path(toWide(path)).filename(); }
-
 std::string tagOf(const fs::path& track, std::u16string_view name) {
     std::string error;
     const auto header = asf::readHeader(track, error);
     const auto* const attribute = header ? header->find(name) : nullptr;
     if (attribute == nullptr) return "-";
     const std::u16string text = attribute->text();
-    return toUtf8(std::wstring(text.begin(), text.end()));
+    std::string tag = toUtf8(std::wstring(text.begin(), text.end()));
+    if (tag.ends_with('/')) tag.pop_back();  // an empty count of discs
+    return tag;
 }
 
-bool FileChecks::tagsAre(const fs::path& track, const std::vector<Tag>& tags) {
+using Row = CleaningReport::value_type;
+fs::path nameOf(const Row& row) { return fs::path(toWide(row.at("path"))).filename(); }
+
+// As the application read them back.
+Tags tagsOf(const Row& row) {
+    const std::string& discs = row.at("after.DisksInSet");
+    return {{u"Title", row.at("after.TrackTitle")},
+            {u"Author", row.at("after.TrackArtist")},
+            {u"WM/AlbumTitle", row.at("after.AlbumTitle")},
+            {u"WM/AlbumArtist", row.at("after.AlbumArtist")},
+            {u"WM/Year", row.at("after.Year")},
+            {u"WM/Genre", row.at("after.Genre")},
+            {u"WM/PartOfSet", row.at("after.DiskNumber") + (discs == "-" ? "" : "/" + discs)}};
+}
+
+// All behind the header: the same however the tags change. Empty when the file is not as it should
+// be.
+std::string soundOf(const fs::path& track) {
+    constexpr std::size_t kSizeAt = 16;
+    const std::string bytes = test::readText(track);
+    std::uint64_t header = 0;
+    if (bytes.size() < kSizeAt + sizeof(header)) return {};
+    std::memcpy(&header, bytes.data() + kSizeAt, sizeof(header));
+    return header < bytes.size() ? bytes.substr(static_cast<std::size_t>(header)) : "";
+}
+
+// Whether the player has printed that its playlist has the track.
+bool isFiled(const std::string& printed, const std::string& playlist, const std::string& path) {
+    const std::size_t begin = printed.find("playlist " + playlist + ": ");
+    if (begin == printed.npos) return false;
+    return printed.find("  " + path, begin) < printed.find("playlist ", begin + 1);
+}
+
+// The track's picture; empty when it has none of that type.
+std::string pictureOf(const fs::path& track, std::u16string_view type) {
+    std::string error;
+    const auto header = asf::readHeader(track, error);
+    const auto* const attribute = header ? header->find(asf::kPictureName) : nullptr;
+    const auto picture =
+        attribute != nullptr ? asf::Picture::parse(attribute->value) : std::nullopt;
+    if (!picture || picture->mimeType != type) return {};
+    return {picture->data.begin(), picture->data.end()};
+}
+
+}  // namespace
+
+bool FileChecks::compared(const fs::path& track, const std::string& what, const std::string& wanted,
+                          const std::string& is) {
+    const std::string name = toUtf8(track.lexically_relative(m_folder).generic_wstring());
+    expected += name + "\t" + what + "\t" + wanted + "\n";
+    if (is == wanted) return true;
+    problems += name + ": " + what + " is '" + is + "', not '" + wanted + "'\n";
+    return false;
+}
+
+bool FileChecks::tagsAre(const fs::path& track, const Tags& tags) {
     bool right = true;
-    for (const auto& [tag, wanted] : tags) {
-        std::string is = tagOf(track, tag);
-        if (is.ends_with('/')) is.pop_back();  // an empty count of discs
-        note(track, std::string(tag.begin(), tag.end()), wanted);
-        if (is == wanted) continue;
-        right = false;
-        problems +=
-            toUtf8(track.filename().native()) + ": a tag is '" + is + "', not '" + wanted + "'\n";
-    }
+    for (const auto& [tag, wanted] : tags)
+        right &= compared(track, std::string(tag.begin(), tag.end()), wanted, tagOf(track, tag));
     return right;
 }
 
 bool FileChecks::pictureIs(const fs::path& track, const fs::path& image) {
-    note(track, "picture", toUtf8(image.filename().native()));
-    const std::string wrong = wrongPicture(track, image);
-    if (!wrong.empty()) problems += toUtf8(track.filename().native()) + " " + wrong + "\n";
-    return wrong.empty();
+    const std::string wanted = toUtf8(image.filename().native());
+    const bool same = pictureOf(track, u"image/jpeg") == test::readText(image);
+    return compared(track, "picture", wanted, same ? wanted : "none, or another");
 }
 
-void FileChecks::note(const fs::path& track, const std::string& what, const std::string& wanted) {
-    expected += toUtf8(track.lexically_relative(m_folder).generic_wstring()) + "\t" + what + "\t" +
-                wanted + "\n";
-}
-
-std::vector<ReportRow> readReport(const fs::path& report) {
-    // The columns: four about the track, what was before and after the cleaning, where the cover
-    // art came from.
-    constexpr std::size_t kAfter = 15, kArtFrom = 26;
-    std::vector<ReportRow> rows;
-    std::istringstream lines(test::readText(report));
-    for (std::string line; std::getline(lines, line);) {
+CleaningReport readReport(const fs::path& file) {
+    std::istringstream lines(test::readText(file));
+    std::string line;
+    std::getline(lines, line);
+    const auto headings = cellsOf(line);
+    CleaningReport report;
+    while (std::getline(lines, line)) {
         const auto cells = cellsOf(line);
-        if (cells.size() <= kArtFrom || cells[0] == "index") continue;
-        const auto after = [&](std::size_t column) { return cells[kAfter + column]; };
-        rows.push_back(
-            {.path = cells[1],
-             .verdict = cells[2],
-             .playlist = cells[3],
-             .tags = {{u"Title", after(0)},
-                      {u"Author", after(1)},
-                      {u"WM/AlbumTitle", after(3)},
-                      {u"WM/AlbumArtist", after(2)},
-                      {u"WM/Year", after(4)},
-                      {u"WM/PartOfSet", after(6) == "-" ? after(5) : after(5) + "/" + after(6)},
-                      {u"WM/Genre", after(7)}},
-             .artBefore = cells[kAfter - 2],
-             .art = after(9),
-             .artBytes = after(10),
-             .artFrom = cells[kArtFrom]});
+        if (cells.size() != headings.size()) continue;  // it was cut short
+        auto& row = report.emplace_back();
+        for (std::size_t i = 0; i < cells.size(); ++i) row[headings[i]] = cells[i];
     }
-    return rows;
+    return report;
 }
 
-std::vector<Tick> checkLibrary(const std::vector<ReportRow>& report, const fs::path& music,
+std::vector<Tick> checkLibrary(const CleaningReport& report, const fs::path& music,
                                const fs::path& originals, const std::string& playerOutput,
                                FileChecks& files) {
     bool tagsRight = true, coversRight = true, soundSame = true, untouched = true, filed = true;
     std::size_t pictures = 0, notFound = 0;
-    const auto playlists = playlistsIn(playerOutput);
-    for (const ReportRow& row : report) {
-        const fs::path name = row.name();
-        const fs::path track = music / name;
-        const auto problem = [&](bool& claim, const std::string& what) {
-            claim = false;
-            files.problems += toUtf8(name.native()) + what + "\n";
+    for (const auto& row : report) {
+        const fs::path track = music / nameOf(row), original = originals / nameOf(row);
+        const auto claim = [&](bool& all, bool good, const std::string& what) {
+            if (!good) files.problems += toUtf8(track.filename().native()) + what + "\n";
+            all &= good;
         };
-        if (!playlists.contains(row.playlist + "\t" + row.path))
-            problem(filed, " is not in the playlist " + row.playlist);
+        const std::string& playlist = row.at("playlist");
+        claim(filed, isFiled(playerOutput, playlist, row.at("path")),
+              " is not in the playlist " + playlist);
         const std::string sound = soundOf(track);
-        if (sound.empty() || sound != soundOf(originals / name))
-            problem(soundSame, ": the audio data has changed");
-        if (row.verdict == "not found") {
+        claim(soundSame, !sound.empty() && sound == soundOf(original),
+              ": the audio data has changed");
+        if (row.at("verdict") == "not found") {
             ++notFound;
-            if (test::readText(track) != test::readText(originals / name))
-                problem(untouched, " was not found, but its file has changed");
+            claim(untouched, test::readText(track) == test::readText(original),
+                  " was not found, but its file has changed");
             continue;
         }
-        tagsRight = files.tagsAre(track, row.tags) && tagsRight;
-        if (row.artFrom == "-") continue;
+        tagsRight &= files.tagsAre(track, tagsOf(row));
+        if (row.at("artFrom") == "-") continue;
         ++pictures;
-        coversRight = files.pictureIs(track, toWide(row.artFrom)) && coversRight;
+        coversRight &= files.pictureIs(track, toWide(row.at("artFrom")));
     }
     const auto tracks = static_cast<std::size_t>(
         std::distance(fs::directory_iterator(originals), fs::directory_iterator()));
@@ -185,6 +155,25 @@ std::vector<Tick> checkLibrary(const std::vector<ReportRow>& report, const fs::p
             {soundSame && count > 0, "The audio data of every file is what it was"},
             {filed && count > 0, "The player's playlists have each track where it was filed"},
             {untouched && notFound > 0, "The files of tracks not found are what they were"}};
+}
+
+void showLibrary(const CleaningReport& report, const fs::path& music, const fs::path& originals,
+                 const Show& show) {
+    show("\nThe library before and after, as the files have it");
+    for (const auto& row : report) {
+        const std::string& art = row.at("after.artType");
+        show("  " + toUtf8(nameOf(row).native()) + "  ->  " + row.at("playlist") +
+             (art == "-" ? "" : ", cover art " + art + ", " + row.at("after.artBytes") + " bytes"));
+        for (const auto& [name, text] : tagsOf(row)) {
+            std::string line(name.begin(), name.end());
+            line.resize(16, ' ');
+            const std::string before = tagOf(originals / nameOf(row), name);
+            const std::string after = tagOf(music / nameOf(row), name);
+            if (before != after || before != "-")
+                show("      " + line + before + (before == after ? "" : "  ->  " + after));
+        }
+    }
+    show("");
 }
 
 }  // namespace orvane::check

@@ -3,6 +3,7 @@
 // What the music files themselves hold, read without the player and without the plug-in.
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -10,22 +11,14 @@
 
 namespace orvane::check {
 
-// The text of a tag by the name that it has in a file; "-" when there is none.
-[[nodiscard]] std::string tagOf(const std::filesystem::path& track, std::u16string_view name);
+// A tag by the name that it has in a file, and its text, "-" for none.
+using Tags = std::vector<std::pair<std::u16string, std::string>>;
 
-// What a tag must be, "-" for none.
-struct Tag {
-    std::u16string_view name;  // in the file
-    std::string text;
-};
-
-// Compares files with what they must hold.
+// Compares files below one folder with what they must hold.
 class FileChecks {
 public:
-    // `expected` names files from `folder` on.
     explicit FileChecks(std::filesystem::path folder) : m_folder(std::move(folder)) {}
-
-    [[nodiscard]] bool tagsAre(const std::filesystem::path& track, const std::vector<Tag>& tags);
+    [[nodiscard]] bool tagsAre(const std::filesystem::path& track, const Tags& tags);
     [[nodiscard]] bool pictureIs(const std::filesystem::path& track,
                                  const std::filesystem::path& image);
 
@@ -35,30 +28,25 @@ public:
     std::string expected;
 
 private:
-    void note(const std::filesystem::path& track, const std::string& what,
-              const std::string& wanted);
+    bool compared(const std::filesystem::path& track, const std::string& what,
+                  const std::string& wanted, const std::string& is);
 
     std::filesystem::path m_folder;
 };
 
-// A line of the application's report of the cleaning (tab-separated; "-" for nothing).
-struct ReportRow {
-    std::string path, verdict, playlist;
-    std::vector<Tag> tags;  // as the application read them back
-    std::string artBefore, art, artBytes, artFrom;
-    [[nodiscard]] std::filesystem::path name() const;  // of the track's file
-};
-[[nodiscard]] std::vector<ReportRow> readReport(const std::filesystem::path& report);
+// The application's report of the cleaning: for each track the cells by their headings.
+using CleaningReport = std::vector<std::map<std::string, std::string>>;
+[[nodiscard]] CleaningReport readReport(const std::filesystem::path& file);
 
 // Compares the report with the files in `music`, their originals, and the playlists that the player
 // printed. Answers six ticks.
-[[nodiscard]] std::vector<Tick> checkLibrary(const std::vector<ReportRow>& report,
+[[nodiscard]] std::vector<Tick> checkLibrary(const CleaningReport& report,
                                              const std::filesystem::path& music,
                                              const std::filesystem::path& originals,
                                              const std::string& playerOutput, FileChecks& files);
 
-// The library before and after, as the files have it: five lines for each track.
-void showTable(const std::vector<ReportRow>& report, const std::filesystem::path& music,
-               const std::filesystem::path& originals, const Show& show);
+// The library before and after, as the files have it.
+void showLibrary(const CleaningReport& report, const std::filesystem::path& music,
+                 const std::filesystem::path& originals, const Show& show);
 
 }  // namespace orvane::check

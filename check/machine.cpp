@@ -1,5 +1,7 @@
 #include "check/machine.h"
 
+#include <shlobj.h>
+
 #include <vector>
 
 #include "common/names/names.h"
@@ -11,14 +13,6 @@ namespace {
 
 using standin::toUtf8;
 
-constexpr DWORD kWindows11 = 22000;  // the build; its name in the registry is still the old one
-
-template <typename Function>
-Function systemFunction(const char* name) {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
-
 std::string systemValue(const wchar_t* name) {
     wchar_t text[256] = {};
     DWORD size = sizeof(text);
@@ -27,36 +21,29 @@ std::string systemValue(const wchar_t* name) {
     return toUtf8(text);
 }
 
+std::filesystem::path realFile(const std::filesystem::path& file) {
+    std::error_code ignored;
+    return !isWine() && std::filesystem::exists(file, ignored) ? file : std::filesystem::path();
+}
+
 }  // namespace
 
 std::string windowsVersion() {
-    RTL_OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof(version);
-    // The other calls tell an old program what it wants to hear.
-    if (const auto ask = systemFunction<LONG(WINAPI*)(RTL_OSVERSIONINFOW*)>("RtlGetVersion"))
-        ask(&version);
     BOOL on64 = FALSE;
     IsWow64Process(GetCurrentProcess(), &on64);
     wchar_t language[LOCALE_NAME_MAX_LENGTH] = {};
     GetUserDefaultLocaleName(language, LOCALE_NAME_MAX_LENGTH);
-    const auto wine = systemFunction<const char*(CDECL*)()>("wine_get_version");
-    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", " +
-           std::to_string(version.dwMajorVersion) + "." + std::to_string(version.dwMinorVersion) +
-           "." + std::to_string(version.dwBuildNumber) +
-           (version.dwBuildNumber >= kWindows11 ? " (Windows 11)" : "") +
-           (on64 ? ", 64-bit" : ", 32-bit") + ", " + toUtf8(language) +
-           (wine != nullptr ? std::string(", really Wine ") + wine() : "");
+    // The product's name is that of Windows 10 still in Windows 11: build 22000 and above.
+    return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", build " +
+           systemValue(L"CurrentBuildNumber") + (on64 ? ", 64-bit, " : ", 32-bit, ") +
+           toUtf8(language) + (isWine() ? ", really Wine" : "");
 }
 
-bool isWine() { return systemFunction<void*>("wine_get_version") != nullptr; }
-
-bool hasAdministratorsRights() {
-    BYTE group[SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof(group);
-    BOOL member = FALSE;
-    return CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, group, &size) &&
-           CheckTokenMembership(nullptr, group, &member) && member;
+bool isWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
+
+bool hasAdministratorsRights() { return IsUserAnAdmin() != FALSE; }
 
 bool orvaneRuns() {
     return static_cast<bool>(
@@ -77,19 +64,14 @@ std::filesystem::path sharedLog() {
 std::filesystem::path realPlayer() {
     wchar_t folder[MAX_PATH] = {};
     // In a 32-bit program: the folder of such programs.
-    if (isWine() || GetEnvironmentVariableW(L"ProgramFiles", folder, MAX_PATH) == 0) return {};
-    const auto player = std::filesystem::path(folder) / L"Windows Media Player" / L"wmplayer.exe";
-    std::error_code ignored;
-    return std::filesystem::exists(player, ignored) ? player : std::filesystem::path();
+    GetEnvironmentVariableW(L"ProgramFiles", folder, MAX_PATH);
+    return realFile(std::filesystem::path(folder) / L"Windows Media Player" / L"wmplayer.exe");
 }
 
 std::filesystem::path realFormatRuntime() {
     wchar_t folder[MAX_PATH] = {};
-    if (isWine()) return {};
     if (GetSystemWow64DirectoryW(folder, MAX_PATH) == 0) GetSystemDirectoryW(folder, MAX_PATH);
-    const auto runtime = std::filesystem::path(folder) / L"wmvcore.dll";
-    std::error_code ignored;
-    return std::filesystem::exists(runtime, ignored) ? runtime : std::filesystem::path();
+    return realFile(std::filesystem::path(folder) / L"wmvcore.dll");
 }
 
 std::string fileVersion(const std::filesystem::path& file) {

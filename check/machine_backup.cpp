@@ -2,6 +2,8 @@
 
 #include <cstring>
 #include <optional>
+#include <sstream>
+#include <system_error>
 #include <vector>
 
 #include "check/machine.h"
@@ -15,50 +17,36 @@ namespace {
 
 constexpr const wchar_t* kKeyItself = L"\x01";
 
-// A key with all below it, one that is only there or not, or one value of a key that is not ours.
-enum class Extent { all, onlyItself, oneValue };
-struct Place {
-    HKEY root;
-    std::wstring path;
-    Extent extent;
-    const wchar_t* value = nullptr;
+// Keys have "M" (local machine) or "U" (current user) ahead of their path.
+HKEY rootOf(const std::wstring& key) {
+    return key.front() == L'M' ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+const wchar_t* pathOf(const std::wstring& key) { return key.c_str() + 1; }
+
+const std::wstring kClasses = L"MSoftware\\Classes\\CLSID\\";
+const std::wstring kWholeKeys[] = {
+    L"MSoftware\\OrVaneMedia",
+    L"MSoftware\\Microsoft\\MediaPlayer\\UIPlugins",
+    L"USoftware\\Microsoft\\MediaPlayer\\UIPlugins",
+    kClasses + names::kClassId.wide(),
+    // The tests make these.
+    kClasses + L"{neighbour}",
+    L"USoftware\\OrVaneMediaUtilTests \u00E9\u65E5\u672C",
 };
-std::vector<Place> places() {
-    const std::wstring classes = L"Software\\Classes\\CLSID\\";
-    const std::wstring player = L"Software\\Microsoft\\MediaPlayer";
-    const std::wstring plugins = player + L"\\UIPlugins";
-    return {
-        {HKEY_LOCAL_MACHINE, L"Software\\OrVaneMedia", Extent::all},
-        {HKEY_LOCAL_MACHINE, player, Extent::onlyItself},
-        {HKEY_LOCAL_MACHINE, plugins, Extent::all},
-        {HKEY_LOCAL_MACHINE, classes + names::kClassId.wide(), Extent::all},
-        // One of the tests makes it.
-        {HKEY_LOCAL_MACHINE, classes + L"{neighbour}", Extent::all},
-        {HKEY_LOCAL_MACHINE, kShellFolders, Extent::oneValue, kCommonAppData},
-        {HKEY_LOCAL_MACHINE, kShellFolders, Extent::oneValue,
-         L"Common AppData before OrVane's tests"},
-        {HKEY_CURRENT_USER, player, Extent::onlyItself},
-        {HKEY_CURRENT_USER, plugins, Extent::all},
-        {HKEY_CURRENT_USER, L"Software\\OrVaneMediaUtilTests \u00E9\u65E5\u672C", Extent::all},
-    };
-}
+// Only whether they are there.
+const std::wstring kBareKeys[] = {L"MSoftware\\Microsoft\\MediaPlayer",
+                                  L"USoftware\\Microsoft\\MediaPlayer"};
+// Of the key kShellFolders.
+const wchar_t* const kValues[] = {kCommonAppData, L"Common AppData before OrVane's tests"};
 
-// "0" or "1" ahead of the path, for the root.
-std::wstring nameOf(HKEY root, const std::wstring& path) {
-    return (root == HKEY_LOCAL_MACHINE ? L"0" : L"1") + path;
-}
-HKEY rootOf(const std::wstring& name) {
-    return name.front() == L'0' ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-}
-
-std::optional<std::pair<std::uint32_t, std::wstring>> readValue(HKEY key, const wchar_t* name) {
+std::optional<RegistryValue> readValue(HKEY key, const wchar_t* name) {
     DWORD type = 0;
     DWORD size = 0;
     if (RegQueryValueExW(key, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return {};
     std::vector<BYTE> data(size);
     if (RegQueryValueExW(key, name, nullptr, &type, data.data(), &size) != ERROR_SUCCESS) return {};
     data.resize(size);
-    return std::pair{static_cast<std::uint32_t>(type), std::wstring(data.begin(), data.end())};
+    return RegistryValue{type, std::wstring(data.begin(), data.end())};
 }
 
 std::int64_t sizeOf(const std::filesystem::path& file) {
@@ -67,32 +55,10 @@ std::int64_t sizeOf(const std::filesystem::path& file) {
     return none ? -1 : static_cast<std::int64_t>(size);
 }
 
-// The file is a list of texts, each behind its length in units.
-void put(std::string& out, const std::wstring& text) {
-    const auto length = static_cast<std::uint32_t>(text.size());
-    out.append(reinterpret_cast<const char*>(&length), sizeof(length));
-    out.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
-}
-// The texts up to the first that is not whole.
-std::vector<std::wstring> allTexts(const std::string& in) {
-    std::vector<std::wstring> texts;
-    std::uint32_t length = 0;
-    for (std::size_t at = 0; in.size() - at >= sizeof(length); at += length * sizeof(wchar_t)) {
-        std::memcpy(&length, in.data() + at, sizeof(length));
-        at += sizeof(length);
-        if ((in.size() - at) / sizeof(wchar_t) < length) break;
-        texts.emplace_back(length, L'\0');
-        std::memcpy(texts.back().data(), in.data() + at, length * sizeof(wchar_t));
-    }
-    return texts;
-}
-
-}  // namespace
-
-void MachineBackup::readKey(HKEY root, const std::wstring& path, bool content, Values& values) {
+void readKey(const std::wstring& path, bool content, RegistryValues& values) {
     UniqueRegKey key;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS) return;
-    values[{nameOf(root, path), kKeyItself}] = {};
+    if (RegOpenKeyExW(rootOf(path), pathOf(path), 0, KEY_READ, key.put()) != ERROR_SUCCESS) return;
+    values[{path, kKeyItself}] = {};
     if (!content) return;
     std::wstring name(16384, L'\0');
     const auto nextName = [&](const auto& enumerate, DWORD index) -> std::optional<std::wstring> {
@@ -103,42 +69,44 @@ void MachineBackup::readKey(HKEY root, const std::wstring& path, bool content, V
         return name.substr(0, length);
     };
     for (DWORD index = 0; const auto value = nextName(RegEnumValueW, index); ++index)
-        if (const auto read = readValue(key.get(), value->c_str()))
-            values[{nameOf(root, path), *value}] = *read;
+        if (const auto read = readValue(key.get(), value->c_str())) values[{path, *value}] = *read;
     for (DWORD index = 0; const auto child = nextName(RegEnumKeyExW, index); ++index)
-        readKey(root, path + L"\\" + *child, true, values);
+        readKey(path + L"\\" + *child, true, values);
 }
 
-MachineBackup::Values MachineBackup::readRegistry() {
-    Values values;
-    for (const auto& [root, path, extent, value] : places()) {
-        if (extent != Extent::oneValue) {
-            readKey(root, path, extent == Extent::all, values);
-            continue;
-        }
-        UniqueRegKey key;
-        RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.put());
-        if (const auto read = key ? readValue(key.get(), value) : std::nullopt)
-            values[{nameOf(root, path), value}] = *read;
-    }
+RegistryValues readRegistry() {
+    RegistryValues values;
+    for (const auto& key : kWholeKeys) readKey(key, true, values);
+    for (const auto& key : kBareKeys) readKey(key, false, values);
+    UniqueRegKey folders;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, kShellFolders, 0, KEY_READ, folders.put());
+    for (const wchar_t* const value : kValues)
+        if (const auto read = folders ? readValue(folders.get(), value) : std::nullopt)
+            values[{std::wstring(L"M") + kShellFolders, value}] = *read;
     return values;
 }
+
+// Ends each text of the file: no character, so that no name has it. U+FFFF would be the stream's
+// own mark for the end of input.
+constexpr wchar_t kEnd = L'\xFFFE';
+
+}  // namespace
 
 bool MachineBackup::save(const std::filesystem::path& file) {
     m_values = readRegistry();
     m_log = sharedLog();
     m_logSize = sizeOf(m_log);
     m_logFolderExisted = test::isFolder(m_log.parent_path());
-    std::string out;
+    std::wstring out;
     for (const auto& text : {m_log.native(), std::to_wstring(m_logSize),
                              std::to_wstring(m_logFolderExisted), std::to_wstring(m_values.size())})
-        put(out, text);
+        out += text + kEnd;
     for (const auto& [where, value] : m_values)
-        for (const auto& text :
-             {where.first, where.second, std::to_wstring(value.first), value.second})
-            put(out, text);
+        out += where.first + kEnd + where.second + kEnd + std::to_wstring(value.first) + kEnd +
+               value.second + kEnd;
     try {
-        test::writeFile(file, out);
+        test::writeFile(file, std::string_view(reinterpret_cast<const char*>(out.data()),
+                                               out.size() * sizeof(wchar_t)));
     } catch (const std::system_error&) {
         return false;
     }
@@ -148,7 +116,12 @@ bool MachineBackup::save(const std::filesystem::path& file) {
 
 bool MachineBackup::load(const std::filesystem::path& file) {
     constexpr std::size_t kHead = 4, kEntry = 4;
-    const auto texts = allTexts(test::readText(file));
+    const std::string in = test::readText(file);
+    std::wstring content(in.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(content.data(), in.data(), content.size() * sizeof(wchar_t));
+    std::wistringstream stream(content);
+    std::vector<std::wstring> texts;
+    for (std::wstring text; std::getline(stream, text, kEnd);) texts.push_back(text);
     if (texts.size() < kHead ||
         texts.size() != kHead + kEntry * std::wcstoul(texts[3].c_str(), nullptr, 10))
         return false;
@@ -163,7 +136,7 @@ bool MachineBackup::load(const std::filesystem::path& file) {
 }
 
 void MachineBackup::restoreRegistry(std::string& problems) const {
-    const Values now = readRegistry();
+    const RegistryValues now = readRegistry();
     const auto note = [&](LSTATUS result, const std::wstring& key) {
         if (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND) return;
         problems += "the registry key " + standin::toUtf8(key.substr(1)) + ": error " +
@@ -174,8 +147,8 @@ void MachineBackup::restoreRegistry(std::string& problems) const {
     for (const auto& [where, value] : now) {
         const auto& [key, name] = where;
         if (m_values.contains(where)) continue;
-        note(name == kKeyItself ? RegDeleteTreeW(rootOf(key), key.c_str() + 1)
-                                : RegDeleteKeyValueW(rootOf(key), key.c_str() + 1, name.c_str()),
+        note(name == kKeyItself ? RegDeleteTreeW(rootOf(key), pathOf(key))
+                                : RegDeleteKeyValueW(rootOf(key), pathOf(key), name.c_str()),
              key);
     }
     for (const auto& [where, value] : m_values) {
@@ -183,7 +156,7 @@ void MachineBackup::restoreRegistry(std::string& problems) const {
         const auto found = now.find(where);
         if (found != now.end() && found->second == value) continue;
         UniqueRegKey opened;
-        LSTATUS result = RegCreateKeyExW(rootOf(key), key.c_str() + 1, 0, nullptr, 0, KEY_SET_VALUE,
+        LSTATUS result = RegCreateKeyExW(rootOf(key), pathOf(key), 0, nullptr, 0, KEY_SET_VALUE,
                                          nullptr, opened.put(), nullptr);
         const std::vector<BYTE> data(value.second.begin(), value.second.end());
         if (result == ERROR_SUCCESS && name != kKeyItself)

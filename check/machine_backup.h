@@ -1,7 +1,5 @@
 #pragma once
 
-#include <windows.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -9,6 +7,11 @@
 #include <utility>
 
 namespace orvane::check {
+
+// A value's type and its data, each byte as a character.
+using RegistryValue = std::pair<std::uint32_t, std::wstring>;
+// By key and name. An existing key has an entry of its own, with the name kKeyItself.
+using RegistryValues = std::map<std::pair<std::wstring, std::wstring>, RegistryValue>;
 
 // What a check may change on a machine, as it was before: the registry's keys and values that the
 // tests, the plug-in and the application touch, and the length of the shared log. Kept in a file
@@ -26,18 +29,11 @@ public:
     [[nodiscard]] std::string restore();
 
 private:
-    // A value's type and its data, each byte as a character.
-    using Value = std::pair<std::uint32_t, std::wstring>;
-    // By key and name. An existing key has an entry of its own, with the name kKeyItself.
-    using Values = std::map<std::pair<std::wstring, std::wstring>, Value>;
-
-    static Values readRegistry();
-    static void readKey(HKEY root, const std::wstring& path, bool content, Values& values);
     void restoreRegistry(std::string& problems) const;
     void restoreLog(std::string& problems) const;
 
     std::filesystem::path m_file;
-    Values m_values;
+    RegistryValues m_values;
     std::filesystem::path m_log;  // empty: the system names no folder for it
     std::int64_t m_logSize = -1;  // -1: there was none
     bool m_logFolderExisted = false;

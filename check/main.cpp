@@ -13,6 +13,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -29,35 +30,24 @@ int say(const Kit& kit, ExitCode code, const std::string& text) {
 }
 
 // False when there is a word too many, or one that is not known.
-bool readWords(int argc, wchar_t** argv, Kit& kit, Job& job, bool& putback) {
+bool readWords(int argc, wchar_t** argv, Kit& kit, Job& job) {
     constexpr std::wstring_view kWork = L"--work=";
-    std::wstring_view what;
-    for (int i = 1; i < argc; ++i) {
-        const std::wstring_view word = argv[i];
+    std::vector<std::wstring_view> words;
+    for (const std::wstring_view word : std::span(argv + 1, static_cast<std::size_t>(argc - 1))) {
         if (word.starts_with(kWork)) {
             kit.work = fs::absolute(word.substr(kWork.size()));
             kit.keepsWork = true;
-        } else if (word == L"--link") {
-            job.linkOnly = true;
         } else if (word == L"--installed") {
             job.installed = true;
-        } else if (what.empty()) {
-            what = word;
-        } else if (job.path.empty()) {
-            job.path = fs::absolute(word);
         } else {
-            return false;
+            words.push_back(word);
         }
     }
-    putback = what == L"putback";
-    if (what == L"player") job.what = Job::player;
-    if (what == L"demo") job.what = Job::demo;
-    if (what == L"console") job.what = Job::console;
-    if (job.what == Job::player && job.path.empty()) job.path = realPlayer();
-    const bool takesPath = job.what == Job::player || job.what == Job::console;
-    return (what.empty() || putback || job.what != Job::everything) &&
-           (takesPath || job.path.empty()) &&
-           (job.what == Job::demo || !(job.linkOnly || job.installed));
+    if (!words.empty()) job.what = words[0];
+    if (words.size() > 1) job.path = fs::absolute(words[1]);
+    const bool takesPath = job.what == L"player" || job.what == L"console";
+    return words.size() <= (takesPath ? 2 : 1) && (job.what == L"demo" || !job.installed) &&
+           (takesPath || words.empty() || job.what == L"demo" || job.what == L"putback");
 }
 
 int main(int argc, wchar_t** argv) {
@@ -68,8 +58,7 @@ int main(int argc, wchar_t** argv) {
     }
     Kit kit = findKit();
     Job job;
-    bool putback = false;
-    const bool understood = readWords(argc, argv, kit, job, putback);
+    const bool understood = readWords(argc, argv, kit, job);
     MachineBackup cutShort;
     if (cutShort.load(kit.backup())) {
         removeFiles(kit);
@@ -83,19 +72,14 @@ int main(int argc, wchar_t** argv) {
                            left);
         say(kit, allWell, words + "has been put back.");
     }
-    if (putback) return allWell;
+    if (job.what == L"putback") return allWell;
     if (!understood)
         return say(kit, notTried,
                    "There are only check.cmd, check.cmd player, check.cmd demo and check.cmd "
                    "console; nothing was done.");
-    if (job.what == Job::player && job.path.empty())
+    if (job.what == L"player" && job.path.empty()) job.path = realPlayer();
+    if (job.what == L"player" && job.path.empty())
         return say(kit, notTried, "Windows Media Player is not installed here; nothing was done.");
-    if (job.what == Job::console && job.path.empty()) {
-        job.path = kit.work / "console" / "music";
-        copyTracks(kit.tracks(), job.path);
-    } else if (job.what == Job::console && !fs::is_directory(job.path)) {
-        return say(kit, notTried, "The console's folder of tracks is not there.");
-    }
     return Check(kit, job).run();
 }
 

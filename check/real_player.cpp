@@ -60,8 +60,9 @@ RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player) {
     result.ticks.push_back({transcript.has("launched by wmp"),
                             "The plug-in started the application, through the registry"});
     result.ticks.push_back({closed, "The player has closed"});
-    result.details = "--- the player's rules\n" + rules + transcript.problem +
-                     "--- what the application saw\n" + transcript.text;
+    result.problems = transcript.problem;
+    result.details =
+        "--- the player's rules\n" + rules + "--- what the application saw\n" + transcript.text;
     if (const std::string said = test::readText(start.output); !said.empty())
         result.details += "--- what the player printed\n" + said;
     return result;

@@ -7,11 +7,13 @@ namespace {
 
 void print(std::string_view text) {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    const std::wstring wide = standin::toWide(text);
+    std::string lines;
+    for (const char c : text) lines += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    const std::wstring wide = standin::toWide(lines);
     DWORD done = 0;
     // Not a console: somebody keeps it in a file.
     if (!WriteConsoleW(output, wide.data(), static_cast<DWORD>(wide.size()), &done, nullptr))
-        WriteFile(output, text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
+        WriteFile(output, lines.data(), static_cast<DWORD>(lines.size()), &done, nullptr);
 }
 
 }  // namespace
@@ -28,8 +30,9 @@ void Report::both(std::string_view line) {
     file(line);
 }
 
-void Report::screen(std::string_view line) const { print(std::string(line) + "\r\n"); }
-void Report::screenPart(std::string_view text) const { print(text); }
+void Report::screen(std::string_view text, const char* end) const {
+    print(std::string(text) + end);
+}
 
 void Report::file(std::string_view text, std::string_view indent) {
     std::string lines;

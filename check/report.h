@@ -13,7 +13,8 @@
 namespace orvane::check {
 
 // What the check says: on the screen for whoever runs it, in the report for whoever reads it later.
-// Texts are UTF-8 without line ends. The report (UTF-8 with its mark, CR LF) is on the disk up to
+// Texts are UTF-8, of one or more lines with "\n"
+// between them. The report (UTF-8 with its mark, CR LF) is on the disk up to
 // its last line at any moment. One thread.
 class Report {
 public:
@@ -22,9 +23,8 @@ public:
     [[nodiscard]] bool isOpen() const { return static_cast<bool>(m_file); }
 
     void both(std::string_view line);
-    void screen(std::string_view line) const;
-    // The beginning of a line that goes on.
-    void screenPart(std::string_view text) const;
+    // `end` is empty for the beginning of a line that goes on.
+    void screen(std::string_view text, const char* end = "\n") const;
     // `text` may have several lines; each gets the indent.
     void file(std::string_view text, std::string_view indent = {});
 

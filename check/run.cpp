@@ -36,10 +36,9 @@ std::string registerPlugin(const Kit& kit, bool registered) {
         return "regsvr32 ended with code " + (code ? std::to_string(*code) : "none in a minute");
     if (!registered) return {};
     const std::wstring folder = kit.programs.native();
-    const std::size_t bytes = (folder.size() + 1) * sizeof(wchar_t);
-    const LSTATUS result =
-        RegSetKeyValueW(HKEY_LOCAL_MACHINE, names::kSettingsKey.wide(), names::kPathValue.wide(),
-                        REG_SZ, folder.c_str(), static_cast<DWORD>(bytes));
+    const LSTATUS result = RegSetKeyValueW(
+        HKEY_LOCAL_MACHINE, names::kSettingsKey.wide(), names::kPathValue.wide(), REG_SZ,
+        folder.c_str(), static_cast<DWORD>((folder.size() + 1) * sizeof(wchar_t)));
     if (result == ERROR_SUCCESS) return {};
     return "OrVane's folder cannot be named in the registry: error " + std::to_string(result);
 }
@@ -70,9 +69,7 @@ std::vector<Tick> Transcript::stepsOf(const std::string& script) const {
     return ticks;
 }
 
-Transcript followTranscript(
-    const fs::path& file, DWORD limitMs,
-    const std::function<void(const std::string& line, const std::string& words)>& read) {
+Transcript followTranscript(const fs::path& file, DWORD limitMs, const ReadLine& read) {
     Transcript transcript;
     std::string& text = transcript.text;
     const ULONGLONG begin = GetTickCount64();

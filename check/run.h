@@ -21,8 +21,9 @@ struct Tick {
 
 // What came of a run.
 struct RunResult {
-    std::vector<Tick> ticks;
-    std::string details;  // lines for the report: what went wrong, and the conversation
+    std::vector<Tick> ticks{};
+    std::string problems{};  // lines: what went wrong
+    std::string details{};   // lines for the report: the conversation
     [[nodiscard]] unsigned missed() const;
 };
 
@@ -48,11 +49,11 @@ struct Transcript {
     // A tick for each step of the script.
     [[nodiscard]] std::vector<Tick> stepsOf(const std::string& script) const;
 };
-// Reads a transcript until the script has its result. `read` gets each line, and its words without
-// the time ahead.
-[[nodiscard]] Transcript followTranscript(
-    const std::filesystem::path& file, DWORD limitMs,
-    const std::function<void(const std::string& line, const std::string& words)>& read);
+// Gets each line of a transcript, and its words without the time ahead.
+using ReadLine = std::function<void(const std::string& line, const std::string& words)>;
+// Reads a transcript until the script has its result.
+[[nodiscard]] Transcript followTranscript(const std::filesystem::path& file, DWORD limitMs,
+                                          const ReadLine& read);
 
 // The demo: the stand-in player and application with the registered plug-in, on copies of the
 // sample tracks. About half a minute. `linkOnly` leaves out the cleaning of the library.
@@ -60,15 +61,16 @@ struct Transcript {
 
 // Asks the system's player object, and the window of the player that is open, for the rules of
 // docs/player-rules.md: a line for each. Copies of a sample track are in the player's library
-// meanwhile. Some fifteen seconds. The calling thread has no COM apartment yet, or a single-threaded
-// one.
+// meanwhile. Some fifteen seconds. The calling thread has no COM apartment yet, or a
+// single-threaded one.
 [[nodiscard]] std::string askPlayer(const Kit& kit);
 
 // The registered plug-in in the real player, with the stand-in application. About a minute.
 [[nodiscard]] RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player);
 
 // The stand-in application at its prompt, which has this program's console or streams, and the
-// stand-in player. `library` is the folder of tracks. Returns when the application has ended.
+// stand-in player. `library` is the folder of tracks, or empty for copies of the samples. Returns
+// when the application has ended.
 void runConsole(const Kit& kit, const std::filesystem::path& library);
 
 }  // namespace orvane::check

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,10 +13,7 @@ namespace orvane::check {
 // that the kit leaves out.
 struct TestProgram {
     std::string name;
-    bool needsRights = false;     // writes where only an administrator may
-    bool needsRuntime = false;    // the Format runtime, or its stand-in
-    bool needsNoRuntime = false;  // that there is none at all
-    bool measuresTime = false;    // between processes: a busy machine may need a second try
+    std::set<std::string> needs;  // words of kit.txt
     std::string leftOut;          // GoogleTest's filter, empty for none
 };
 [[nodiscard]] std::vector<TestProgram> readTestPrograms(const std::filesystem::path& list);
@@ -28,8 +26,8 @@ struct Count {
 
 // Runs it in `folder`, where all programs are, and tells what came of it on both sides. `mark`
 // stands behind its name.
-void runTests(const TestProgram& program, const std::filesystem::path& folder,
-              const std::filesystem::path& work, const std::string& mark, Report& report,
-              Count& count);
+[[nodiscard]] Count runTests(const TestProgram& program, const std::filesystem::path& folder,
+                             const std::filesystem::path& work, const std::string& mark,
+                             Report& report);
 
 }  // namespace orvane::check

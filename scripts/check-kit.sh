@@ -19,14 +19,18 @@ mkdir -p "$output"
 kit=$(mktemp -d)
 trap 'rm -rf "$kit"' EXIT
 
+for test in $(ctest --test-dir build/win32 -N | sed -n 's/.*: \(.*_tests\)$/\1/p'); do
+    grep -qE "^test $test( |\$)" check/kit.txt || fail "check/kit.txt does not name the test program $test" "add its line"
+done
 say "the check's programs and tests"
 cmake --build build/win32 --target check_kit
 mkdir -p "$kit/programs/stand-in" "$kit/tests/data" "$kit/scripts/demo" "$kit/check" "$kit/docs"
-for program in $(sed -n 's/^\(test\|program\)  *\([^ ]*\).*/\2/p' check/kit.txt); do
+while read -r kind program _; do
+    [ "$kind" = test ] || [ "$kind" = program ] || continue
     file=build/win32/$program.exe
     [ -f "$file" ] || file=build/win32/$program.dll
     i686-w64-mingw32-strip -o "$kit/programs/${file##*/}" "$file"
-done
+done <check/kit.txt
 mv "$kit/programs/wmvcore.dll" "$kit/programs/stand-in/"
 # The module as it ships, with its link to the debug information.
 cp build/win32/OrVaneWmpPlugin.dll "$kit/programs/"

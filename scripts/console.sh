@@ -14,6 +14,8 @@ if [ $# -gt 0 ]; then
 fi
 build_preset win32 --target check OrVaneWmpPlugin OrVaneApp player wmvcore
 claim_wine
+trap end_everything EXIT
+trap 'exit 130' INT TERM
 start_wine_session
 
 say "the application's prompt; the player comes in a moment, its output is in build/console/player.txt"

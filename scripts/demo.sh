@@ -8,21 +8,21 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/demo/processes.sh
 
 options=()
-work=$build # a folder demo/ in it is made anew
-for argument in "$@"; do
-    case $argument in
-        --link) options+=(--link) ;;
-        --installed) # whatever plug-in and application the prefix has
-            options+=(--installed)
-            work=$build/installed
-            ;;
-        *) fail "the demo has no option '$argument'" "./dev demo, or ./dev demo --link for the short form without the library" ;;
-    esac
-done
+work=$build # the folder demo/ in it is made anew
+case $* in
+    '') ;;
+    --installed) # the short form, with whatever plug-in and application the prefix has
+        options=(--installed)
+        work=$build/installed
+        ;;
+    *) fail "the demo has no option '$*'" "./dev demo, or ./dev demo --installed for the short form with what is installed" ;;
+esac
 demo=$work/demo
 
 build_preset win32 --target check OrVaneWmpPlugin OrVaneApp player wmvcore
 claim_wine
+trap end_everything EXIT
+trap 'exit 130' INT TERM
 start_wine_session
 
 say "starting the player; its plug-in starts the application"

@@ -97,7 +97,7 @@ expect_equal "what is in OrVane's folder" \
 if [ "${1:-}" != --no-demo ]; then
     rm -f "$claim"
     kill "$wine_session" 2>/dev/null || true
-    if scripts/demo.sh --link --installed >"$build/logs/installed-demo.log" 2>&1; then good; else
+    if scripts/demo.sh --installed >"$build/logs/installed-demo.log" 2>&1; then good; else
         bad "the demo with the installed plug-in has failed: build/logs/installed-demo.log"
         tail -n 20 "$build/logs/installed-demo.log" >&2
     fi

@@ -16,8 +16,9 @@
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "harness/child.h"
+#include "harness/running_app.h"
+#include "harness/waiting.h"
 #include "tests/common/messages/recording_methods.h"
-#include "tests/plugin/fake_app.h"
 #include "tests/support/in_tree.h"
 
 namespace orvane::test {
@@ -90,7 +91,7 @@ private:
 
 TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
     const juce::ScopedJuceInitialiser_GUI juce;
-    FakeApp app;
+    RunningApp app;
     PageMethods methods;
     OrvaneAppConnector connector(&methods);
     ASSERT_TRUE(connector.connect());
@@ -134,6 +135,20 @@ TEST(ProtocolPage, CommandsAreAnsweredAsItSays) {
     const std::set<std::string_view> routed(all.begin(), all.end());
     EXPECT_EQ(names, routed);
     EXPECT_EQ(page.responses.size(), routed.size());
+}
+
+// A copy of common/names on purpose: the application's own developers rely on these.
+TEST(Names, AreThoseThatTheApplicationUses) {
+    const std::pair<const char*, const char*> table[] = {
+        {names::kRunningMutex.narrow(), "OrVaneApp_Process"},
+        {names::kEventPipe.narrow(), "IpcOrvaneEventPipe"},
+        {names::kCommandPipe.narrow(), "IpcOrvaneCommandPipe"},
+        {names::kSettingsKey.narrow(), "Software\\OrVaneMedia\\Settings"},
+        {names::kPathValue.narrow(), "Path"},
+        {names::kApplicationFile.narrow(), "OrVaneApp.exe"},
+        {names::kModuleFile.narrow(), "OrVaneWmpPlugin.dll"},
+        {names::kClassId.narrow(), "{9893A0E1-EE98-448F-81EE-D2D15666215E}"}};
+    for (const auto& [name, text] : table) EXPECT_STREQ(name, text);
 }
 
 TEST(ProtocolPage, FramesHaveTheBytesItShows) {

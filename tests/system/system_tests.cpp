@@ -3,14 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <thread>
 
+#include "common/names/names.h"
 #include "harness/child.h"
+#include "harness/raw_server.h"
 #include "harness/stall_meter.h"
-#include "tests/common/link/pipe_fixtures.h"
 
 namespace orvane::test {
 namespace {
@@ -20,41 +19,6 @@ constexpr const char* kHello = "  event     PlayerHello ";
 constexpr double kLongestStallMs = 2000 + 250;
 constexpr DWORD kReconnectMs = 2000 + 500;
 constexpr const char* kLongCommand = "start trackPath=\"C:\\none.wma\"";  // to --never=playing
-
-// A stranger that serves the event pipe in the application's place, again and again.
-class Squatter {
-public:
-    enum class Way { neverReads, writesGarbage, closesAtOnce };
-
-    explicit Squatter(Way way)
-        : m_thread([this, way] {
-              for (RawServer server("IpcOrvaneEventPipe"); !m_stop; server.reopen()) {
-                  if (!server.accept() || m_stop) continue;
-                  ++clients;
-                  while (way != Way::closesAtOnce && !m_stop && server.hasClient()) {
-                      Sleep(5);
-                      if (way == Way::writesGarbage) server.write(Bytes(4001, 0x9E));
-                  }
-              }
-              m_stopped = true;
-          }) {}
-    ~Squatter() {
-        // It may be waiting for a client: one comes from here.
-        for (m_stop = true; !m_stopped; Sleep(10))
-            const UniqueFile client(CreateFileW(L"\\\\.\\pipe\\IpcOrvaneEventPipe", GENERIC_READ, 0,
-                                                nullptr, OPEN_EXISTING, 0, nullptr));
-        m_thread.join();
-    }
-    Squatter(const Squatter&) = delete;
-    Squatter& operator=(const Squatter&) = delete;
-
-    std::atomic<unsigned> clients{0};
-
-private:
-    std::atomic<bool> m_stop{false};
-    std::atomic<bool> m_stopped{false};
-    std::thread m_thread;
-};
 
 class SystemTest : public ::testing::Test {
 protected:
@@ -156,7 +120,7 @@ TEST_F(SystemTest, AStrangerOnTheEventPipeDelaysThePlayerNoLongerThanOneWrite) {
         m_app->kill();
         StallMeter meter(m_window);
         {
-            const Squatter squatter(way);
+            const Squatter squatter(names::kEventPipe.narrow(), way);
             for (int i = 0; i < (way == Squatter::Way::neverReads ? 45 : 25); ++i) {
                 makeEvents(1);
                 Sleep(100);

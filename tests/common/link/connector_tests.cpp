@@ -6,9 +6,9 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
 #include "harness/process_state.h"
+#include "harness/running_app.h"
 #include "tests/common/link/pipe_fixtures.h"
 #include "tests/common/messages/recording_methods.h"
-#include "tests/plugin/fake_app.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/counted_memory.h"
 #include "tests/support/test_window.h"
@@ -144,7 +144,7 @@ protected:
     CapturedLog m_log;
     const juce::ScopedJuceInitialiser_GUI m_juce;
     RecordingMethods methods;
-    FakeApp app;
+    RunningApp app;
     std::unique_ptr<OrvaneAppConnector> connector = std::make_unique<OrvaneAppConnector>(&methods);
 };
 

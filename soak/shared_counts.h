@@ -1,7 +1,7 @@
 #pragma once
 
-// The processes around the player: this very program in another mode, and the figures that they
-// keep for it in shared memory.
+// The processes around the player are this program in another mode. The figures that they keep for
+// the player's process, in shared memory.
 
 #include <windows.h>
 
@@ -43,27 +43,9 @@ private:
     Counts* m_counts;
 };
 
-// Throws when the program does not start. Ended, by force, with this object at the latest.
-class Child {
-public:
-    explicit Child(const std::wstring& arguments);
-    ~Child() { kill(); }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    void kill();
-
-private:
-    UniqueHandle m_process;
-};
-
 // The modes of this program; none of them returns but by an error.
 int runApplication(const std::wstring& counts, bool deaf);
 int runSquatter(const std::wstring& counts);
 int runLogger(unsigned number);
-
-constexpr const wchar_t* kEventPipe = L"\\\\.\\pipe\\IpcOrvaneEventPipe";
-constexpr const wchar_t* kCommandPipe = L"\\\\.\\pipe\\IpcOrvaneCommandPipe";
-constexpr const wchar_t* kRunningMutex = L"OrVaneApp_Process";
 
 }  // namespace orvane::soak

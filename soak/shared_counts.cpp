@@ -1,4 +1,4 @@
-#include "soak/child.h"
+#include "soak/shared_counts.h"
 
 #include <stdexcept>
 
@@ -20,24 +20,5 @@ SharedCounts::SharedCounts(const std::wstring& name)
 }
 
 SharedCounts::~SharedCounts() { UnmapViewOfFile(m_counts); }
-
-Child::Child(const std::wstring& arguments) {
-    wchar_t program[1024] = {};
-    GetModuleFileNameW(nullptr, program, 1024);
-    std::wstring line = L"\"" + std::wstring(program) + L"\" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &started))
-        throw std::runtime_error("a process cannot be started");
-    const UniqueHandle thread(started.hThread);
-    m_process.reset(started.hProcess);
-}
-
-void Child::kill() {
-    TerminateProcess(m_process.get(), 99);
-    WaitForSingleObject(m_process.get(), 10'000);
-}
 
 }  // namespace orvane::soak
