@@ -82,7 +82,7 @@ LONG valuesOf(const Session& s, const wchar_t* attribute) {
 std::wstring valueAt(const Session& s, const wchar_t* attribute, LONG index) {
     VARIANT value{};
     s.track->getItemInfoByType(CComBSTR(attribute), CComBSTR(L""), index, &value);
-    const std::wstring text = value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : L"";
+    std::wstring text = value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : L"";
     VariantClear(&value);
     return text;
 }
