@@ -31,7 +31,6 @@ Check::Check(Kit kit, Job job)
 Check::~Check() {
     restore();
     SetConsoleCtrlHandler(&onClosed, FALSE);
-    s_current = nullptr;
 }
 
 BOOL WINAPI Check::onClosed(DWORD /*reason*/) {

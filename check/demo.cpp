@@ -16,8 +16,7 @@ using standin::toUtf8;
 
 constexpr const char* kParts[] = {"1-link.txt", "2-one-track.txt", "3-library.txt", "4-close.txt"};
 constexpr const wchar_t* kTrack = L"01 scarborough FAIR.wma";
-constexpr DWORD kWholeMs = 120'000;
-constexpr DWORD kPlayerEndsMs = 10'000;
+constexpr DWORD kWholeMs = 120'000, kPlayerEndsMs = 10'000;
 
 // The demo's covers: one for all, a PNG, and one too large for an attribute of 16-bit length.
 void makeCovers(const fs::path& data, const fs::path& covers) {
@@ -79,7 +78,7 @@ RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show) {
             if (words.starts_with("player> ")) player.tell(words.substr(8));
             if (words != "check one-track") return;
             const fs::path now = folder / "one-track.wma";  // the application goes on meanwhile
-            fs::copy_file(music / kTrack, now, fs::copy_options::overwrite_existing);
+            fs::copy_file(music / kTrack, now);
             oneTrackSeen = files.tagsAre(now, {{u"Title", "Scarborough Fair (Demo)"},
                                                {u"Author", "Les Min\u00E9strels"},
                                                {u"WM/AlbumArtist", "The Wandering Minstrels"},

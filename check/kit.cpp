@@ -11,7 +11,8 @@ std::size_t copyTracks(const fs::path& from, const fs::path& to) {
     std::size_t count = 0;
     for (const auto& entry : fs::directory_iterator(from)) {
         if (entry.path().extension() != ".wma") continue;
-        fs::copy_file(entry.path(), to / entry.path().filename(), fs::copy_options::skip_existing);
+        const fs::path copy = to / entry.path().filename();
+        if (!fs::exists(copy)) fs::copy_file(entry.path(), copy);
         ++count;
     }
     return count;

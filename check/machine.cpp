@@ -11,14 +11,12 @@
 namespace orvane::check {
 namespace {
 
-using standin::toUtf8;
-
 std::string systemValue(const wchar_t* name) {
     wchar_t text[256] = {};
     DWORD size = sizeof(text);
     RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name,
                  RRF_RT_REG_SZ, nullptr, text, &size);
-    return toUtf8(text);
+    return standin::toUtf8(text);
 }
 
 std::filesystem::path realFile(const std::filesystem::path& file) {
@@ -36,7 +34,7 @@ std::string windowsVersion() {
     // The product's name is that of Windows 10 still in Windows 11: build 22000 and above.
     return systemValue(L"ProductName") + " " + systemValue(L"DisplayVersion") + ", build " +
            systemValue(L"CurrentBuildNumber") + (on64 ? ", 64-bit, " : ", 32-bit, ") +
-           toUtf8(language) + (isWine() ? ", really Wine" : "");
+           standin::toUtf8(language) + (isWine() ? ", really Wine" : "");
 }
 
 bool isWine() {

@@ -61,10 +61,9 @@ RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player) {
                             "The plug-in started the application, through the registry"});
     result.ticks.push_back({closed, "The player has closed"});
     result.problems = transcript.problem;
-    result.details =
-        "--- the player's rules\n" + rules + "--- what the application saw\n" + transcript.text;
-    if (const std::string said = test::readText(start.output); !said.empty())
-        result.details += "--- what the player printed\n" + said;
+    result.details = "--- the player's rules\n" + rules + "--- what the application saw\n" +
+                     transcript.text + "--- what the player printed\n" +
+                     test::readText(start.output);
     return result;
 }
 

@@ -11,8 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr DWORD kRegisterMs = 60'000;
-constexpr DWORD kStartLimitMs = 60'000;
+constexpr DWORD kMinuteMs = 60'000;
 constexpr std::size_t kTimeLength = 12;  // "08:00:00.000"
 
 }  // namespace
@@ -31,7 +30,7 @@ std::string registerPlugin(const Kit& kit, bool registered) {
     start.commandLine = quoted(fs::path(system) / "regsvr32.exe") +
                         (registered ? L" /s " : L" /s /u ") +
                         quoted(kit.programs / names::kModuleFile.narrow());
-    const auto code = test::Child(start).exitCode(kRegisterMs);
+    const auto code = test::Child(start).exitCode(kMinuteMs);
     if (code != 0U)
         return "regsvr32 ended with code " + (code ? std::to_string(*code) : "none in a minute");
     if (!registered) return {};
@@ -82,7 +81,7 @@ Transcript followTranscript(const fs::path& file, DWORD limitMs, const ReadLine&
             if (line.find("  result: ") != line.npos) return transcript;
         }
         const ULONGLONG gone = GetTickCount64() - begin;
-        if (text.empty() && gone > kStartLimitMs)
+        if (text.empty() && gone > kMinuteMs)
             transcript.problem = "the plug-in did not start the application within a minute\n";
         else if (gone > limitMs)
             transcript.problem = "the application was not done after " +
