@@ -86,6 +86,10 @@ void Check::introduce() {
                   "\nused by the tests and the demo: the " +
                   (m_runtime.empty() ? "stand-in for the" : "real") + " Format runtime" +
                   "\nthe plug-in: " + fileVersion(m_kit.programs / names::kModuleFile.narrow()));
+    if (m_job.what == L"player")
+        m_report.screen(
+            "Copies of two small tracks are put into the player's library, changed, played\n"
+            "without sound, and taken out again.");
     m_report.screen(
         "This tries OrVane's plug-in for Windows Media Player on this machine, for two to\n"
         "five minutes. No music of yours is played, read or changed. What is changed on\n"

@@ -1,5 +1,6 @@
-// The plug-in in the real player. Nothing is played and no file is written: the player would keep
-// it in its user's library.
+// The plug-in in the real player. It plays nothing and writes no file: the player would keep that
+// in its user's library. Only the questions for the player's rules do, with copies of a sample
+// track.
 
 #include <windows.h>
 
@@ -38,12 +39,15 @@ RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player) {
     const auto start = playerStart(player, {}, folder, script);
     RunResult result;
     Transcript transcript;
+    std::string rules = "not asked: the script did not come so far\n";
     bool closed = false;
     {
         const test::Child child(start);
         transcript = followTranscript(folder / "transcript.txt", kWholeMs,
-                                      [](const std::string&, const std::string& words) {
-                                          if (words.starts_with("window> "))
+                                      [&](const std::string&, const std::string& words) {
+                                          if (words == "window> rules")
+                                              rules = askPlayer(kit);
+                                          else if (words.starts_with("window> "))
                                               changeWindow(words.substr(8));
                                       });
         closed = closePlayer();
@@ -57,8 +61,9 @@ RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player) {
                             "The plug-in started the application, through the registry"});
     result.ticks.push_back({closed, "The player has closed"});
     result.problems = transcript.problem;
-    result.details = "--- what the application saw\n" + transcript.text +
-                     "--- what the player printed\n" + test::readText(start.output);
+    result.details = "--- the player's rules\n" + rules + "--- what the application saw\n" +
+                     transcript.text + "--- what the player printed\n" +
+                     test::readText(start.output);
     return result;
 }
 

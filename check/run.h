@@ -59,6 +59,12 @@ using ReadLine = std::function<void(const std::string& line, const std::string& 
 // sample tracks. About half a minute. `linkOnly` leaves out the cleaning of the library.
 [[nodiscard]] RunResult runDemo(const Kit& kit, bool linkOnly, const Show& show);
 
+// Asks the system's player object, and the window of the player that is open, for the rules of
+// docs/player-rules.md: a line for each. Copies of a sample track are in the player's library
+// meanwhile. Some fifteen seconds. The calling thread has no COM apartment yet, or a
+// single-threaded one.
+[[nodiscard]] std::string askPlayer(const Kit& kit);
+
 // The registered plug-in in the real player, with the stand-in application. About a minute.
 [[nodiscard]] RunResult runRealPlayer(const Kit& kit, const std::filesystem::path& player);
 

@@ -37,7 +37,7 @@ cp build/win32/OrVaneWmpPlugin.dll "$kit/programs/"
 ! scripts/sign.sh --wanted || scripts/sign.sh "$kit/programs/OrVaneWmpPlugin.dll" "$kit/programs/check.exe"
 cp tests/data/*.wma tests/data/cover.* "$kit/tests/data/"
 cp scripts/demo/*.txt "$kit/scripts/demo/"
-cp docs/protocol.md "$kit/docs/"
+cp docs/protocol.md docs/player-rules.md "$kit/docs/"
 for text in check/kit.txt check/README.txt check/check.cmd LICENSE; do
     windows_text "$text" >"$kit/$text"
 done

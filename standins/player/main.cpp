@@ -71,7 +71,14 @@ void readStandardInput(const std::shared_ptr<Model>& model, Script& script) {
     }).detach();
 }
 
+// A plug-in that is at work on a file is asked again, until it lets the player go.
 void handleClose(Player& player) {
+    constexpr unsigned kAskAgainMs = 100;
+    if (player.window() == nullptr) return;
+    if (!player.plugins().mayClose()) {
+        player.model().apartment.postLater(kAskAgainMs, [&player] { handleClose(player); });
+        return;
+    }
     print("closing");
     player.plugins().unloadAll();
     DestroyWindow(player.window());
@@ -91,7 +98,7 @@ int run(const PlayerOptions& options) {
     Player player(options);
     std::string error;
     if (!player.openLibrary(error)) return fail(error);
-    if (!player.createWindow()) return fail("the main window cannot be made");
+    if (!player.createWindow()) return fail("the main window cannot be made: --help");
 
     const ModelPtr model = player.model().shared_from_this();
     model->report = print;
@@ -117,7 +124,9 @@ int run(const PlayerOptions& options) {
     runMessageLoop();
     player.plugins().freeModules();
     print(std::to_string(player.sinkCount()) + " event sink(s) left; closed");
-    return script.failures() == 0 ? 0 : 1;
+    print(std::to_string(usesOnOtherThreads()) + " use(s) of its objects on other threads");
+    const bool kept = !kOtherThreadsRefused || usesOnOtherThreads() == 0;
+    return kept && script.failures() == 0 ? 0 : 1;
 }
 
 }  // namespace
@@ -128,6 +137,7 @@ int main() try {
     using namespace orvane::standin;
     _setmode(_fileno(stdout), _O_BINARY);
     PlayerOptions options;
+    options.documentedAttributes = false;
     std::string error;
     if (!parseOptions(commandLine(), options, error)) return fail(error);
     if (options.help) {

@@ -30,6 +30,12 @@ public:
     size_t loadRegistered();
     // The same with one class that COM knows, registered or not.
     void load(const CLSID& clsid);
+    // Asks each plug-in as "QueryDestroy" whether it may go now; false when one answers with a
+    // text, which is for the user: it is at work on a file.
+    bool mayClose();
+    // A second object of each plug-in beside the first, without a core, as for its property page,
+    // released at once.
+    void makeSecond();
     // SetCore(null) and release. Safe inside a message of the main window, which the plug-in may
     // have subclassed: no module goes.
     void unloadAll();

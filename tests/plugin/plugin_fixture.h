@@ -29,6 +29,9 @@ protected:
         m_player.reset();
         EXPECT_EQ(standin::liveObjects(), 0) << "an object of the player's was not given back";
         EXPECT_EQ(canUnloadNow(), S_OK) << "an object was left behind";
+        const long strayed = standin::usesOnOtherThreads().exchange(0);
+        EXPECT_TRUE(strayed == 0 || !standin::kOtherThreadsRefused)
+            << strayed << " uses of the player's objects on other threads";
     }
 
     static CComPtr<IClassFactory> classFactory() {

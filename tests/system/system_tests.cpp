@@ -151,6 +151,19 @@ TEST_F(SystemTest, AHangingApplicationDoesNotHoldUpThePlayer) {
     EXPECT_EQ(countOf(m_app->output(), kHello), 2U);
 }
 
+TEST_F(SystemTest, ASecondObjectLeavesTheFirstAlone) {
+    ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=2"));
+    m_player->tell("second-object");
+    EXPECT_TRUE(m_player->prints(" second object: ", 15'000)) << m_player->output();
+    makeEvents(1);
+    EXPECT_TRUE(m_app->prints("  event     PlayerShown", 2000)) << m_app->output();
+    expectLink();
+    for (const char* once : {kHello, "ready: both pipes"})
+        EXPECT_EQ(countOf(m_app->output(), once), 1U) << m_app->output();
+    m_player->tell("close");
+    EXPECT_EQ(m_player->exitCode(5000), 0U) << m_player->output();
+}
+
 TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
     const auto leave = [&](const std::wstring& options, const char* how, DWORD code) {
         SCOPED_TRACE(how);
