@@ -14,7 +14,7 @@ namespace orvane::standin {
 
 // Whether the player's objects refuse calls from other threads, and every test and program ends
 // with no use of them there (see usesOnOtherThreads). Off for as long as the plug-in makes some.
-inline constexpr bool kOtherThreadsRefused = false;
+inline constexpr bool kOtherThreadsRefused = true;
 
 struct PlayerOptions {
     static constexpr unsigned kNever = ~0U;

@@ -204,8 +204,8 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     // The compiler's runtime and the system leave some handles with each load, used or not.
     int bare = -ProcessState::now().handles;
     for (int round = 0; round < 10; ++round) {
-        { const Module module; }
-        ASSERT_TRUE(isGoneSoon());
+        { const LoadedModule module; }
+        ASSERT_TRUE(LoadedModule::isGoneSoon());
     }
     bare += ProcessState::now().handles;
     EXPECT_LE(handles, bare * (rounds - warmUp) / 10 + 10);
