@@ -21,6 +21,7 @@
 #include "platform/handles.h"
 #include "platform/wmp_plugin_ui.h"
 #include "tests/plugin/test_player.h"
+#include "tests/support/in_tree.h"
 
 namespace orvane::test {
 namespace {
@@ -33,7 +34,11 @@ protected:
     standin::ComApartment m_apartment;
     PlayerWindow m_window;
     RunningApp m_app;
-    TestPlayer m_player{standin::PlayerOptions()};
+    TestPlayer m_player{[] {
+        standin::PlayerOptions options;
+        options.library = testData();
+        return options;
+    }()};
 };
 
 using Entries = std::set<std::string>;
@@ -290,19 +295,20 @@ protected:
         EXPECT_FALSE(m_window.isHooked());
         EXPECT_EQ(m_app.events.lines(1), Names{kGoodbye});
     }
-    // A command that stands in a call of the player's until m_goOn.
+    // A command that reads a music file until m_goOn.
     void beginCommand() {
-        m_player.during("IWMPCore::get_playState", [&] {
-            WaitForSingleObject(m_goOn.get(), INFINITE);
-            return S_OK;
-        });
-        ASSERT_TRUE(m_app.sendCommand("isPlaying"));
-        ASSERT_TRUE(eventually([&] { return m_player.callCount("IWMPCore::get_playState") > 0; }));
+        std::string error;
+        ASSERT_TRUE(m_player.openLibrary(error)) << error;
+        m_goOn.reset(CreateEventW(nullptr, TRUE, FALSE, L"OrVaneStandInFormatHold"));
+        OrvaneCommand read("getMediaInfoFromIndex");
+        read.setValue("trackIndex", "0");
+        ASSERT_TRUE(m_app.commands.deliver(read));
+        ASSERT_TRUE(pumpUntil([&] { return m_player.callCount("IWMPMedia::get_sourceURL") > 1; }));
     }
 
     std::function<void()> m_dialog;
     int m_postedSeen = 0;
-    const UniqueHandle m_goOn{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    UniqueHandle m_goOn;
     std::unique_ptr<LoadedModule> m_module = std::make_unique<LoadedModule>();
     CComPtr<IWMPPluginUI> m_plugin = m_module->createPlugin();
 };

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <thread>
 
+#include "media/file_rewrite.h"
 #include "tests/media/track_folder.h"
 #include "tests/plugin/plugin_fixture.h"
 #include "tests/support/captured_log.h"
@@ -189,6 +191,28 @@ TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
         CreateFileW(m_track.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_FALSE(get(0, m_folder.path(L"other.jpg")));
     EXPECT_FALSE(fs::exists(m_folder.path(L"other.jpg")));
+}
+
+// The picture's command is in the middle of the file when the player closes.
+TEST_F(MediaInfo, ClosingWaitsForAFileThatIsBeingRewritten) {
+    start();
+    const fs::path image = m_folder.file(L"new.jpg", someImage(40'000));
+    const UniqueHandle held(CreateEventW(nullptr, TRUE, FALSE, L"OrVaneStandInFormatHold"));
+    OrvaneCommand write("setMediaInfoToIndex");
+    write.setValue("trackIndex", "0");
+    write.setValue("albumArtPath", textOf(image));
+    ASSERT_TRUE(m_app->commands.deliver(write));
+    ASSERT_TRUE(pumpUntil([] { return FileRewrite::inProgress(); }));
+    std::thread disk([&] {
+        Sleep(Pipe::kClosePatienceMs + 500);
+        SetEvent(held.get());
+    });
+    const ULONGLONG begin = GetTickCount64();
+    m_plugin.Release();
+    EXPECT_GE(GetTickCount64() - begin, Pipe::kClosePatienceMs);
+    disk.join();
+    EXPECT_EQ(m_app->commands.lines(1), Names{"setMediaInfoToIndex return_value=true"});
+    EXPECT_GT(contentOf(m_track).size(), m_whole.size() + 40'000);
 }
 
 class Playlists : public PluginTest {
