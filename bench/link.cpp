@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "common/messages/orvane_message.h"
 #include "common/names/names.h"
 #include "harness/raw_server.h"
+#include "harness/recording_methods.h"
 #include "platform/handles.h"
 
 namespace orvane::bench {
@@ -136,7 +138,9 @@ void measureLink() {
     for (int i = 0; i < kRounds; ++i) {
         End events = End::made(names::kEventPipe.narrow());
         End commands = End::made(names::kCommandPipe.narrow());
-        OrvaneAppConnector connector({});
+        const auto methods = std::make_shared<test::RecordingMethods>();
+        methods->answer = false;
+        OrvaneAppConnector connector(methods);
         require(connector.connect(), "the connector does not connect");
         measureRoundTrip(commands, roundTrips);
         measureEvent(connector, events, written);

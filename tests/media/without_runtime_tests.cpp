@@ -26,8 +26,9 @@ TEST(WithoutRuntime, TagsAndPicturesBesideTheTrackAreStillThere) {
     juce::StringPairArray metadata;
     item.getMetadata(metadata);
     EXPECT_EQ(metadata["AlbumArt"], juce::String("0"));
-    EXPECT_EQ(WmpMediaItem::retrieveTrackCoverArt(TrackSource(&media), textOf(folder.path(L"out.jpg"))),
-              WmpMediaItem::Retrieved::noneThere);
+    EXPECT_EQ(
+        WmpMediaItem::retrieveTrackCoverArt(TrackSource(&media), textOf(folder.path(L"out.jpg"))),
+        WmpMediaItem::Retrieved::noneThere);
     EXPECT_FALSE(WmpMediaItem::setAlbumCoverArt(TrackSource(&media), image));
     juce::String found;
     EXPECT_TRUE(WmpMediaItem::findCoverArtFile(TrackSource(&media), found));
