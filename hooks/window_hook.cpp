@@ -4,6 +4,7 @@
 
 #include "platform/host_call.h"
 #include "platform/module.h"
+#include "platform/process_end.h"
 #include "util/log/log.h"
 
 namespace orvane {
@@ -149,6 +150,11 @@ bool WindowHook::postMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT CALLBACK WindowHook::HookProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
     if (hwnd == nullptr) return 0;
+    // The threads that might hold a lock of the hook's operations are dead by then.
+    if (processIsEnding) {
+        const WNDPROC own = rememberedProc(hwnd);
+        return own != nullptr ? CallWindowProcW(own, hwnd, message, wParam, lParam) : 0;
+    }
     // The window's own procedure may run a dialog in which the user turns the plug-in off.
     const HostCall call;
     WindowHook* const hook = hookOf(hwnd);

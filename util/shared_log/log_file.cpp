@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "util/files/directories.h"
 #include "util/files/file_handles.h"
@@ -119,15 +120,7 @@ void LogFile::do_closelog() noexcept {
     }
 }
 
-bool LogFile::append(const char* format, ...) noexcept {
-    va_list args;
-    va_start(args, format);
-    const bool written = log_msg_va(format, args);
-    va_end(args);
-    return written;
-}
-
-bool LogFile::log_msg_va(const char* format, va_list args) noexcept {
+bool LogFile::log_msg_va(const char* front, const char* format, va_list args) noexcept {
     va_list measured;
     va_copy(measured, args);
     const int length = _vscprintf(format, measured);
@@ -136,33 +129,32 @@ bool LogFile::log_msg_va(const char* format, va_list args) noexcept {
         diagnose("E: log_msg_va: _vscprintf returned a negative number (%d)\n", length);
         return false;
     }
-    if (length == 0) return true;
-
-    const std::size_t size = static_cast<std::size_t>(length) + 1;
-    const OwnedText text = allocateText(size);
-    if (!text) return false;
-    va_list formatted;
-    va_copy(formatted, args);
-    const int result = _vsnprintf(text.get(), size, format, formatted);
-    va_end(formatted);
+    const std::size_t before = std::strlen(front);
+    const std::size_t room = static_cast<std::size_t>(length) + 1;
+    const OwnedText line = allocateText(before + room);
+    if (!line) return false;
+    std::memcpy(line.get(), front, before);
+    const int result = _vsnprintf(line.get() + before, room, format, args);
     if (result < 0) {
         diagnose("E: log_msg_va: error writing buffer (%d)\n", errno);
         return false;
     }
+    const DWORD size = static_cast<DWORD>(before + room);
+    line.get()[size - 1] = '\n';  // in place of the terminator
 
     DWORD written = 0;
-    if (WriteFile(m_file.get(), text.get(), static_cast<DWORD>(length), &written, nullptr) == 0) {
+    if (WriteFile(m_file.get(), line.get(), size, &written, nullptr) == 0) {
         diagnose("E: log_msg_va: error %d writing buffer to file\n",
                  static_cast<int>(GetLastError()));
         return false;
     }
-    if (written != static_cast<DWORD>(length)) {
-        diagnose("E: log_msg_va: expected to write %d chars, but wrote %d\n", length,
-                 static_cast<int>(written));
+    if (written != size) {
+        diagnose("E: log_msg_va: expected to write %d chars, but wrote %d\n",
+                 static_cast<int>(size), static_cast<int>(written));
         return false;
     }
     if (logOption(LOG_PERROR)) {
-        std::fwrite(text.get(), 1, static_cast<std::size_t>(length), stderr);
+        std::fwrite(line.get(), 1, size, stderr);
         std::fflush(stderr);
     }
     return true;

@@ -20,9 +20,9 @@ public:
     [[nodiscard]] bool do_openlog() noexcept;
     void do_closelog() noexcept;
 
-    // Appends one piece of a line. A piece that cannot be written is dropped.
-    bool append(const char* format, ...) noexcept;
-    bool log_msg_va(const char* format, va_list args) noexcept;
+    // Appends one line in one write: `front` as it is, the message, the line's end. A line that
+    // cannot be formatted or written is dropped: false, after saying why. WriteFile.
+    bool log_msg_va(const char* front, const char* format, va_list args) noexcept;
 
 private:
     UniqueFile m_file;

@@ -22,8 +22,6 @@
 namespace orvane {
 namespace {
 
-constexpr DWORD kWaitTime = INFINITE;
-
 constinit std::atomic<bool> s_exiting{false};
 
 // Everything that needs this process's threads to take turns.
@@ -46,7 +44,7 @@ constinit Everlasting s_log;
 
 // One thread's turn at the state. There is none for a thread that has it already (a helper of the
 // log that logs), and none on the way out while another thread holds it: at process exit that
-// thread no longer exists, and waiting for it would never end.
+// thread no longer exists, and a wait for it would never end.
 class Turn {
 public:
     explicit Turn(LogState& state) noexcept : m_state(state) {
@@ -66,16 +64,9 @@ public:
 
 private:
     [[nodiscard]] bool take() noexcept {
-        constexpr int kAttempts = 20;
-        if (!s_exiting.load()) {
-            AcquireSRWLockExclusive(&m_state.turn);
-            return true;
-        }
-        for (int attempt = 0; attempt < kAttempts; ++attempt) {
-            if (TryAcquireSRWLockExclusive(&m_state.turn) != 0) return true;
-            Sleep(1);
-        }
-        return false;
+        if (s_exiting) return TryAcquireSRWLockExclusive(&m_state.turn) != 0;
+        AcquireSRWLockExclusive(&m_state.turn);
+        return true;
     }
 
     LogState& m_state;
@@ -142,14 +133,22 @@ bool translate_err_strings(int savedErrno, DWORD savedError, const char* format,
     return true;
 }
 
+// On the way out nobody is waited for: the mutex's owner may be a process that does not run on.
+bool acquire(LogState& state, const char* who, LogLock::Wait& wait) noexcept {
+    if (!state.lock.make()) return false;
+    wait = state.lock.acquire(who, s_exiting ? 0 : INFINITE);
+    return wait == LogLock::Wait::owned || wait == LogLock::Wait::abandoned;
+}
+
 void closeState(LogState& state) noexcept {
     constexpr const char* self = "closelog";
     setLogOptions(0);
     state.ident.reset();
-    if (!state.lock.make()) return;
-    const LogLock::Wait wait = state.lock.acquire(self, kWaitTime);
-    if (wait == LogLock::Wait::timedOut || wait == LogLock::Wait::failed) return;
-    state.lock.release(self);
+    if (!s_exiting) {
+        LogLock::Wait wait;
+        if (!acquire(state, self, wait)) return;
+        state.lock.release(self);
+    }
     state.lock.forget(self);
 }
 
@@ -164,25 +163,28 @@ void writeLine(int priority, const char* format, va_list args) {
 
     LogState& state = s_log.state;
     const Turn turn(state);
-    if (!turn || !state.lock.make()) return;
-    const LogLock::Wait wait = state.lock.acquire(self, kWaitTime);
-    if (wait == LogLock::Wait::timedOut || wait == LogLock::Wait::failed) return;
-
-    LogFile file;
-    if (!file.do_openlog()) {
-        state.lock.release(self);
-        return;
+    if (!turn) return;
+    const char severity =
+        static_cast<char>('0' + (static_cast<unsigned>(priority) & kSeverityBits));
+    char process[16] = "";
+    if (logOption(LOG_PID)) std::snprintf(process, sizeof process, "[%d] ", _getpid());
+    // Its first character is for the end of a line that an abandoned wait has left behind.
+    const OwnedText front = joinTexts({"\n",
+                                       time.text,
+                                       time.length > 0 ? " : <" : "<",
+                                       {&severity, 1},
+                                       "> ",
+                                       state.ident ? state.ident.get() : "unknown",
+                                       " : ",
+                                       process});
+    LogLock::Wait wait;
+    if (!front || !acquire(state, self, wait)) return;
+    if (LogFile file; file.do_openlog()) {
+        const int skipped = wait == LogLock::Wait::abandoned ? 0 : 1;
+        file.log_msg_va(front.get() + skipped, translated ? translated.get() : format, args);
     }
-    if (wait == LogLock::Wait::abandoned) file.append("\n");
-    if (time.length > 0) file.append("%s : ", time.text);
-    file.append("<%d> ", static_cast<int>(static_cast<unsigned>(priority) & kSeverityBits));
-    file.append("%s : ", state.ident ? state.ident.get() : "unknown");
-    if (logOption(LOG_PID)) file.append("[%d] ", _getpid());
-    file.log_msg_va(translated ? translated.get() : format, args);
-    file.append("\n");
-    file.do_closelog();
     state.lock.release(self);
-    if (s_exiting.load()) closeState(state);
+    if (s_exiting) closeState(state);
 }
 
 // In place before anything logs, in whatever links this.
@@ -208,7 +210,7 @@ void closelog() {
 }
 
 void closelog_on_exit() {
-    s_exiting.store(true);
+    s_exiting = true;
     closelog();
 }
 
