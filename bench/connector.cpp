@@ -2,16 +2,15 @@
 
 #include <windows.h>
 
-#include <juce_events/juce_events.h>
-
 #include <cstdint>
 #include <vector>
 
+#include "bench/counting_app.h"
 #include "bench/rows.h"
-#include "bench/running_app.h"
 #include "bench/samples.h"
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
+#include "harness/raw_server.h"
 #include "platform/handles.h"
 #include "util/log/log.h"
 
@@ -33,11 +32,10 @@ juce::StringArray paths(int count) {
 }  // namespace
 
 void measureReconnect() {
-    const juce::ScopedJuceInitialiser_GUI juce;
-    OrvaneAppConnector connector(nullptr);
+    OrvaneAppConnector connector({});
     const auto attempt = [&] { require(!connector.connect(), "an application is running"); };
     const auto bare = [] {
-        const UniqueFile pipe(CreateFileW(L"\\\\.\\pipe\\IpcOrvaneEventPipe",
+        const UniqueFile pipe(CreateFileW(test::pipePath(names::kEventPipe.narrow()).c_str(),
                                           GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                           FILE_FLAG_OVERLAPPED, nullptr));
         require(!pipe, "an application is running");
@@ -51,15 +49,14 @@ void measureReconnect() {
 }
 
 void measureSelections() {
-    const juce::ScopedJuceInitialiser_GUI juce;
-    OrvaneAppConnector connector(nullptr);
-    RunningApp app;
+    OrvaneAppConnector connector({});
+    CountingApp app;
     require(connector.connect(), "the connector does not connect");
 
     const auto few = paths(kFewPaths);
     const auto many = paths(kManyPaths);
     const Turns turns{.blocks = 15};
-    const auto arrived = [&] { app.events.waitForNext(); };
+    const auto arrived = [&] { app.waitForNext(); };
     compare({"40,000 paths built, written and sent", [&] { connector.cleanTracks("wmp", many); },
              arrived},
             {"10,000 paths", [&] { connector.cleanTracks("wmp", few); }, arrived}, turns);

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -9,30 +10,32 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
+#include "common/names/names.h"
+#include "harness/raw_server.h"
+#include "harness/recording_methods.h"
 #include "platform/handles.h"
 
 namespace orvane::bench {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using test::Bytes;
 
 constexpr int kRounds = 20;
 constexpr Turns kTurns{.blocks = 8, .samples = 32};
-constexpr const wchar_t* kEventPipe = L"\\\\.\\pipe\\IpcOrvaneEventPipe";
-constexpr const wchar_t* kCommandPipe = L"\\\\.\\pipe\\IpcOrvaneCommandPipe";
-constexpr const wchar_t* kBarePipe = L"\\\\.\\pipe\\OrvaneBenchBarePipe";
+constexpr const char* kBarePipe = "OrvaneBenchBarePipe";
 
 // One overlapped end of a pipe, by bare calls.
 class End {
 public:
     // Makes the pipe as the application does.
-    static End made(const wchar_t* path) {
-        return End(CreateNamedPipeW(path, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+    static End made(const char* name) {
+        return End(CreateNamedPipeW(test::pipePath(name).c_str(),
+                                    PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
                                     PIPE_TYPE_BYTE | PIPE_READMODE_BYTE, 1, 64, 64, 0, nullptr));
     }
-    static End opened(const wchar_t* path) {
-        return End(CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                               FILE_FLAG_OVERLAPPED, nullptr));
+    static End opened(const char* name) {
+        return End(CreateFileW(test::pipePath(name).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                               nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
     }
 
     [[nodiscard]] bool write(const Bytes& bytes) {
@@ -130,13 +133,14 @@ void measureEvent(OrvaneAppConnector& connector, End& events, Comparison& row) {
 }  // namespace
 
 void measureLink() {
-    const juce::ScopedJuceInitialiser_GUI juce;
     Comparison roundTrips;
     Comparison written;
     for (int i = 0; i < kRounds; ++i) {
-        End events = End::made(kEventPipe);
-        End commands = End::made(kCommandPipe);
-        OrvaneAppConnector connector(nullptr);
+        End events = End::made(names::kEventPipe.narrow());
+        End commands = End::made(names::kCommandPipe.narrow());
+        const auto methods = std::make_shared<test::RecordingMethods>();
+        methods->answer = false;
+        OrvaneAppConnector connector(methods);
         require(connector.connect(), "the connector does not connect");
         measureRoundTrip(commands, roundTrips);
         measureEvent(connector, events, written);

@@ -7,10 +7,9 @@
 #include <cstdio>
 #include <string>
 
+#include "bench/counting_app.h"
 #include "bench/rows.h"
-#include "bench/running_app.h"
 #include "platform/atl/atlcomcli.h"
-#include "platform/handles.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
 
@@ -31,7 +30,7 @@ public:
                                                       reinterpret_cast<void**>(&m_object))) &&
                     SUCCEEDED(m_object->SetCore(m_player.core())),
                 "the plug-in does not start");
-        app.events.waitForNext();
+        app.waitForNext();
     }
     ~LinkedPlayer() { m_object->SetCore(nullptr); }
     LinkedPlayer(const LinkedPlayer&) = delete;
@@ -40,7 +39,7 @@ public:
     [[nodiscard]] standin::Player& player() { return m_player; }
     [[nodiscard]] COrVaneWmpPlugin& plugin() { return static_cast<COrVaneWmpPlugin&>(*m_object.p); }
 
-    RunningApp app;
+    CountingApp app;
 
 private:
     static standin::PlayerOptions options(unsigned items) {
@@ -49,7 +48,6 @@ private:
         return result;
     }
 
-    const UniqueHandle m_running{CreateMutexW(nullptr, FALSE, L"OrVaneApp_Process")};
     standin::Player m_player;
     CComPtr<IWMPPluginUI> m_object;
 };
@@ -95,10 +93,10 @@ void measurePlayer(unsigned items) {
     CComBSTR path;
     find()->get_sourceURL(&path);
     require(SUCCEEDED(player.core()->put_URL(path)), "the item is not opened");
-    measure({("a track starts: read and sent" + of).c_str(),
-             [&] { linked.plugin().PlayStateChange(wmppsPlaying); },
-             [&] { linked.app.events.waitForNext(); }},
-            turns);
+    measure(
+        {("a track starts: read and sent" + of).c_str(),
+         [&] { linked.plugin().PlayStateChange(wmppsPlaying); }, [&] { linked.app.waitForNext(); }},
+        turns);
 }
 
 void measureIdle() {

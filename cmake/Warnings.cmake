@@ -15,10 +15,3 @@ if(ORVANE_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
   add_compile_definitions(ORVANE_SANITIZED)
 endif()
-
-# One of our own static libraries: warnings on, headers found from the top folder.
-function(orvane_library name)
-  add_library(${name} STATIC ${ARGN})
-  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE orvane_warnings)
-endfunction()

@@ -62,7 +62,7 @@ Child::Child(const Start& start) : m_job(CreateJobObjectW(nullptr, nullptr)) {
     SetHandleInformation(m_input.get(), HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.dwFlags = start.interactive ? 0 : STARTF_USESTDHANDLES;
     startup.hStdInput = input.get();
     startup.hStdOutput = startup.hStdError = output.get();
 
@@ -71,7 +71,7 @@ Child::Child(const Start& start) : m_job(CreateJobObjectW(nullptr, nullptr)) {
     PROCESS_INFORMATION started{};
     // Suspended until it is in the job: what it starts is then in it as well.
     if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE,
-                        CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr,
+                        CREATE_SUSPENDED | (start.interactive ? 0 : CREATE_NO_WINDOW), nullptr,
                         start.folder.empty() ? nullptr : start.folder.c_str(), &startup, &started))
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
                                 "CreateProcess");

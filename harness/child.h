@@ -27,6 +27,7 @@ public:
         // user's folder for temporary files, deleted with the object. "NUL" drops it.
         std::filesystem::path output{};
         std::map<std::wstring, std::wstring> environment{};  // added to ours
+        bool interactive = false;  // has this process's console and streams in place of `output`
     };
     // Throws std::system_error with the system's number when it does not start. CreateProcess.
     explicit Child(const Start& start);

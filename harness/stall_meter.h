@@ -18,9 +18,8 @@ public:
     StallMeter(const StallMeter&) = delete;
     StallMeter& operator=(const StallMeter&) = delete;
 
-    // How often it took so long that somebody would see it; to be asked after stop().
+    // Somebody would see a stall of so long.
     static constexpr double kSeenMs = 500;
-    [[nodiscard]] int seen() const { return m_seen; }
 
     // The longest time without an answer, in milliseconds. Not on the window's thread, whose last
     // answer it waits for.
@@ -40,12 +39,10 @@ private:
             const std::chrono::duration<double, std::milli> took =
                 std::chrono::steady_clock::now() - start;
             m_longest = std::max(m_longest, took.count());
-            if (took.count() > kSeenMs) ++m_seen;
         }
     }
 
     double m_longest = 0;
-    int m_seen = 0;
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 };

@@ -41,4 +41,23 @@ bool namesSameFile(const juce::String& path, const juce::String& other) {
            information.nFileIndexLow == otherInformation.nFileIndexLow;
 }
 
+juce::StringArray spellingsOf(const juce::String& path) {
+    juce::StringArray spellings(path);
+    const auto add = [&](const std::wstring& name, DWORD length) {
+        if (length == 0 || length >= name.size()) return;
+        juce::String text(name.c_str());
+        if (text.startsWith(R"(\\?\UNC\)"))
+            text = R"(\\)" + text.substring(8);
+        else if (text.startsWith(R"(\\?\)"))
+            text = text.substring(4);
+        spellings.addIfNotAlreadyThere(text, true);
+    };
+    std::wstring name(32'768, L'\0');
+    const auto size = static_cast<DWORD>(name.size());
+    add(name, GetFullPathNameW(fileNameOf(path).c_str(), size, name.data(), nullptr));
+    if (const UniqueFile file = openForQuery(path))
+        add(name, GetFinalPathNameByHandleW(file.get(), name.data(), size, FILE_NAME_NORMALIZED));
+    return spellings;
+}
+
 }  // namespace orvane

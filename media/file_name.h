@@ -17,4 +17,8 @@ namespace orvane {
 // for files that are not there or cannot be opened.
 [[nodiscard]] bool namesSameFile(const juce::String& path, const juce::String& other);
 
+// The path as it is, in full (GetFullPathNameW), and, for what exists, as the system resolves it:
+// without links and short names (GetFinalPathNameByHandleW). Equal ones once.
+[[nodiscard]] juce::StringArray spellingsOf(const juce::String& path);
+
 }  // namespace orvane

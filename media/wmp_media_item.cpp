@@ -54,8 +54,11 @@ bool WmpMediaItem::Load(IWMPMedia* media) {
         m_record.set(fields::kDiskNumber, diskNumber);
         m_record.set(fields::kDisksInSet, disksInSet);
     }
-    m_record.set(fields::kAlbumArt, juce::String(countCoverArt(media)));
     return true;
+}
+
+void WmpMediaItem::addCoverArtCount(const TrackSource& source) {
+    m_record.set(fields::kAlbumArt, juce::String(countCoverArt(source)));
 }
 
 bool WmpMediaItem::Save(IWMPMedia* media, bool emptyOk) const {

@@ -4,14 +4,16 @@
 
 #include <span>
 
+#include "media/track_source.h"
+
 struct IWMPMedia;
 
 namespace orvane {
 
 // One track's metadata: an ordered record of named texts (keys ignore case), filled from a player
 // media item and written back into one; and the cover art of the item's file. Holds no reference
-// to a media item: each operation is given one, may be given none (null), and must run on a thread
-// on which COM is initialised. An object belongs to one operation on one thread.
+// to a media item. An operation that is given one, or none (null), runs on the player's thread; one
+// that is given a TrackSource opens files, and runs on any other on which COM is initialised.
 // Failures are results; a failed player call never stops the rest of an operation.
 class WmpMediaItem {
 public:
@@ -25,11 +27,14 @@ public:
     // The player attribute that stands for a field, ignoring case; empty when there is none.
     [[nodiscard]] static juce::String attributeNameFor(const juce::String& field);
 
-    // Fills the record anew, and opens the music file to count its pictures. False, the record as
-    // it was, only without a media item; a field that cannot be read becomes empty.
+    // Fills the record anew, but for the number of pictures, which is in the file. False, the
+    // record as it was, only without a media item; a field that cannot be read becomes empty.
     [[nodiscard]] bool Load(IWMPMedia* media);
 
-    // The same with nothing but the path and these fields: one call of the player for each, and no
+    // Adds that number (countCoverArt).
+    void addCoverArtCount(const TrackSource& source);
+
+    // Like Load with nothing but the path and these fields: one call of the player for each, and no
     // file is opened.
     [[nodiscard]] bool LoadFields(IWMPMedia* media, std::span<const char* const> wanted);
 
@@ -57,10 +62,10 @@ public:
 
     // How many sources of cover art there are: 1 for an embedded picture, otherwise the number of
     // picture files beside the track (0, 1 or 2).
-    [[nodiscard]] static int countCoverArt(IWMPMedia* media);
+    [[nodiscard]] static int countCoverArt(const TrackSource& source);
 
     // The first picture file beside the track, by its path.
-    [[nodiscard]] static bool findCoverArtFile(IWMPMedia* media, juce::String& path);
+    [[nodiscard]] static bool findCoverArtFile(const TrackSource& source, juce::String& path);
 
     // What became of an embedded picture that was to be written to a file. The files beside the
     // track stand in for it only when there is none.
@@ -69,13 +74,13 @@ public:
     // Writes the embedded picture, as it is, to the file `path` (made or replaced). A music file
     // that is busy is tried again for 1000 ms, while the calling thread's messages are dispatched;
     // busy for good is a failure. Each step that fails is one line in the log.
-    [[nodiscard]] static Retrieved retrieveTrackCoverArt(IWMPMedia* media,
+    [[nodiscard]] static Retrieved retrieveTrackCoverArt(const TrackSource& track,
                                                          const juce::String& path);
 
     // Makes the image file at `path` the file's only embedded picture. False leaves the track as it
     // was, also for an empty image: it would put nothing in the place of the pictures there are.
     // Waits for a busy file and logs as above; media/file_rewrite.h tells that it is at work.
-    [[nodiscard]] static bool setAlbumCoverArt(IWMPMedia* media, const juce::String& path);
+    [[nodiscard]] static bool setAlbumCoverArt(const TrackSource& track, const juce::String& path);
 
 private:
     juce::StringPairArray m_record;

@@ -5,13 +5,9 @@
 
 #include <windows.h>
 
-#include <wmp.h>
-
 #include <algorithm>
-#include <optional>
 #include <tuple>
 
-#include "media/com_text.h"
 #include "media/embedded_picture.h"
 #include "media/file_name.h"
 #include "media/file_rewrite.h"
@@ -28,27 +24,6 @@ namespace {
 
 constexpr DWORD kBusyTimeMs = 1000;
 constexpr DWORD kBusyPauseMs = 50;
-
-HRESULT readSourcePath(IWMPMedia* media, juce::String& path) {
-    CComBSTR text;
-    const HRESULT result = media ? media->get_sourceURL(&text) : E_POINTER;
-    path = SUCCEEDED(result) ? textOf(text) : juce::String();
-    return result;
-}
-
-std::optional<juce::String> sourcePathOf(IWMPMedia* media) {
-    juce::String path;
-    if (FAILED(readSourcePath(media, path))) return std::nullopt;
-    return path;
-}
-
-// The names of the pictures that a player keeps under this id are made from it. Nothing when it
-// cannot be read; it may well be empty.
-std::optional<juce::String> collectionIdOf(IWMPMedia3* media) {
-    CComBSTR id;
-    if (FAILED(media->getItemInfo(CComBSTR(L"WM/WMCollectionID"), &id))) return std::nullopt;
-    return textOf(id);
-}
 
 // A file opened for reading its header. The runtime, a member here, goes after what came from it.
 class HeaderReader {
@@ -98,31 +73,25 @@ HRESULT openWhenFree(Open open) {
 
 }  // namespace
 
-int WmpMediaItem::countCoverArt(IWMPMedia* media) {
+int WmpMediaItem::countCoverArt(const TrackSource& track) {
     HeaderReader reader;
-    if (FAILED(reader.create())) return 0;
-    const auto source = sourcePathOf(media);
-    if (!source) return 0;
-    std::ignore = reader.open(*source);
+    if (FAILED(reader.create()) || FAILED(track.located)) return 0;
+    std::ignore = reader.open(track.path);
     if (reader.header() && EmbeddedPicture::isIn(reader.header())) return 1;
-
-    const CComQIPtr<IWMPMedia3> media3(media);
-    if (!media3) return 0;
-    const auto id = collectionIdOf(media3);
-    if (!id || id->isEmpty()) return fileExists(folderPictureFile(*source)) ? 1 : 0;
+    const auto& id = track.collectionId;
+    if (!track.hasDetails) return 0;
+    if (!id || id->isEmpty()) return fileExists(folderPictureFile(track.path)) ? 1 : 0;
     int count = 0;
-    for (const juce::String& file : albumPictureFiles(*source, *id))
+    for (const juce::String& file : albumPictureFiles(track.path, *id))
         if (fileExists(file)) ++count;
     return count;
 }
 
-bool WmpMediaItem::findCoverArtFile(IWMPMedia* media, juce::String& path) {
-    const CComQIPtr<IWMPMedia3> media3(media);
-    const auto source = sourcePathOf(media);
-    if (!media3 || !source) return false;
-    const auto id = collectionIdOf(media3);
+bool WmpMediaItem::findCoverArtFile(const TrackSource& track, juce::String& path) {
+    if (!track.hasDetails || FAILED(track.located)) return false;
+    const auto& id = track.collectionId;
     const juce::StringArray candidates =
-        id ? albumPictureFiles(*source, *id) : juce::StringArray(folderPictureFile(*source));
+        id ? albumPictureFiles(track.path, *id) : juce::StringArray(folderPictureFile(track.path));
     for (const juce::String& file : candidates) {
         if (!fileExists(file)) continue;
         path = file;
@@ -131,14 +100,14 @@ bool WmpMediaItem::findCoverArtFile(IWMPMedia* media, juce::String& path) {
     return false;
 }
 
-WmpMediaItem::Retrieved WmpMediaItem::retrieveTrackCoverArt(IWMPMedia* media,
+WmpMediaItem::Retrieved WmpMediaItem::retrieveTrackCoverArt(const TrackSource& track,
                                                             const juce::String& path) {
     constexpr const char* self = "WmpMediaItem::retrieveTrackCoverArt";
-    juce::String source;
-    const HRESULT located = readSourcePath(media, source);
+    const juce::String& source = track.path;
     const StepLog steps(self, source);
     HeaderReader reader;
-    if (!steps.ok("get_sourceURL", located) || !steps.ok("WMCreateSyncReader", reader.create()))
+    if (!steps.ok("get_sourceURL", track.located) ||
+        !steps.ok("WMCreateSyncReader", reader.create()))
         return Retrieved::noneThere;
     const HRESULT opened = openWhenFree([&] { return reader.open(source); });
     // Not every format has a header for pictures.
@@ -157,16 +126,15 @@ WmpMediaItem::Retrieved WmpMediaItem::retrieveTrackCoverArt(IWMPMedia* media,
     return writeImageFile(self, path, picture->image()) ? Retrieved::written : Retrieved::failed;
 }
 
-bool WmpMediaItem::setAlbumCoverArt(IWMPMedia* media, const juce::String& path) {
+bool WmpMediaItem::setAlbumCoverArt(const TrackSource& track, const juce::String& path) {
     constexpr const char* self = "WmpMediaItem::setAlbumCoverArt";
-    juce::String source;
-    const HRESULT located = readSourcePath(media, source);
+    const juce::String& source = track.path;
     const StepLog steps(self, source);
     const FormatRuntime runtime;
     // Until the editor is gone, which holds the file.
     const FileRewrite rewrite;
     CComPtr<IWMMetadataEditor> creator;
-    if (!steps.ok("get_sourceURL", located) ||
+    if (!steps.ok("get_sourceURL", track.located) ||
         !steps.ok("CreateEventW", rewrite ? S_OK : E_OUTOFMEMORY) ||
         !steps.ok("WMCreateEditor", runtime.createEditor(&creator)))
         return false;

@@ -11,8 +11,9 @@ enum class WaitOutcome { signalled, timedOut, failed };
 // Waits for `handle` on a thread that others may be calling into: messages sent by other threads
 // and, in a single-threaded apartment, COM calls are served meanwhile, so that whoever signals the
 // handle may still need this thread first (CoWaitForMultipleHandles there,
-// MsgWaitForMultipleObjectsEx elsewhere). Posted messages stay in the queue, but for those that
-// COM's own wait lets through. `timeoutMs` may be INFINITE.
+// MsgWaitForMultipleObjectsEx elsewhere), and so are the tasks of the thread's message windows
+// (platform/message_window.h). Posted messages stay in the queue, but for those that COM's own wait
+// lets through. `timeoutMs` may be INFINITE.
 [[nodiscard]] WaitOutcome waitServingCalls(HANDLE handle, DWORD timeoutMs);
 
 // Dispatches every message of the thread meanwhile, as a single-threaded apartment has to when it

@@ -3,6 +3,26 @@
 #include "media/com_text.h"
 
 namespace orvane::library {
+namespace {
+
+// The items with that source path; `count` is 0 when there are none.
+CComPtr<IWMPPlaylist> itemsAt(IWMPCore* core, const juce::String& path, LONG& count) {
+    CComPtr<IWMPMediaCollection> collection;
+    CComPtr<IWMPPlaylist> items;
+    count = 0;
+    if (path.isEmpty() || !core || FAILED(core->get_mediaCollection(&collection)) || !collection ||
+        FAILED(collection->getByAttribute(CComBSTR(L"SourceURL"), bstrOf(path), &items)) ||
+        !items || FAILED(items->get_count(&count)))
+        return nullptr;
+    return items;
+}
+
+bool isPhoto(IWMPMedia* media) {
+    CComBSTR type;
+    return SUCCEEDED(media->getItemInfo(CComBSTR(L"MediaType"), &type)) && textOf(type) == "photo";
+}
+
+}  // namespace
 
 CComPtr<IWMPPlaylist> allTracks(IWMPCore* core) {
     CComPtr<IWMPMediaCollection> collection;
@@ -21,17 +41,25 @@ CComPtr<IWMPMedia> getMediaByIndex(IWMPCore* core, int trackIndex) {
 }
 
 CComPtr<IWMPMedia> getMediaByPath(IWMPCore* core, const juce::String& path) {
-    CComPtr<IWMPMediaCollection> collection;
-    CComPtr<IWMPPlaylist> matches;
-    CComPtr<IWMPMedia> media;
     LONG count = 0;
-    if (path.isEmpty() || !core || FAILED(core->get_mediaCollection(&collection)) || !collection ||
-        FAILED(collection->getByAttribute(CComBSTR(L"SourceURL"), bstrOf(path), &matches)) ||
-        !matches || FAILED(matches->get_count(&count)))
-        return nullptr;
+    CComPtr<IWMPMedia> media;
+    const CComPtr<IWMPPlaylist> items = itemsAt(core, path, count);
     // Which one of several is meant cannot be told; changing the wrong one would be worse.
-    if (count != 1 || FAILED(matches->get_Item(0, &media))) return nullptr;
+    if (count != 1 || FAILED(items->get_Item(0, &media))) return nullptr;
     return media;
+}
+
+bool mayHoldTrack(IWMPCore* core, const juce::StringArray& spellings) {
+    for (const juce::String& path : spellings) {
+        LONG count = 0;
+        const CComPtr<IWMPPlaylist> items = itemsAt(core, path, count);
+        if (!items) return true;
+        for (LONG i = 0; i < count; ++i) {
+            CComPtr<IWMPMedia> media;
+            if (FAILED(items->get_Item(i, &media)) || !media || !isPhoto(media)) return true;
+        }
+    }
+    return false;
 }
 
 CComPtr<IWMPPlaylist> playlistNamed(IWMPCore* core, const juce::String& name) {

@@ -18,6 +18,10 @@ namespace orvane::library {
 // The track with that source path, when there is exactly one.
 [[nodiscard]] CComPtr<IWMPMedia> getMediaByPath(IWMPCore* core, const juce::String& path);
 
+// Whether an item that is not a photo has one of these source paths; true also when the player does
+// not tell.
+[[nodiscard]] bool mayHoldTrack(IWMPCore* core, const juce::StringArray& spellings);
+
 // The first playlist of that name, made when there is none.
 [[nodiscard]] CComPtr<IWMPPlaylist> playlistNamed(IWMPCore* core, const juce::String& name);
 

@@ -25,6 +25,7 @@ namespace {
 constexpr int kPlayerId = 3;
 constexpr int kWrittenPriorities = 63;  // LOG_EMERG to LOG_NOTICE
 constexpr UINT kReconnectPeriodMs = 2000;
+constexpr DWORD kRewriteTimeMs = 60'000;
 constexpr UINT kBusyTextId = 104;  // plugin/resources.rc.in
 
 template <typename T, typename... Arguments>
@@ -84,9 +85,7 @@ HRESULT COrVaneWmpPlugin::link() {
         auto whenLost = [this, window = m_window] {
             window->post([this] { startReconnecting(); });
         };
-        auto connector = launcher->createConnector(m_methods, std::move(whenLost));
-        const juce::ScopedLock lock(m_lock);
-        m_connector = std::move(connector);
+        m_connector = launcher->createConnector(m_methods, std::move(whenLost));
     }
     if (m_connector == nullptr) {
         syslog(LOG_NOTICE, "%s: cannot connect to app", self);
@@ -127,7 +126,8 @@ ULONG COrVaneWmpPlugin::InternalRelease() noexcept {
     }
     if (count == 1) {
         if (processIsEnding) return 1;
-        if (m_window != nullptr && !m_window->isOwnThread()) {
+        // A command's step that is on this stack has to end before the object can.
+        if ((m_window != nullptr && !m_window->isOwnThread()) || m_steps > 0) {
             releaseOnOwnThread();
             return 1;
         }
@@ -172,22 +172,20 @@ void COrVaneWmpPlugin::end() noexcept {
 
 void COrVaneWmpPlugin::unlink() {
     std::unique_ptr<WmpWindowHook> windowHook;
-    std::unique_ptr<AppConnector> connector;
     {
         const juce::ScopedLock lock(m_lock);
         windowHook = std::move(m_windowHook);
     }
     windowHook.reset();
     m_listWindowHook.reset();
-    {
-        const juce::ScopedLock lock(m_lock);
-        connector = std::move(m_connector);
-    }
+    // A file that is being rewritten is finished first, while the link can still be answered.
+    if (const UniqueHandle rewritten = FileRewrite::ended())
+        static_cast<void>(waitServingCalls(rewritten.get(), kRewriteTimeMs));
     // Waits for the command that runs. Events that come in meanwhile find no connector.
-    connector.reset();
+    const auto connector = std::move(m_connector);
 }
 
-// The link is gone, so no command begins any more, but one may still run. It gets a reference to
+// The link is down, so no command begins any more, but one may still run. It gets a reference to
 // the object, which goes at once when there is none.
 void COrVaneWmpPlugin::endCommands() {
     if (m_methods == nullptr) return;
@@ -202,9 +200,23 @@ void COrVaneWmpPlugin::endCommands() {
     }
 }
 
-AppConnector* COrVaneWmpPlugin::connector() const {
-    const juce::ScopedLock lock(m_lock);
-    return m_connector.get();
+bool COrVaneWmpPlugin::onPlayer(const std::function<bool(IWMPCore&)>& use) {
+    bool result = false;
+    const bool ran = m_window->run([&] {
+        // A reference of its own, as the call may bring SetCore.
+        const CComPtr<IWMPCore> core = m_core;
+        if (core == nullptr) return;
+        const juce::ScopedValueSetter<int> step(m_steps, m_steps + 1);
+        result = use(*core);
+    });
+    return ran && result;
+}
+
+void COrVaneWmpPlugin::onOwnThread(std::function<void()> work) {
+    if (m_window == nullptr || m_window->isOwnThread())
+        work();
+    else
+        m_window->post(std::move(work));
 }
 
 STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
@@ -226,11 +238,7 @@ STDMETHODIMP COrVaneWmpPlugin::SetCore(IWMPCore* core) {
 
 HRESULT COrVaneWmpPlugin::attach(IWMPCore* core) {
     const unsigned call = m_setCoreCalls;
-    {
-        CComPtr<IWMPCore> taken(core);
-        const juce::ScopedLock lock(m_lock);
-        std::swap(m_core.p, taken.p);
-    }
+    m_core = core;
 
     CComPtr<IConnectionPointContainer> container;
     CComPtr<IConnectionPoint> point;
@@ -264,21 +272,13 @@ void COrVaneWmpPlugin::unload() {
     point.Attach(m_connectionPoint.Detach());
     const DWORD cookie = std::exchange(m_adviseCookie, 0);
     CComPtr<IWMPCore> core;
-    {
-        const juce::ScopedLock lock(m_lock);
-        std::swap(m_core.p, core.p);
-    }
+    std::swap(m_core.p, core.p);
     if (point != nullptr && cookie != 0) point->Unadvise(cookie);
     point.Release();
     if (core == nullptr) return;
     core.Release();
     if (m_connector != nullptr) m_connector->playerGoodbye(playerName());
     syslog(LOG_INFO, "COrVaneWmpPlugin: plugin unloaded");
-}
-
-CComPtr<IWMPCore> COrVaneWmpPlugin::core() const {
-    const juce::ScopedLock lock(m_lock);
-    return m_core;
 }
 
 STDMETHODIMP COrVaneWmpPlugin::Create(HWND, HWND*) { return E_NOTIMPL; }
@@ -312,7 +312,7 @@ void COrVaneWmpPlugin::startReconnecting() {
 
 void COrVaneWmpPlugin::timerCallback() {
     m_reconnectTimer.stop();
-    AppConnector* const link = connector();
+    AppConnector* const link = m_connector.get();
     if (link == nullptr || link->isConnected()) return;
     if (!link->connect()) {
         startReconnecting();
@@ -323,7 +323,7 @@ void COrVaneWmpPlugin::timerCallback() {
 }
 
 bool COrVaneWmpPlugin::disconnectFromApp() {
-    if (AppConnector* const link = connector()) link->disconnect();
+    if (m_connector != nullptr) m_connector->disconnect();
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <wmp.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "common/link/app_connector.h"
@@ -188,9 +189,15 @@ public:
     void timerCallback();
 
 private:
-    // The player's core as a reference of the caller's own, null while there is none. Any thread.
-    // An operation takes it once and works on that, whatever SetCore does meanwhile.
-    [[nodiscard]] CComPtr<IWMPCore> core() const;
+    // Runs `use` with the player's core on the object's thread, in one step, and waits for its
+    // answer. Whatever touches an object of the player's is called so, and every pointer that comes
+    // of it is released there. False when there is no core, `use` throws, or the object goes first.
+    // Any thread.
+    [[nodiscard]] bool onPlayer(const std::function<bool(IWMPCore&)>& use);
+
+    // Runs `work` on the object's thread: at once there, later from any other. Not at all once the
+    // object has gone.
+    void onOwnThread(std::function<void()> work);
 
     // Calls `use` with the main-window hook, when there is one, while it cannot go away. Any
     // thread. `use` must neither send messages nor wait: the player's thread may wait for its end.
@@ -200,16 +207,22 @@ private:
         if (m_windowHook != nullptr) use(*m_windowHook);
     }
 
-    // The connector while the object is linked; null once FinalRelease has begun to end the link
-    // (calls from the player may still arrive then). Any thread; there for as long as the caller
-    // holds a reference that it took before.
-    [[nodiscard]] AppConnector* connector() const;
-
     // Appends what is in the library to the first playlist of that name, made when there is none;
     // true when there is such a playlist in the end. Ends early, with false, once the object is
     // being released: the player waits for it then.
-    [[nodiscard]] bool addTracksToPlaylist(IWMPCore* core, const juce::String& name,
-                                           const juce::StringArray& trackPaths) const;
+    [[nodiscard]] bool addTracksToPlaylist(const juce::String& name,
+                                           const juce::StringArray& trackPaths);
+    using FindTrack = std::function<CComPtr<IWMPMedia>(IWMPCore&)>;
+    [[nodiscard]] bool readMediaInfo(const FindTrack& find, juce::StringPairArray& metadataOut,
+                                     const juce::String& albumArtPath);
+    [[nodiscard]] bool writeMediaInfo(const FindTrack& find, const juce::StringPairArray& metadata,
+                                      const juce::String& albumArtPath);
+    [[nodiscard]] bool isInPlayState(long wanted);
+    [[nodiscard]] bool isModeOn(const wchar_t* mode);
+    // Waits until the player is in the state, woken by its event and otherwise asking every 20 ms.
+    // False after 1000 ms without, and `timeoutText` is in the log.
+    [[nodiscard]] bool waitForPlayState(long wanted, const char* timeoutText);
+    void reportPlayState(LONG newState);
 
     using Root = CComObjectRootEx<CComMultiThreadModel>;
 
@@ -228,12 +241,12 @@ private:
     // Has the object's own thread give back the reference that the caller had.
     void releaseOnOwnThread() noexcept;
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
-    CComPtr<IWMPCore> m_core;       // written under m_lock, by the object's thread only
+    CComPtr<IWMPCore> m_core;       // the object's thread only, as the next two
     CComPtr<IConnectionPoint> m_connectionPoint;
     DWORD m_adviseCookie = 0;                      // 0: not advised
     std::unique_ptr<WmpWindowHook> m_windowHook;   // written under m_lock
     std::unique_ptr<WindowHook> m_listWindowHook;  // on the track list; nothing fills it yet
-    std::unique_ptr<AppConnector> m_connector;     // written under m_lock
+    std::unique_ptr<AppConnector> m_connector;     // the object's thread only
 
     // What a command shares while it runs. It owns nothing until end() drops it; from then on the
     // shares that commands still have own a reference to the object (m_keptByCommand).
@@ -245,8 +258,10 @@ private:
     MessageTimer m_reconnectTimer{
         [](void* self) { static_cast<COrVaneWmpPlugin*>(self)->timerCallback(); }, this};
 
-    juce::CriticalSection m_lock;  // never held across a call into the player
-    unsigned m_setCoreCalls = 0;   // tells a call that another one came in while it was at work
+    juce::CriticalSection m_lock;  // guards m_windowHook against commands
+    UniqueHandle m_playStateChanged{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    int m_steps = 0;              // of commands, on the stack of the object's thread
+    unsigned m_setCoreCalls = 0;  // tells a call that another one came in while it was at work
     std::atomic<bool> m_released{false};  // end() has begun: no core is taken any more
     bool m_ended = false;                 // end() is done
 };

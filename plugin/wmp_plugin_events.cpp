@@ -74,11 +74,16 @@ void reportStart(AppConnector& connector, IWMPMedia* media) {
 
 STDMETHODIMP_(void) COrVaneWmpPlugin::PlayStateChange(LONG newState) {
     const HostCall inProgress;
+    SetEvent(m_playStateChanged.get());  // a command may wait for it
+    syslog(LOG_DEBUG, "COrVaneWmpPlugin: play state=%d", static_cast<int>(newState));
+    onOwnThread([this, newState] { reportPlayState(newState); });
+}
+
+void COrVaneWmpPlugin::reportPlayState(LONG newState) {
     try {
-        syslog(LOG_DEBUG, "COrVaneWmpPlugin: play state=%d", static_cast<int>(newState));
-        // The player may let us go while it answers or while the link waits for the application.
+        // The player may let us go while it answers.
         const CComPtr<IUnknown> self(GetUnknown());
-        AppConnector* const link = connector();
+        AppConnector* const link = m_connector.get();
         if (link == nullptr) return;
 
         if (newState == wmppsStopped) {
@@ -86,7 +91,7 @@ STDMETHODIMP_(void) COrVaneWmpPlugin::PlayStateChange(LONG newState) {
         } else if (newState == wmppsPaused) {
             link->playPaused(playerName());
         } else if (newState == wmppsPlaying) {
-            const CComPtr<IWMPCore> player = core();
+            const CComPtr<IWMPCore> player = m_core;
             CComPtr<IWMPMedia> media;
             if (player && SUCCEEDED(player->get_currentMedia(&media))) reportStart(*link, media);
         }
@@ -97,14 +102,17 @@ STDMETHODIMP_(void) COrVaneWmpPlugin::PlayStateChange(LONG newState) {
 
 STDMETHODIMP_(void) COrVaneWmpPlugin::Error() {
     const HostCall inProgress;
-    const CComPtr<IUnknown> self(GetUnknown());
-    HRESULT result = S_OK;
-    LONG code = 0;
-    if (const CComPtr<IWMPCore> player = core()) result = firstErrorCode(*player, code);
-    if (FAILED(result))
-        syslog(LOG_INFO, "COrVaneWmpPlugin: unknown error occured");
-    else
-        syslog(LOG_INFO, "COrVaneWmpPlugin: error 0x%08x occured", static_cast<unsigned>(code));
+    if (!log_enabled(LOG_INFO)) return;
+    onOwnThread([this] {
+        const CComPtr<IUnknown> self(GetUnknown());
+        HRESULT result = S_OK;
+        LONG code = 0;
+        if (const CComPtr<IWMPCore> player = m_core) result = firstErrorCode(*player, code);
+        if (FAILED(result))
+            syslog(LOG_INFO, "COrVaneWmpPlugin: unknown error occured");
+        else
+            syslog(LOG_INFO, "COrVaneWmpPlugin: error 0x%08x occured", static_cast<unsigned>(code));
+    });
 }
 
 STDMETHODIMP_(void) COrVaneWmpPlugin::OpenStateChange(LONG newState) {

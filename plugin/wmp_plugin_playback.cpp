@@ -3,9 +3,10 @@
 #include "plugin/wmp_plugin.h"
 
 #include <cstdint>
-#include <optional>
+#include <tuple>
 
 #include "media/com_text.h"
+#include "platform/waiting.h"
 #include "plugin/poll_until.h"
 #include "util/log/log.h"
 
@@ -13,134 +14,124 @@ namespace orvane {
 namespace {
 
 constexpr DWORD kPlayStateTimeoutMs = 1000;
+constexpr DWORD kPollMs = 20;  // at most, without an event of the player's
+constexpr const char* kPlayTimeout =
+    "COrVaneWmpPlugin: timeout occured while waiting for the playback to begin";
+constexpr const char* kStopTimeout =
+    "COrVaneWmpPlugin: timeout occured while waiting for the player to stop";
 
 const char* outcome(bool succeeded) { return succeeded ? "succeeded" : "failed"; }
 const char* yesOrNo(bool answer) { return answer ? "yes" : "no"; }
 const char* enabledOrDisabled(bool on) { return on ? "enabled" : "disabled"; }
 
-CComPtr<IWMPControls> controlsOf(IWMPCore* core) {
+CComPtr<IWMPControls> controlsOf(IWMPCore& core) {
     CComPtr<IWMPControls> controls;
-    if (!core || FAILED(core->get_controls(&controls))) return nullptr;
+    if (FAILED(core.get_controls(&controls))) return nullptr;
     return controls;
 }
 
-bool isInPlayState(IWMPCore* core, WMPPlayState wanted) {
-    WMPPlayState state = wmppsUndefined;
-    return core && SUCCEEDED(core->get_playState(&state)) && state == wanted;
-}
-
-bool isModeOn(IWMPCore* core, const wchar_t* mode) {
-    CComPtr<IWMPSettings> settings;
-    VARIANT_BOOL on = VARIANT_FALSE;
-    return core && SUCCEEDED(core->get_settings(&settings)) && settings &&
-           SUCCEEDED(settings->getMode(CComBSTR(mode), &on)) && on != VARIANT_FALSE;
-}
-
-// Polls the player until it is in the state; false when it is not within kPlayStateTimeoutMs.
-// Dispatches the calling thread's messages meanwhile.
-bool waitForPlayState(IWMPCore& core, WMPPlayState wanted) {
-    std::optional<int> quit;
-    const bool reached = pollUntil(
-        kPlayStateTimeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
-        [&] { return isInPlayState(&core, wanted); },
-        [&] {
-            MSG message;
-            if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-                if (message.message == WM_QUIT) {
-                    quit = static_cast<int>(message.wParam);
-                } else {
-                    TranslateMessage(&message);
-                    DispatchMessageW(&message);
-                }
-            }
-            SwitchToThread();  // to the player's own thread, if it has something to do
-        });
-    // It is for the message loop that this call came from.
-    if (quit) PostQuitMessage(*quit);
-    return reached;
-}
-
-// Starts the current track and waits until it plays. A time-out is logged.
-bool playAndWait(IWMPCore& core, IWMPControls& controls) {
-    if (FAILED(controls.play())) return false;
-    if (waitForPlayState(core, wmppsPlaying)) return true;
-    syslog(LOG_ERR, "COrVaneWmpPlugin: timeout occured while waiting for the playback to begin");
-    return false;
+bool play(IWMPCore& core) {
+    const CComPtr<IWMPControls> controls = controlsOf(core);
+    return controls && SUCCEEDED(controls->play());
 }
 
 }  // namespace
 
+bool COrVaneWmpPlugin::isInPlayState(long wanted) {
+    return onPlayer([wanted](IWMPCore& core) {
+        WMPPlayState state = wmppsUndefined;
+        return SUCCEEDED(core.get_playState(&state)) && state == wanted;
+    });
+}
+
+bool COrVaneWmpPlugin::isModeOn(const wchar_t* mode) {
+    return onPlayer([mode](IWMPCore& core) {
+        CComPtr<IWMPSettings> settings;
+        VARIANT_BOOL on = VARIANT_FALSE;
+        return SUCCEEDED(core.get_settings(&settings)) && settings &&
+               SUCCEEDED(settings->getMode(CComBSTR(mode), &on)) && on != VARIANT_FALSE;
+    });
+}
+
+bool COrVaneWmpPlugin::waitForPlayState(long wanted, const char* timeoutText) {
+    const HANDLE changed = m_playStateChanged.get();
+    const bool reached = pollUntil(
+        kPlayStateTimeoutMs, [] { return static_cast<std::uint32_t>(GetTickCount()); },
+        [&] { return isInPlayState(wanted); },
+        [&] {
+            std::ignore = waitDispatchingMessages({&changed, 1}, kPollMs);
+        });
+    if (!reached) syslog(LOG_ERR, timeoutText);
+    return reached;
+}
+
 bool COrVaneWmpPlugin::pause() {
-    const CComPtr<IWMPControls> controls = controlsOf(core());
-    const bool paused = controls && SUCCEEDED(controls->pause());
+    const bool paused = onPlayer([](IWMPCore& core) {
+        const CComPtr<IWMPControls> controls = controlsOf(core);
+        return controls && SUCCEEDED(controls->pause());
+    });
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Pause called (%s)", outcome(paused));
     return paused;
 }
 
 bool COrVaneWmpPlugin::stop() {
-    const CComPtr<IWMPCore> core = this->core();
-    const CComPtr<IWMPControls> controls = controlsOf(core);
-    bool stopped = false;
-    if (controls && SUCCEEDED(controls->stop())) {
-        stopped = waitForPlayState(*core, wmppsStopped);
-        if (!stopped)
-            syslog(LOG_ERR,
-                   "COrVaneWmpPlugin: timeout occured while waiting for the player to stop");
-    }
+    const bool asked = onPlayer([](IWMPCore& core) {
+        const CComPtr<IWMPControls> controls = controlsOf(core);
+        return controls && SUCCEEDED(controls->stop());
+    });
+    const bool stopped = asked && waitForPlayState(wmppsStopped, kStopTimeout);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Stop called (%s)", outcome(stopped));
     return stopped;
 }
 
 bool COrVaneWmpPlugin::startCurrent() {
-    const CComPtr<IWMPCore> core = this->core();
-    CComPtr<IWMPMedia> current;
-    bool started = false;
-    if (core && SUCCEEDED(core->get_currentMedia(&current)) && current) {
-        const CComPtr<IWMPControls> controls = controlsOf(core);
-        started = controls && playAndWait(*core, *controls);
-    }
+    const bool asked = onPlayer([](IWMPCore& core) {
+        CComPtr<IWMPMedia> current;
+        return SUCCEEDED(core.get_currentMedia(&current)) && current && play(core);
+    });
+    const bool started = asked && waitForPlayState(wmppsPlaying, kPlayTimeout);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: StartCurrent called (%s)", outcome(started));
     return started;
 }
 
 bool COrVaneWmpPlugin::start(const juce::String& trackPath) {
-    const CComPtr<IWMPCore> core = this->core();
-    const CComPtr<IWMPControls> controls = controlsOf(core);
-    bool started = false;
-    if (controls) {
+    const bool asked = onPlayer([&](IWMPCore& core) {
+        const CComPtr<IWMPControls> controls = controlsOf(core);
+        if (!controls) return false;
         controls->stop();
-        started = SUCCEEDED(core->put_URL(bstrOf(trackPath))) && playAndWait(*core, *controls);
-    }
+        return SUCCEEDED(core.put_URL(bstrOf(trackPath))) && SUCCEEDED(controls->play());
+    });
+    const bool started = asked && waitForPlayState(wmppsPlaying, kPlayTimeout);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: StartTrack called (%s)", outcome(started));
     return started;
 }
 
 bool COrVaneWmpPlugin::isPlaying() {
-    const bool playing = isInPlayState(core(), wmppsPlaying);
+    const bool playing = isInPlayState(wmppsPlaying);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: IsPlaying called (%s)", yesOrNo(playing));
     return playing;
 }
 
 bool COrVaneWmpPlugin::isPaused() {
-    const bool paused = isInPlayState(core(), wmppsPaused);
+    const bool paused = isInPlayState(wmppsPaused);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: IsPaused called (%s)", yesOrNo(paused));
     return paused;
 }
 
 bool COrVaneWmpPlugin::isShufflePlay() {
-    const bool on = isModeOn(core(), L"shuffle");
+    const bool on = isModeOn(L"shuffle");
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: IsShuffleEnabled called (%s)", enabledOrDisabled(on));
     return on;
 }
 
 bool COrVaneWmpPlugin::isRepeatTrack() {
-    const bool on = isModeOn(core(), L"autoRewind");
+    const bool on = isModeOn(L"autoRewind");
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: IsLoopTrackEnabled called (%s)", enabledOrDisabled(on));
     return on;
 }
 
 bool COrVaneWmpPlugin::isRepeatAll() {
-    const bool on = isModeOn(core(), L"loop");
+    const bool on = isModeOn(L"loop");
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: IsLoopAllEnabled called (%s)", enabledOrDisabled(on));
     return on;
 }

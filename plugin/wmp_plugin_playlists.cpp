@@ -3,11 +3,15 @@
 
 #include "plugin/wmp_plugin.h"
 
+#include "platform/waiting.h"
 #include "plugin/library.h"
 #include "util/log/log.h"
 
 namespace orvane {
 namespace {
+
+// A long list is cut into steps, so that the player's thread does its own work in between.
+constexpr DWORD kLongestStepMs = 40;
 
 constexpr char kCleaned[] = "OrVane:Cleaned";
 constexpr char kDirty[] = "OrVane:Dirty";
@@ -25,21 +29,21 @@ bool COrVaneWmpPlugin::createSpecialPlaylistFolders() {
 
 bool COrVaneWmpPlugin::addToCleanedFolder(const juce::String& playlistName,
                                           const juce::StringArray& trackPaths) {
-    const bool added = addTracksToPlaylist(core(), kCleaned + playlistName, trackPaths);
+    const bool added = addTracksToPlaylist(kCleaned + playlistName, trackPaths);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Add2CleanedFolder %s", outcome(added));
     return added;
 }
 
 bool COrVaneWmpPlugin::addToNotFoundFolder(const juce::String& playlistName,
                                            const juce::StringArray& trackPaths) {
-    const bool added = addTracksToPlaylist(core(), kNotFound + playlistName, trackPaths);
+    const bool added = addTracksToPlaylist(kNotFound + playlistName, trackPaths);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Add2NotFoundFolder %s", outcome(added));
     return added;
 }
 
 bool COrVaneWmpPlugin::addToDirtyFolder(const juce::String& playlistName,
                                         const juce::StringArray& trackPaths) {
-    const bool added = addTracksToPlaylist(core(), kDirty + playlistName, trackPaths);
+    const bool added = addTracksToPlaylist(kDirty + playlistName, trackPaths);
     syslog(LOG_DEBUG, "COrVaneWmpPlugin: Add2DirtyFolder %s", outcome(added));
     return added;
 }
@@ -64,16 +68,25 @@ bool COrVaneWmpPlugin::removeTrackFromPlaylist(const juce::String&, const juce::
     return false;
 }
 
-bool COrVaneWmpPlugin::addTracksToPlaylist(IWMPCore* core, const juce::String& name,
-                                           const juce::StringArray& trackPaths) const {
-    const CComPtr<IWMPPlaylist> playlist = library::playlistNamed(core, name);
-    if (!playlist) return false;
-    for (const juce::String& path : trackPaths) {
-        if (m_released) return false;
-        if (const CComPtr<IWMPMedia> media = library::getMediaByPath(core, path))
-            playlist->appendItem(media);
-    }
-    return true;
+bool COrVaneWmpPlugin::addTracksToPlaylist(const juce::String& name,
+                                           const juce::StringArray& trackPaths) {
+    bool found = false;
+    int next = 0;
+    // Of the playlist nothing is kept between two steps: the player may be used meanwhile.
+    const auto step = [&](IWMPCore& core) {
+        const CComPtr<IWMPPlaylist> playlist = library::playlistNamed(&core, name);
+        found = playlist != nullptr;
+        const Deadline deadline(kLongestStepMs);
+        for (; found && next < trackPaths.size() && deadline.remaining() > 0; ++next) {
+            if (const CComPtr<IWMPMedia> media = library::getMediaByPath(&core, trackPaths[next]))
+                playlist->appendItem(media);
+        }
+        return found;
+    };
+    do {
+        if (m_released || !onPlayer(step)) return false;
+    } while (next < trackPaths.size());
+    return found;
 }
 
 }  // namespace orvane

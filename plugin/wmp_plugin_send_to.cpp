@@ -94,7 +94,8 @@ STDMETHODIMP COrVaneWmpPlugin::SetProperty(const WCHAR* name, const VARIANT* val
         // Calls into the player and the link below may let the player release us meanwhile.
         const CComPtr<IUnknown> self(GetUnknown());
         const auto send = [this](const juce::StringArray& paths) {
-            if (AppConnector* const link = connector()) link->cleanTracks(playerName(), paths);
+            if (AppConnector* const link = m_connector.get())
+                link->cleanTracks(playerName(), paths);
         };
 
         const SentObjects sent(value);

@@ -1,44 +1,33 @@
 #!/usr/bin/env bash
-# Holds every include of our own to the arrows in docs/architecture.md: a room may include what its
-# row names, and itself; nothing else. Every folder with sources has to have a row and a
-# CMakeLists.txt of its own.
+# Includes may only follow the arrows in docs/architecture.md: a room may include what its row names,
+# and itself; nothing else. Every folder with sources has to have a row and a CMakeLists.txt of its own.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. scripts/common.sh
+. "$(dirname "$0")/common.sh"
 
 rows=$(sed -n 's/^\([a-z_/]*\) *──►\(.*\)$/\1\2/p' docs/architecture.md)
 [ -n "$rows" ] || fail "docs/architecture.md draws no arrows" "give each room a row: room ──► rooms that it may include"
 
-git ls-files '*.cpp' '*.h' | while IFS= read -r file; do
-    sed -n 's/^ *# *include "\([^"]*\)".*/\1/p' "$file" | while IFS= read -r header; do
-        printf '%s %s %s\n' "$file" "$(dirname "$file")" "$header"
-    done
-done | awk -v rows="$rows" '
+# Tests and measurements may include everything.
+git grep -n '^ *# *include "' -- '*.cpp' '*.h' ':!tests/' ':!bench/' | awk -F: -v rows="$rows" '
     BEGIN {
         count = split(rows, lines, "\n")
         for (i = 1; i <= count; i++) {
             n = split(lines[i], words, " ")
-            known[words[1]] = 1
-            for (j = 2; j <= n; j++) allowed[words[1], words[j]] = 1
+            for (j = 1; j <= n; j++) allowed[words[1], words[j]] = 1
         }
     }
-    function top(path) { sub("/.*", "", path); return path }
     {
-        room = $2; from = room; to = $3
-        sub("/[^/]*$", "", to)
-        # Tests and measurements may look at everything.
-        if (top(room) == "tests" || top(room) == "bench") next
-        if (to == $3) { print $1 ": \"" $3 "\" is not named from the top folder"; bad = 1; next }
-        if (!(room in known)) { print $1 ": the room " room " has no row of arrows"; bad = 1; next }
-        if (to != from && !((from, to) in allowed)) { print $1 ": " from " may not include " $3; bad = 1 }
+        split($3, quoted, "\""); header = quoted[2]
+        from = $1; sub("/[^/]*$", "", from)
+        to = header; sub("/[^/]*$", "", to)
+        problem = ""
+        if (!((from, from) in allowed)) problem = "the room " from " has no row of arrows"
+        else if (to == header) problem = "\"" header "\" is not named from the top folder"
+        else if (!((from, to) in allowed)) problem = from " may not include " header
+        if (problem) { print $1 ":" $2 ": " problem; bad = 1 }
     }
     END { exit bad }' || fail "an include goes against the arrows" "see \"Folders\" in docs/architecture.md"
 
-status=0
-while IFS= read -r room; do
-    if [ ! -f "$room/CMakeLists.txt" ]; then
-        echo "$room has sources and no CMakeLists.txt"
-        status=1
-    fi
-done < <(git ls-files '*.cpp' | grep -v '^tests/' | xargs -n 1 dirname | sort -u)
-[ $status = 0 ] || fail "a room is a library of its own" "give it a CMakeLists.txt"
+for room in $(git ls-files '*.cpp' ':!tests/' | xargs -n 1 dirname | sort -u); do
+    [ -f "$room/CMakeLists.txt" ] || fail "$room has sources and no CMakeLists.txt" "a room is a library of its own: give it one"
+done

@@ -8,7 +8,6 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
 . scripts/demo/processes.sh
 . scripts/prefix-snapshot.sh
-export LC_ALL=C.UTF-8
 
 whole=1
 if [ "${1:-}" = --player-only ]; then
@@ -27,7 +26,9 @@ claim_wine
 trap end_everything EXIT
 trap 'exit 130' INT TERM
 
-log() { md5sum "$(shared_log)" 2>/dev/null || echo none; }
+class=HKLM\\Software\\Classes\\CLSID\\$(name_of kClassId)
+log_file=$WINEPREFIX/drive_c/ProgramData/OrVaneMedia/OrVane.log
+log() { md5sum "$log_file" 2>/dev/null || echo none; }
 # check_cmd [ARGUMENT...]: its exit code; what it prints is in screen.txt.
 check_cmd() {
     local code=0
@@ -57,7 +58,7 @@ in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$kit/programs/
 
 say "the whole check, on a machine without OrVane"
 in_wine reg delete 'HKLM\Software\OrVaneMedia' /f /reg:32 || true
-rm -rf "$(dirname "$(shared_log)")"
+rm -rf "${log_file%/*}"
 if [ $whole = 1 ]; then
     before
     expect_equal "the whole check" 0 "$(check_cmd)"
@@ -72,10 +73,10 @@ if [ $whole = 1 ]; then
 fi
 
 say "in a player's place, on a machine with OrVane and with an older plug-in"
-in_wine reg add 'HKLM\Software\OrVaneMedia\Settings' /v Path /t REG_EXPAND_SZ /d '%ProgramFiles%\OrVane é' /f /reg:32
-in_wine reg add 'HKLM\Software\Classes\CLSID\{9893A0E1-EE98-448F-81EE-D2D15666215E}\InprocServer32' /d 'C:\old.dll' /f /reg:32
-mkdir -p "$(dirname "$(shared_log)")"
-echo "a line of yesterday" >"$(shared_log)"
+in_wine reg add "HKLM\\$(name_of kSettingsKey)" /v Path /t REG_EXPAND_SZ /d '%ProgramFiles%\OrVane é' /f /reg:32
+in_wine reg add "$class\\InprocServer32" /d 'C:\old.dll' /f /reg:32
+mkdir -p "${log_file%/*}"
+echo "a line of yesterday" >"$log_file"
 before
 expect_equal "the player" 0 "$(check_cmd player programs/player.exe)"
 reports "the player" 'event     PlayerHello' '9 of 9 things were seen; all was well' 'This machine is as it was before'
@@ -102,6 +103,6 @@ expect_equal "a wrong word" 2 "$(check_cmd nonsense)"
 expect_equal "no real player" 2 "$(check_cmd player)"
 
 in_wine reg delete 'HKLM\Software\OrVaneMedia' /f /reg:32
-in_wine reg delete 'HKLM\Software\Classes\CLSID\{9893A0E1-EE98-448F-81EE-D2D15666215E}' /f /reg:32
+in_wine reg delete "$class" /f /reg:32
 echo "the check kit: $passed passed, $failed failed"
 [ $failed = 0 ]

@@ -1,25 +1,28 @@
 #!/usr/bin/env bash
 # check-module.sh MODULE: what the plug-in's file shows and needs. Four undecorated exports; nothing
 # that a Windows may lack, as WMVCORE.dll is before it is needed; no hand on the player's timer
-# resolution.
+# resolution; ASLR and NX; and no more of the player's address space than it may take.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+largest=1500000 # bytes
 tables=$(i686-w64-mingw32-objdump -p "$1")
 same() {
-    [ "$2" = "$3" ] || {
-        printf 'error: the %s of %s are\n%s\nand not\n%s\n' "$1" "$(basename "$4")" "$2" "$3" >&2
-        exit 1
-    }
+    [ "$2" = "$3" ] || fail "the $1 of the module are
+$(tr ' ' '\n' <<<"$2")
+and not
+$(tr ' ' '\n' <<<"$3")" "look at what was linked in"
 }
-exports=$(sed -n '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\t\[ *[0-9]*\] //p' <<<"$tables")
-same exports "$exports" 'DllCanUnloadNow
-DllGetClassObject
-DllRegisterServer
-DllUnregisterServer' "$1"
-imports=$(sed -n 's/^\tDLL Name: //p' <<<"$tables" | tr '[:upper:]' '[:lower:]' | LC_ALL=C sort)
-same imports "$imports" 'advapi32.dll
-kernel32.dll
-msvcrt.dll
-ole32.dll
-oleaut32.dll
-shell32.dll
-user32.dll' "$1"
+names() { LC_ALL=C sort | paste -sd ' '; }
+same exports "$(sed -n '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\t\[.* //p' <<<"$tables" | names)" \
+    'DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer'
+same imports "$(sed -n 's/^\tDLL Name: //p' <<<"$tables" | tr '[:upper:]' '[:lower:]' | names)" \
+    'advapi32.dll kernel32.dll msvcrt.dll ole32.dll oleaut32.dll shell32.dll user32.dll'
+if grep -w timeBeginPeriod <<<"$tables" >&2; then fail "the module sets the timer resolution" "look at what calls it"; fi
+for characteristic in DYNAMIC_BASE NX_COMPAT; do
+    grep -qw $characteristic <<<"$tables" ||
+        fail "the module is linked without $characteristic" "look at the link options in CMakeLists.txt"
+done
+size=$(stat -c %s "$1")
+[ "$size" -le $largest ] || fail "the module has grown to $size bytes, and $largest is its limit" "look at what was linked in"
+say "the module takes $size bytes, with ASLR and NX"

@@ -1,6 +1,7 @@
-# Shared by the scripts behind ./dev; sourced from the top folder.
+# Shared by the scripts behind ./dev; whoever sources it is then in the top folder.
 # shellcheck shell=bash disable=SC2034
-top=$PWD
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
+cd "$top" || exit
 build=$top/build
 deps=$build/deps
 wine_lib=$build/wine/lib
@@ -21,6 +22,15 @@ name_of() {
     printf '%s' "${text//\\\\/\\}"
 }
 
+# The systems that ./dev is tested on.
+declare -A debians=([12]=bookworm [13]=trixie)
+
+# The Debian mirror that apt is configured for, with a slash at its end; nothing on a system without one.
+debian_mirror() {
+    # shellcheck disable=SC2016 # apt expands it
+    { apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' 2>/dev/null || true; } | sed -n 1p
+}
+
 # Runs a step whose output matters only when it fails.
 quietly() {
     local log=$build/logs/$1.log
@@ -39,20 +49,25 @@ install_packages() {
         [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
+    say "installing ${#missing[@]} Debian packages (about a minute): ${missing[*]}"
     if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null ||
-            fail "these Debian packages are missing and there is no sudo to install them: ${missing[*]}" \
-                "have them installed: apt-get install ${missing[*]}"
-        say "installing through sudo, which may ask for your password: ${missing[*]}"
-        sudo -v || fail "these Debian packages are missing and sudo does not let you install them: ${missing[*]}" \
-            "have them installed: apt-get install ${missing[*]}"
+        say "this needs root: sudo may ask for your password"
         as_root=(sudo)
-    else
-        say "installing ${#missing[@]} Debian packages (about a minute): ${missing[*]}"
+        sudo -v || fail "the Debian packages above are missing, and sudo does not let you install them" \
+            "have them installed: apt-get install ${missing[*]}"
     fi
     quietly apt-update "${as_root[@]}" apt-get update
     quietly apt-install "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# within SECONDS COMMAND...: repeats the command until it is true; false when it was not in that time.
+within() {
+    local deadline=$((SECONDS + $1))
+    until "${@:2}"; do
+        [ $SECONDS -lt $deadline ] || return 1
+        sleep 0.2
+    done
 }
 
 # Wine never asks, never opens a debugger, and never touches the user's own prefix.
@@ -66,9 +81,7 @@ wine_environment() {
 }
 
 stop_wine() {
-    [ -d "$WINEPREFIX" ] || return 0
-    command -v wineserver >/dev/null || return 0
-    wineserver -k >/dev/null 2>&1 || true
+    [ ! -d "$WINEPREFIX" ] || wineserver -k >/dev/null 2>&1 || true
 }
 
 # Wine's services keep the streams of whoever started them; one idle process that has none keeps
@@ -80,4 +93,8 @@ start_wine_session() {
     disown "$wine_session"
     # Not before the services run may anything with streams of its own start.
     timeout 60 wine cmd /c exit </dev/null >/dev/null 2>&1 || true
+}
+end_wine_session() {
+    kill "$wine_session" 2>/dev/null || true
+    stop_wine
 }

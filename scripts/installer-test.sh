@@ -4,8 +4,7 @@
 # the version numbers that it needs, and has the prefix to itself.
 #   installer-test.sh [--no-demo]
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. scripts/common.sh
+. "$(dirname "$0")/common.sh"
 . scripts/build.sh
 . scripts/demo/processes.sh
 . scripts/prefix-snapshot.sh
@@ -16,6 +15,7 @@ install_packages nsis zip
 
 work=$build/installer-test
 music=$work/music
+module=$build/win32/OrVaneWmpPlugin.dll
 rm -rf "$work" && mkdir -p "$work/broken" "$music"
 claim_wine
 
@@ -27,21 +27,16 @@ class_key="HKCR\\Wow6432Node\\CLSID\\$class\\InprocServer32"
 entry_key='HKLM\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Uninstall\OrVaneWmpPlugin'
 settings_key=HKLM\\$(name_of kSettingsKey)
 
-finish() {
-    rm -rf "$home" "$default_home"
-    end_everything
-}
-trap finish EXIT
+trap 'rm -rf "$home" "$default_home"; end_everything' EXIT
 trap 'exit 130' INT TERM
 
 # registry KEY [VALUE]: its text, or of its default value; empty when there is none. reg query would
 # print in a code page of Wine's choice.
 registry() {
-    local name=@
-    [ $# = 1 ] || name="\"$2\""
+    local name=${2:+\"$2\"}
     rm -f "$work/key.reg"
     in_wine reg export "$1" "$(windows_path "$work/key.reg")" /y || return 0
-    iconv -f UTF-16 -t UTF-8 "$work/key.reg" | tr -d '\r' | sed -n "s/^$name=\"\(.*\)\"\$/\1/p" | sed 's/\\\(.\)/\1/g'
+    iconv -f UTF-16 -t UTF-8 "$work/key.reg" | tr -d '\r' | sed -n "s/^${name:-@}=\"\(.*\)\"\$/\1/p" | sed 's/\\\(.\)/\1/g'
 }
 # setup VERSION [OPTION...]: its exit code, as far as one byte shows it: 3010 comes as 194.
 setup() {
@@ -49,41 +44,39 @@ setup() {
     in_wine "$work/OrVaneWmpPlugin-$1-setup.exe" /S "${@:2}" || code=$?
     echo $code
 }
+is_no_entry() { [ -z "$(registry "$entry_key" DisplayName)" ]; }
 # The uninstaller goes on in a copy of itself; the entry is the last thing it removes.
 uninstall() {
     in_wine "$1/OrVaneWmpPlugin-uninstall.exe" /S || true
-    local deadline=$((SECONDS + 30))
-    while [ -n "$(registry "$entry_key" DisplayName)" ] && [ $SECONDS -lt $deadline ]; do sleep 0.2; done
+    within 30 is_no_entry || true
 }
 is_installed() { # WHAT VERSION FOLDER FOLDER_WINDOWS
     expect_equal "$1: the entry's version" "$2" "$(registry "$entry_key" DisplayVersion)"
     expect_equal "$1: the registered module" "$4\\OrVaneWmpPlugin.dll" "$(registry "$class_key")"
-    if cmp -s "$3/OrVaneWmpPlugin.dll" "$build/win32/OrVaneWmpPlugin.dll"; then good; else bad "$1: another module is in place"; fi
+    expect_that "$1: another module is in place" cmp -s "$3/OrVaneWmpPlugin.dll" "$module"
 }
 
 say "packing installers of several versions"
-pack() { quietly "installer-test-$2" scripts/package.sh --installer-only --module="$1" --version="$2" --output="$work"; }
+pack() { quietly "installer-test-$1" scripts/package.sh --installer-only --module="$2" --version="$1" --output="$work"; }
 echo "no module at all" >"$work/broken/OrVaneWmpPlugin.dll"
-pack "$build/win32/OrVaneWmpPlugin.dll" 0.1.6 &
-pack "$build/win32/OrVaneWmpPlugin.dll" 0.1.7 &
-pack "$work/broken/OrVaneWmpPlugin.dll" 0.1.8 &
-wait
-cp "$work/OrVaneWmpPlugin-0.1.6-setup.exe" "$work/OrVaneWmpPlugin-damaged-setup.exe"
+pack 0.1.6 "$module"
+pack 0.1.7 "$module"
+pack 0.1.8 "$work/broken/OrVaneWmpPlugin.dll"
+for kind in damaged vista; do cp "$work/OrVaneWmpPlugin-0.1.6-setup.exe" "$work/OrVaneWmpPlugin-$kind-setup.exe"; done
 printf 'spoiled' | dd of="$work/OrVaneWmpPlugin-damaged-setup.exe" bs=1 seek=300000 conv=notrunc status=none
-cp "$work/OrVaneWmpPlugin-0.1.6-setup.exe" "$work/OrVaneWmpPlugin-vista-setup.exe"
 
 say "on a machine with OrVane and without the plug-in"
 start_wine_session
-in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$build/win32/OrVaneWmpPlugin.dll")" || true
+in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$module")" || true
 mkdir -p "$home"
 cp "$build/win32/OrVaneApp.exe" "$home/"
 echo "the user's own" >"$home/notes.txt"
+in_wine reg add 'HKLM\Software\Microsoft\MediaPlayer\UIPlugins' /f /reg:32 # every player has it
 in_wine reg add "$settings_key" /v Path /t REG_SZ /d "$home_windows\\" /f /reg:32
 in_wine reg add 'HKCU\Software\Wine\AppDefaults\OrVaneWmpPlugin-vista-setup.exe' /v Version /d vista /f
 snapshot clean
-expect_equal "a damaged installer" 2 "$(setup damaged)"
-expect_equal "a Windows older than 7" 2 "$(setup vista)"
-expect_equal "a module that cannot be registered" 2 "$(setup 0.1.8)"
+# The last one holds a module that cannot be registered.
+for kind in damaged vista 0.1.8; do expect_equal "the installer '$kind'" 2 "$(setup $kind)"; done
 snapshot refused
 expect_same "after what was refused and what failed" clean refused
 
@@ -97,10 +90,8 @@ expect_equal "what is in OrVane's folder" \
 if [ "${1:-}" != --no-demo ]; then
     rm -f "$claim"
     kill "$wine_session" 2>/dev/null || true
-    if scripts/demo.sh --link --installed >"$build/logs/installed-demo.log" 2>&1; then good; else
-        bad "the demo with the installed plug-in has failed: build/logs/installed-demo.log"
-        tail -n 20 "$build/logs/installed-demo.log" >&2
-    fi
+    demo() { scripts/demo.sh --installed >build/logs/installed-demo.log 2>&1; }
+    expect_that "the demo with the installed plug-in has failed: build/logs/installed-demo.log" demo
     claim_wine
     start_wine_session
 fi
@@ -110,16 +101,16 @@ cp "tests/data/Track 06.wma" "$music/"
 printf 'expect connected within 20000\nexpect disconnected within 50000\n' >"$work/app.txt"
 start_player "$work/player.txt" ORVANE_APP_SCRIPT="$(windows_path "$work/app.txt")" \
     ORVANE_APP_TRANSCRIPT="$(windows_path "$work/app-says.txt")"
-deadline=$((SECONDS + 30))
-until grep -q 'connected' "$work/app-says.txt" 2>/dev/null || [ $SECONDS -gt $deadline ]; do sleep 0.2; done
+within 30 grep -qs 'connected' "$work/app-says.txt" || true
 expect_equal "installing over a module in use" 194 "$(setup 0.1.7)"
 is_installed "over a module in use" 0.1.7 "$home" "$home_windows"
 expect_equal "set-aside files" 1 "$(find "$home" -name 'OrVaneWmpPlugin.dll.*.old' | wc -l)"
 due=$(timeout 60 wine reg query 'HKLM\System\CurrentControlSet\Control\Session Manager' /v PendingFileRenameOperations </dev/null 2>/dev/null | tr -d '\r')
-if grep -q 'OrVaneWmpPlugin\.dll\.[0-9A-F]*\.old' <<<"$due"; then good; else bad "the renamed module is not due for deletion: $due"; fi
-if grep -qE 'OrVaneWmpPlugin\.dll(\\0|$)' <<<"$due"; then bad "the module in place is due for deletion: $due"; else good; fi
+expect_that "the renamed module is not due for deletion: $due" grep -q 'OrVaneWmpPlugin\.dll\.[0-9A-F]*\.old' <<<"$due"
+expect_equal "the module in place is due for deletion" "" "$(grep -E 'OrVaneWmpPlugin\.dll(\\0|$)' <<<"$due" || true)"
 tell_player close
-if wait_for_player 20 && [ "$player_status" = 0 ]; then good; else bad "the player did not go on and end well"; fi
+wait_for_player 20 || player_status=none
+expect_equal "the player goes on, and ends with" 0 "$player_status"
 
 say "older over newer, a failure over a good version, and uninstalling"
 snapshot before-restart

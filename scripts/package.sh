@@ -4,8 +4,7 @@
 # The module's debug information lies beside it (DLL.debug). SOURCE_DATE_EPOCH dates what is packed:
 # the same inputs give the same bytes. ORVANE_SIGN_PFX and ORVANE_SIGN_PASSWORD_FILE, when set, sign.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. scripts/common.sh
+. "$(dirname "$0")/common.sh"
 . scripts/archive.sh
 
 installer_only=0
@@ -28,10 +27,7 @@ trap 'rm -rf "$work"' EXIT
 stage=$work/stage
 mkdir -p "$stage"
 cp "$module" "$stage/OrVaneWmpPlugin.dll"
-if scripts/sign.sh --wanted; then
-    say "signing the module"
-    scripts/sign.sh "$stage/OrVaneWmpPlugin.dll"
-fi
+scripts/sign.sh "$stage/OrVaneWmpPlugin.dll"
 windows_text LICENSE >"$stage/LICENSE"
 scripts/notices.sh | sed 's/$/\r/' >"$stage/NOTICES"
 
@@ -46,20 +42,14 @@ done
 scripts/sign.sh --wanted && nsis+=("-DSIGN=$PWD/scripts/sign.sh")
 find "$stage" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 (cd packaging && makensis "${nsis[@]}" installer.nsi)
-if scripts/sign.sh --wanted; then
-    say "signing the installer (its uninstaller is signed within)"
-    scripts/sign.sh "$work/$name-setup.exe"
-fi
+scripts/sign.sh "$work/$name-setup.exe" # its uninstaller is signed within
 install -m 755 "$work/$name-setup.exe" "$output/$name-setup.exe"
 [ $installer_only = 0 ] || exit 0
 
 say "the archives"
-windows_text packaging/README.txt >"$stage/README.txt"
-windows_text packaging/register.cmd >"$stage/register.cmd"
-windows_text packaging/unregister.cmd >"$stage/unregister.cmd"
+for file in README.txt register.cmd unregister.cmd; do windows_text "packaging/$file" >"$stage/$file"; done
 zip_folder "$stage" "$output/$name.zip"
-symbols=$work/symbols
-mkdir -p "$symbols"
-cp "$module.debug" "$symbols/OrVaneWmpPlugin.dll.debug"
-cp docs/crash-addresses.md scripts/crash-line.sh "$symbols/"
-zip_folder "$symbols" "$output/$name-symbols.zip"
+mkdir "$work/symbols"
+cp "$module.debug" "$work/symbols/OrVaneWmpPlugin.dll.debug"
+cp docs/crash-addresses.md scripts/crash-line.sh "$work/symbols/"
+zip_folder "$work/symbols" "$output/$name-symbols.zip"

@@ -8,6 +8,8 @@ bad() {
     echo "error: $*" >&2
 }
 expect_equal() { if [ "$2" = "$3" ]; then good; else bad "$1: expected '$2', got '$3'"; fi; }
+# expect_that WHAT COMMAND...: the command succeeds.
+expect_that() { if "${@:2}"; then good; else bad "$1"; fi; }
 
 in_wine() { timeout 60 wine "$@" </dev/null >/dev/null 2>&1; }
 

@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
-# soak.sh [MINUTES [SEED]]: the real plug-in in a player's process while all around it goes wrong:
-# a table at the end, exit code 1 when a limit was broken.
+# soak.sh [MINUTES [SEED]]: stresses the real plug-in in a player's process: a table at the end, exit
+# code 1 when a limit was broken.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. scripts/common.sh
+. "$(dirname "$0")/common.sh"
 . scripts/build.sh
 
 minutes=${1:-5}
@@ -11,10 +10,9 @@ minutes=${1:-5}
 
 build_preset win32 --target orvane_soak wmvcore
 start_wine_session
-trap 'kill "$wine_session" 2>/dev/null || true; stop_wine' EXIT
+trap end_wine_session EXIT
 
-read -r load _ </proc/loadavg
-say "$minutes minutes on $(nproc) processors, with a load of $load"
+say "$minutes minutes on $(nproc) processors, with a load of $(cut -d' ' -f1 /proc/loadavg)"
 status=0
 # What sets up, warms up and may go on a little longer takes some minutes, whatever is asked for.
 timeout "$(awk "BEGIN { print int($minutes * 90 + 600) }")" wine build/win32/orvane_soak.exe "$minutes" "${@:2}" || status=$?

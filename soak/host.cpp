@@ -12,11 +12,6 @@
 namespace orvane::soak {
 namespace {
 
-constexpr const wchar_t* kModule = L"OrVaneWmpPlugin.dll";
-constexpr CLSID kClass = {
-    0x9893a0e1, 0xee98, 0x448f, {0x81, 0xee, 0xd2, 0xd1, 0x56, 0x66, 0x21, 0x5e}};
-constexpr DWORD kGoneMs = 3000;
-
 standin::PlayerOptions options() {
     standin::PlayerOptions result;
     result.synthetic = 100;
@@ -62,30 +57,17 @@ Host::Host(unsigned seed) : m_random(seed), m_player(options()) {
 Host::~Host() { letGo(); }
 
 void Host::load() {
-    timed("LoadLibrary", [&] { m_module.reset(LoadLibraryW(kModule)); });
-    if (!m_module) throw std::runtime_error("the module is not beside this program");
+    timed("LoadLibrary", [&] { m_module.emplace(); });
 }
 
 bool Host::free() {
     timed("FreeLibrary", [&] { m_module.reset(); });
-    // The last thread of the module takes it along a moment later.
-    for (const ULONGLONG end = GetTickCount64() + kGoneMs; GetTickCount64() < end; pump(1))
-        if (GetModuleHandleW(kModule) == nullptr) return true;
-    return false;
+    return test::LoadedModule::isGoneSoon();
 }
 
 bool Host::create() {
-    using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
-    const auto getClassObject = reinterpret_cast<GetClassObject>(
-        reinterpret_cast<void*>(GetProcAddress(m_module.get(), "DllGetClassObject")));
-    CComPtr<IClassFactory> factory;
-    if (FAILED(getClassObject(kClass, IID_IClassFactory, reinterpret_cast<void**>(&factory))))
-        throw std::runtime_error("the module has no such class");
-    const HRESULT made = timed("CreateInstance", [&] {
-        return factory->CreateInstance(nullptr, __uuidof(IWMPPluginUI),
-                                       reinterpret_cast<void**>(&m_plugin));
-    });
-    if (FAILED(made)) return false;
+    timed("CreateInstance", [&] { m_plugin = m_module->createPlugin(); });
+    if (m_plugin == nullptr) return false;
     m_plugin.QueryInterface(&m_events);
     if (timed("SetCore", [&] { return m_plugin->SetCore(m_player.core()); }) != S_OK)
         throw std::runtime_error("the plug-in refuses the core");

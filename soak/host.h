@@ -7,13 +7,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "harness/loaded_module.h"
 #include "platform/atl/atlcomcli.h"
-#include "platform/handles.h"
-#include "platform/wmp_plugin_ui.h"
 #include "standins/player/player.h"
 
 namespace orvane::soak {
@@ -69,7 +69,7 @@ private:
     const standin::ComApartment m_com;
     standin::Player m_player;
     std::vector<CComPtr<IUnknown>> m_some;  // items for selections now and then
-    UniqueModule m_module;
+    std::optional<test::LoadedModule> m_module;
     CComPtr<IWMPPluginUI> m_plugin;
     CComPtr<IWMPEvents> m_events;
 };

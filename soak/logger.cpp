@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "soak/child.h"
+#include "soak/shared_counts.h"
 #include "util/log/log.h"
 #include "util/shared_log/shared_log.h"
 

@@ -42,14 +42,14 @@ Row run(Phase& phase, Stage& stage, LogCheck& log, double milliseconds) {
     row.name = phase.name;
     row.blockLimitMs = phase.blockLimitMs;
     row.handlesPerRound = phase.handlesPerRound;
-    row.before = ProcessState::now();
+    row.before = test::ProcessState::now();
     phase.kills = 0;
     const auto messages = [&] { return stage.counts->events + stage.counts->responses; };
     const std::uint32_t read = messages();
     const std::uint32_t unreadable = stage.counts->unreadable;
     stage.host.longest = {};
     {
-        StallMeter meter(stage.host.window());
+        test::StallMeter meter(stage.host.window());
         const ULONGLONG start = GetTickCount64();
         ULONGLONG told = start;
         phase.begin();
@@ -68,7 +68,7 @@ Row run(Phase& phase, Stage& stage, LogCheck& log, double milliseconds) {
         stage.host.useDuring([&] { row.blockMs = meter.stop(); });
     }
     stage.host.pump(kSettleMs);
-    row.after = ProcessState::now();
+    row.after = test::ProcessState::now();
     row.call = stage.host.longest;
     row.kills = phase.kills;
     row.note = phase.note();
@@ -100,7 +100,7 @@ int soak(double minutes, unsigned seed) {
             faults.push_back(std::string(phase->name) + ": " + e.what());
             host.letGo();
             host.selects = true;
-            if (GetModuleHandleW(L"OrVaneWmpPlugin.dll") == nullptr) host.load();
+            if (!test::LoadedModule::isLoaded()) host.load();
         }
     }
     printTable(rows);

@@ -2,14 +2,15 @@
 
 // What one kind of misfortune is made of, and the application that all of them need.
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
-#include "soak/child.h"
+#include "harness/child.h"
+#include "harness/waiting.h"
 #include "soak/host.h"
+#include "soak/shared_counts.h"
 
 namespace orvane::soak {
 
@@ -25,9 +26,17 @@ struct Stage {
     std::wstring countsName;
 };
 
-class Application {
+// This program in another mode, as its own process.
+class OtherMode : public test::Child {
 public:
-    explicit Application(Stage& stage) : m_stage(stage) {}
+    // `arguments` are the mode and what it needs.
+    explicit OtherMode(const std::wstring& arguments);
+};
+
+// The application's process.
+class AppProcess {
+public:
+    explicit AppProcess(Stage& stage) : m_stage(stage) {}
 
     void start(bool deaf = false);
     void kill() { m_process.reset(); }
@@ -36,12 +45,12 @@ public:
 
 private:
     Stage& m_stage;
-    std::optional<Child> m_process;
+    std::optional<OtherMode> m_process;
 };
 
-// Asks every few milliseconds; the last answer. Not on the player's thread.
-bool eventually(unsigned milliseconds, const std::function<bool()>& isSo);
+// The player is used meanwhile. Throws when the pipes are not made within 15 s.
 void waitForPipes(Host& host);
+using test::eventually;
 
 class Phase {
 public:

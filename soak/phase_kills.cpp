@@ -3,29 +3,28 @@
 
 #include "soak/phase.h"
 
+#include "harness/raw_server.h"
+
 namespace orvane::soak {
 
-bool eventually(unsigned milliseconds, const std::function<bool()>& isSo) {
-    for (const ULONGLONG end = GetTickCount64() + milliseconds; GetTickCount64() < end; Sleep(3))
-        if (isSo()) return true;
-    return isSo();
-}
+OtherMode::OtherMode(const std::wstring& arguments)
+    : Child({.commandLine = L"orvane_soak.exe " + arguments, .output = L"NUL"}) {}
 
 void waitForPipes(Host& host) {
     host.useDuring([] {
         const auto there = [] {
-            return WaitNamedPipeW(kEventPipe, 1) != FALSE &&
-                   WaitNamedPipeW(kCommandPipe, 1) != FALSE;
+            return WaitNamedPipeW(test::pipePath(names::kEventPipe.narrow()).c_str(), 1) != FALSE &&
+                   WaitNamedPipeW(test::pipePath(names::kCommandPipe.narrow()).c_str(), 1) != FALSE;
         };
-        if (!eventually(15'000, there)) throw Broken("the pipes were not made within 15 s");
+        if (!eventually(there, 15'000)) throw Broken("the pipes were not made within 15 s");
     });
 }
 
-void Application::start(bool deaf) {
+void AppProcess::start(bool deaf) {
     m_process.emplace((deaf ? L"--deaf-application " : L"--application ") + m_stage.countsName);
 }
 
-void Application::waitForPipes() { soak::waitForPipes(m_stage.host); }
+void AppProcess::waitForPipes() { soak::waitForPipes(m_stage.host); }
 
 namespace {
 
@@ -53,7 +52,7 @@ public:
             const std::uint32_t before = m_stage.counts->hellos;
             const auto isLinked = [&] { return m_stage.counts->hellos != before; };
             m_app.start(deaf);
-            if (linked && !eventually(kLinkMs, isLinked))
+            if (linked && !eventually(isLinked, kLinkMs))
                 throw Broken("the link did not come back within 8 s");
             Sleep(delay);
             m_underTraffic += isLinked() ? 1 : 0;
@@ -67,7 +66,7 @@ public:
     }
 
 private:
-    Application m_app;
+    AppProcess m_app;
     unsigned m_underTraffic = 0;
 };
 

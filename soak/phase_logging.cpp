@@ -43,16 +43,16 @@ public:
     }
 
 private:
-    void start(std::optional<Child>& logger) {
+    void start(std::optional<OtherMode>& logger) {
         logger.emplace(L"--logger " + std::to_wstring(++m_number));
     }
-    void kill(std::optional<Child>& logger) {
+    void kill(std::optional<OtherMode>& logger) {
         logger.reset();
         ++kills;
     }
 
-    Application m_app;
-    std::array<std::optional<Child>, 8> m_loggers;
+    AppProcess m_app;
+    std::array<std::optional<OtherMode>, 8> m_loggers;
     unsigned m_number = 0;
 };
 

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] std::string note() const override { return std::to_string(m_made) + " made"; }
 
 private:
-    Application m_app;
+    AppProcess m_app;
     unsigned m_made = 0;
 };
 
@@ -74,7 +74,7 @@ private:
         if (!m_stage.host.free()) throw Broken("the module stays 3 s after it was freed");
     }
 
-    Application m_app;
+    AppProcess m_app;
 };
 
 }  // namespace

@@ -42,7 +42,7 @@ public:
         counts->tracksHash = kHashStart;
         m_stage.host.send(m_items);
         m_stage.host.useDuring(
-            [&] { eventually(30'000, [&] { return counts->tracks >= kTracks; }); });
+            [&] { eventually([&] { return counts->tracks >= kTracks; }, 30'000); });
         if (counts->tracks != kTracks)
             throw Broken(std::to_string(counts->tracks) + " of 150,000 tracks arrived");
         if (counts->tracksHash != m_hash)
@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    Application m_app;
+    AppProcess m_app;
     std::uint32_t m_hash;
     std::uint32_t m_lists = 0;
     std::vector<CComPtr<IUnknown>> m_items;

@@ -18,7 +18,7 @@ public:
     void round() override {
         m_stage.host.useDuring([this] {
             const std::uint32_t before = m_stage.counts->hellos;
-            if (!eventually(12'000, [&] { return m_stage.counts->hellos != before; }))
+            if (!eventually([&] { return m_stage.counts->hellos != before; }, 12'000))
                 throw Broken("the plug-in did not try again within 12 s");
         });
     }
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    std::optional<Child> m_process;
+    std::optional<OtherMode> m_process;
 };
 
 }  // namespace

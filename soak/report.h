@@ -21,8 +21,8 @@ struct Row {
     double blockLimitMs = 0;
     double handlesPerRound = 0;
     LogCheck::Tally log;
-    ProcessState before{};
-    ProcessState after{};
+    test::ProcessState before{};
+    test::ProcessState after{};
 };
 
 // What of it should not have been, in plain words; one line each.

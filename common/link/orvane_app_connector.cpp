@@ -66,12 +66,11 @@ bool OrvaneAppConnector::canConnect() {
 
 bool OrvaneAppConnector::connect() {
     try {
-        const bool events = reopen(m_ep, m_eventFailure, "%s: m_ep->initConnection failed", [this] {
-            return makePipe<EventProducer>(m_whenLost);
-        });
-        const bool commands = reopen(
-            m_cl, m_commandFailure, "%s: m_cl->initConnection failed",
-            [this] { return makePipe<CommandListener>(pluginMethods, m_whenLost); });
+        const bool events = reopen(m_ep, m_eventFailure, "%s: m_ep->initConnection failed",
+                                   [this] { return makePipe<EventProducer>(m_whenLost); });
+        const bool commands =
+            reopen(m_cl, m_commandFailure, "%s: m_cl->initConnection failed",
+                   [this] { return makePipe<CommandListener>(pluginMethods, m_whenLost); });
         return events && commands;
     } catch (const std::exception& e) {
         syslog(LOG_ERR, "%s: %s", "OrvaneAppConnector::connect", e.what());

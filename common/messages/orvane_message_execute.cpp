@@ -27,9 +27,14 @@ juce::StringArray listOf(const OrvaneCommand& command, const char* prefix) {
     return list;
 }
 
-int numberOf(const OrvaneCommand& command, const char* key) {
-    const juce::String value = command.getValue(key);
-    const long number = std::wcstol(value.toWideCharPointer(), nullptr, 10);
+// Text without digits is 0, and what follows digits is ignored; `isWhole` tells whether all of the
+// text was a number.
+int trackIndexOf(const OrvaneCommand& command, bool* isWhole = nullptr) {
+    const juce::String value = command.getValue("trackIndex");
+    const wchar_t* const text = value.toWideCharPointer();
+    wchar_t* end = nullptr;
+    const long number = std::wcstol(text, &end, 10);
+    if (isWhole != nullptr) *isWhole = end != text && *end == 0;
     return static_cast<int>(
         std::clamp<long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
@@ -67,7 +72,7 @@ void getMediaInfoFromPath(const OrvaneCommand& command, Methods& methods,
 void getMediaInfoFromIndex(const OrvaneCommand& command, Methods& methods,
                            OrvaneResponse& response) {
     juce::StringPairArray metadata;
-    const bool result = methods.getMediaInfoFromIndex(numberOf(command, "trackIndex"), metadata,
+    const bool result = methods.getMediaInfoFromIndex(trackIndexOf(command), metadata,
                                                       command.getValue("albumArtPath"));
     answerMetadata(result, metadata, response);
 }
@@ -97,8 +102,11 @@ void setMediaInfoToPath(const OrvaneCommand& command, Methods& methods, OrvaneRe
 void setMediaInfoToIndex(const OrvaneCommand& command, Methods& methods, OrvaneResponse& response) {
     const MediaInfo info(command);
     if (!info.hasAnything()) return;
-    response.setReturnValue(methods.setMediaInfoToIndex(
-        numberOf(command, "trackIndex"), info.metadata, info.albumArtPath, info.emptyOk));
+    // An index left out or misspelt is not 0 here: that would write to the library's first track.
+    bool isWhole = false;
+    const int index = trackIndexOf(command, &isWhole);
+    response.setReturnValue(isWhole && methods.setMediaInfoToIndex(
+                                           index, info.metadata, info.albumArtPath, info.emptyOk));
 }
 
 void start(const OrvaneCommand& command, Methods& methods, OrvaneResponse& response) {

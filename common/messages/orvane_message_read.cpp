@@ -16,9 +16,10 @@ namespace orvane {
 namespace {
 
 // White space is kept here because a run of text may be cut into pieces by comments; it is trimmed
-// from whole runs. Entities of a document's own are never expanded.
-constexpr unsigned kParseOptions =
-    pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata;
+// from whole runs. Entities of a document's own are never expanded. A fragment shows what stands
+// beside the root; otherwise pugixml drops it without a word.
+constexpr unsigned kParseOptions = pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol |
+                                   pugi::parse_ws_pcdata | pugi::parse_fragment;
 
 bool isSpace(std::uint16_t unit) {
     return juce::CharacterFunctions::isWhitespace(static_cast<juce::juce_wchar>(unit));
@@ -74,6 +75,20 @@ juce::String directText(const pugi::xml_node& element) {
     }
     endRun();
     return stringOfUnits(text);
+}
+
+// Why these nodes are no well-formed document; null when they are one: a single root, and no text
+// beside it.
+const char* documentError(const pugi::xml_document& document) {
+    int roots = 0;
+    for (const pugi::xml_node& node : document.children()) {
+        const std::string_view text = node.value();
+        if (node.type() == pugi::node_element && ++roots > 1) return "More than one root element";
+        if (node.type() == pugi::node_cdata ||
+            (node.type() == pugi::node_pcdata && text.find_first_not_of(" \t\r\n") != text.npos))
+            return "Text outside the root element";
+    }
+    return roots == 0 ? "No document element found" : nullptr;
 }
 
 juce::String eventAttribute(const pugi::xml_node& root) {
@@ -138,10 +153,13 @@ std::unique_ptr<OrvaneMessage> OrvaneMessage::parseInPlace(std::string& looseUtf
     std::vector<Parameter> set;
     {
         pugi::xml_document document;
+        // With its terminator: the parser overwrites the last byte that it is given, and of a text
+        // outside the root that byte may be all there is.
         const pugi::xml_parse_result result = document.load_buffer_inplace(
-            looseUtf8.data(), looseUtf8.size(), kParseOptions, pugi::encoding_utf8);
-        if (!result) {
-            syslog(LOG_ERR, "OrvaneMessage: XML parsing error occured: %s", result.description());
+            looseUtf8.data(), looseUtf8.size() + 1, kParseOptions, pugi::encoding_utf8);
+        const char* const error = result ? documentError(document) : result.description();
+        if (error != nullptr) {
+            syslog(LOG_ERR, "OrvaneMessage: XML parsing error occured: %s", error);
             return nullptr;
         }
         const pugi::xml_node root = document.document_element();

@@ -1,5 +1,6 @@
 #include "standins/app/application.h"
 
+#include "common/messages/frame.h"
 #include "standins/app/report_lines.h"
 
 namespace orvane::standin::app {
@@ -22,8 +23,7 @@ int StandInApplication::run() {
             return wrongUsage;
         }
     }
-    m_instance.reset(CreateMutexW(nullptr, FALSE, kInstanceMutex));
-    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+    if (UniqueHandle(OpenMutexW(SYNCHRONIZE, FALSE, kInstanceMutex))) {
         print("another OrVaneApp is running already; this one ends", true);
         return good;
     }
@@ -34,6 +34,8 @@ int StandInApplication::run() {
               true);
         return noPipes;
     }
+    // After the pipes: a plug-in that finds the mutex expects both.
+    m_instance.reset(CreateMutexW(nullptr, FALSE, kInstanceMutex));
     m_keeper = std::jthread([this](const std::stop_token& stop) {
         for (; !stop.stop_requested(); juce::Thread::sleep(kLookAfterMs)) {
             m_events.keepOpen();
@@ -67,12 +69,38 @@ void StandInApplication::runPrompt() {
     while (m_options.launchedBy.isNotEmpty()) juce::Thread::sleep(60'000);
 }
 
+bool StandInApplication::send(const OrvaneMessage& message) {
+    if (m_options.record != juce::File())
+        record(PipeId::command, "plug-in", frame::encode(message.toPayload()));
+    return m_commands.send(message);
+}
+
+// Each pipe's frames in a file of its own, as they came and went, and a line for each in
+// times.jsonl.
+void StandInApplication::record(PipeId pipe, const char* to, std::span<const std::uint8_t> frame) {
+    const std::lock_guard lock(m_printing);
+    const auto file = m_options.record.getChildFile(pipe == PipeId::event ? "event-pipe.bin"
+                                                                          : "command-pipe.bin");
+    m_options.record.getChildFile("times.jsonl")
+        .appendText("{\"ms\":" + String(juce::Time::getMillisecondCounter() - m_begin) +
+                        ",\"file\":\"" + file.getFileName() +
+                        "\",\"offset\":" + String(file.getSize()) +
+                        ",\"bytes\":" + String(frame.size()) + ",\"to\":\"" + to + "\"}\n",
+                    false, false, nullptr);
+    file.appendData(frame.data(), frame.size());
+}
+
+bool StandInApplication::sendBytes(std::span<const std::uint8_t> bytes) {
+    return m_commands.hasClient() && m_commands.sendBytes(bytes);
+}
+
 void StandInApplication::clientChanged(PipeId pipe, const String& how) {
     print(shownLine("link", describe(pipe), how), true);
     m_arrivals.changed();
 }
 
 void StandInApplication::payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) {
+    if (m_options.record != juce::File()) record(pipe, "application", frame::encode(payload));
     StringArray problems;
     const MessagePtr message = readPayload(pipe, payload, problems);
     for (const String& problem : problems) {

@@ -16,6 +16,7 @@ struct Options {
     String launchedBy;      // the player that started this program, "" when a person did
     juce::File script;      // lines to run in place of a prompt
     juce::File transcript;  // receives everything printed
+    juce::File record;      // a folder that receives the bytes of both pipes
 };
 
 class StandInApplication : private InterpreterHost, private StandInPipe::Listener {
@@ -27,10 +28,8 @@ public:
 
 private:
     bool isConnected(PipeId pipe) override { return pipeOf(pipe).hasClient(); }
-    bool send(const OrvaneMessage& message) override { return m_commands.send(message); }
-    bool sendBytes(std::span<const std::uint8_t> bytes) override {
-        return m_commands.hasClient() && m_commands.sendBytes(bytes);
-    }
+    bool send(const OrvaneMessage& message) override;
+    bool sendBytes(std::span<const std::uint8_t> bytes) override;
     void drop(PipeId pipe) override { pipeOf(pipe).drop(); }
     void hold(PipeId pipe, bool held) override { pipeOf(pipe).hold(held); }
     void print(const String& text, bool withTime) override;
@@ -39,6 +38,7 @@ private:
     void payloadCame(PipeId pipe, std::span<const std::uint8_t> payload) override;
 
     void runPrompt();
+    void record(PipeId pipe, const char* to, std::span<const std::uint8_t> frame);
     StandInPipe& pipeOf(PipeId pipe) { return pipe == PipeId::event ? m_events : m_commands; }
 
     const Options m_options;
@@ -47,6 +47,7 @@ private:
     std::unique_ptr<juce::FileOutputStream> m_transcript;
     Arrivals m_arrivals;
     Interpreter m_interpreter{*this, m_arrivals};
+    const juce::uint32 m_begin = juce::Time::getMillisecondCounter();
     UniqueHandle m_instance;
     StandInPipe m_events{PipeId::event, *this};
     StandInPipe m_commands{PipeId::command, *this};

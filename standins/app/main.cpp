@@ -17,6 +17,7 @@ typed at its prompt or read from a script. 'help' at the prompt lists all of the
 
   --script=FILE        run the lines of a file instead of a prompt
   --transcript=FILE    write all that is printed into a file, too
+  --record=FOLDER      append the bytes that go over the pipes to files there, with their times
   --launched-by=NAME   given by the plug-in when it starts this program
   --help               this text
 
@@ -55,6 +56,8 @@ extern "C" int wmain(int argc, wchar_t** argv) {
             options.script = fileAt(value);
         } else if (name == "--transcript" && value.isNotEmpty()) {
             options.transcript = fileAt(value);
+        } else if (name == "--record" && value.isNotEmpty()) {
+            options.record = fileAt(value);
         } else if (name == "--launched-by" && value.isNotEmpty()) {
             options.launchedBy = value;
         } else {

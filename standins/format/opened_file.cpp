@@ -15,10 +15,18 @@ HRESULT openFailure(DWORD error) {
     return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : NS_E_FILE_OPEN_FAILED;
 }
 
+// A test that has made this event holds up every call that opens or flushes a file until it signals
+// it, as a file on a slow disk does.
+void waitWhileHeldUp() {
+    const UniqueHandle held(OpenEventW(SYNCHRONIZE, FALSE, L"OrVaneStandInFormatHold"));
+    if (held) WaitForSingleObject(held.get(), INFINITE);
+}
+
 }  // namespace
 
 HRESULT OpenedFile::open(const WCHAR* path, DWORD access, DWORD share) {
     if (!path) return E_POINTER;
+    waitWhileHeldUp();
     if (isOpen()) return ASF_E_INVALIDSTATE;
     const bool writable = (access & GENERIC_WRITE) != 0;
     // Replacing the file needs the right to delete it, so a missing right is an error now and not
@@ -46,6 +54,7 @@ void OpenedFile::close() noexcept {
 }
 
 HRESULT OpenedFile::flush() {
+    waitWhileHeldUp();
     if (!isOpen()) return ASF_E_INVALIDSTATE;
     const std::optional<asf::Header> header = std::exchange(m_header, std::nullopt);
     const bool changed = m_changed;

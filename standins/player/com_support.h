@@ -22,7 +22,15 @@ inline std::atomic<long>& liveObjects() {
     return count;
 }
 
-// Counting is atomic: the player hands its objects to plug-ins that use them from any thread.
+// Calls and references (AddRef, Release, QueryInterface) on any thread but the one that made the
+// object, in the whole process. The player's objects belong to its own thread: 0 is the only good
+// number.
+inline std::atomic<long>& usesOnOtherThreads() {
+    static std::atomic<long> count{0};
+    return count;
+}
+
+// Counting is atomic: a reference on a wrong thread is to be counted, not to corrupt the object.
 template <typename... Interfaces>
 class ComObject : public Interfaces... {
 public:
@@ -31,8 +39,12 @@ public:
     ComObject(const ComObject&) = delete;
     ComObject& operator=(const ComObject&) = delete;
 
-    STDMETHOD_(ULONG, AddRef)() override { return static_cast<ULONG>(++m_references); }
+    STDMETHOD_(ULONG, AddRef)() override {
+        noteThread();
+        return static_cast<ULONG>(++m_references);
+    }
     STDMETHOD_(ULONG, Release)() override {
+        noteThread();
         const long left = --m_references;
         if (left == 0) delete this;
         return static_cast<ULONG>(left);
@@ -40,7 +52,10 @@ public:
     STDMETHOD(QueryInterface)(REFIID iid, void** out) override {
         if (out == nullptr) return E_POINTER;
         *out = find(iid);
-        if (*out == nullptr) return E_NOINTERFACE;
+        if (*out == nullptr) {
+            noteThread();
+            return E_NOINTERFACE;
+        }
         AddRef();
         return S_OK;
     }
@@ -56,6 +71,11 @@ protected:
     }
 
 private:
+    void noteThread() const {
+        if (GetCurrentThreadId() != m_thread) ++usesOnOtherThreads();
+    }
+
+    const DWORD m_thread = GetCurrentThreadId();
     std::atomic<long> m_references{1};
 };
 
@@ -86,6 +106,17 @@ CComPtr<Interface> makeObject(Arguments&&... arguments) {
     CComPtr<Interface> object;
     object.Attach(new T(std::forward<Arguments>(arguments)...));
     return object;
+}
+
+// Asked for privately, to know our own objects of one kind from other people's: the object behind
+// an interface when its find() answers `own` with itself, else empty.
+template <typename T>
+CComPtr<T> ownObject(IUnknown* object, REFIID own) {
+    void* found = nullptr;
+    CComPtr<T> result;
+    if (object != nullptr && SUCCEEDED(object->QueryInterface(own, &found)))
+        result.Attach(static_cast<T*>(found));
+    return result;
 }
 
 inline std::wstring textOf(BSTR text) { return {text, text + SysStringLen(text)}; }

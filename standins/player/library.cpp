@@ -18,10 +18,13 @@ struct FindTraits {
     static void close(Type handle) noexcept { FindClose(handle); }
 };
 
-bool isMusic(const std::wstring& name) { return foldCase(name).ends_with(L".wma"); }
+bool isListed(const std::wstring& name) {
+    const std::wstring folded = foldCase(name);
+    return folded.ends_with(L".wma") || mediaTypeOf(folded) != L"audio";
+}
 
 // Own enumeration: the standard library's stops at 260 characters.
-bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
+bool findFiles(const std::wstring& root, std::vector<std::wstring>& paths) {
     bool rootRead = false;
     std::vector<std::wstring> folders = {root};
     while (!folders.empty()) {
@@ -38,7 +41,7 @@ bool findMusic(const std::wstring& root, std::vector<std::wstring>& paths) {
             if (name == L"." || name == L"..") continue;
             const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
             if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                if (isMusic(name)) paths.push_back(inside + name);
+                if (isListed(name)) paths.push_back(inside + name);
             } else if (!isLink) {
                 folders.push_back(inside + name);
             }
@@ -61,7 +64,7 @@ TrackPtr makeSynthetic(unsigned number) {
     auto track = std::make_shared<Track>();
     track->path = L"M:\\Synthetic\\" + text + L".wma";
     track->synthetic = true;
-    track->memory[L"Title"] = L"Track " + text;
+    track->library[L"Title"] = L"Track " + text;
     return track;
 }
 
@@ -71,7 +74,7 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
     std::vector<std::wstring> paths;
     if (!options.library.empty()) {
         const std::wstring root = absolutePath(options.library.wstring());
-        if (!findMusic(root, paths)) {
+        if (!findFiles(root, paths)) {
             error = "the library folder " + toUtf8(root) + " cannot be read";
             return false;
         }
@@ -92,6 +95,7 @@ bool Library::open(const PlayerOptions& options, std::string& error) {
 
 void Library::list(TrackPtr track) {
     if (m_tracks.use_count() > 1) m_tracks = std::make_shared<TrackList>(*m_tracks);
+    track->inLibrary = true;
     m_byPath[foldCase(track->path)].push_back(track);
     m_tracks->push_back(std::move(track));
 }
@@ -101,6 +105,16 @@ TrackPtr Library::add(const std::wstring& path) {
     track->path = path;
     list(track);
     return track;
+}
+
+bool Library::remove(const TrackPtr& track) {
+    const auto known = m_byPath.find(foldCase(track->path));
+    if (known == m_byPath.end() || std::erase(known->second, track) == 0) return false;
+    if (known->second.empty()) m_byPath.erase(known);
+    track->inLibrary = false;
+    m_tracks = std::make_shared<TrackList>(*m_tracks);
+    std::erase(*m_tracks, track);
+    return true;
 }
 
 PlaylistPtr Library::all() const {
@@ -135,6 +149,10 @@ PlaylistPtr Library::makePlaylist(const std::wstring& name) {
     playlist->name = name;
     m_playlists.push_back(playlist);
     return playlist;
+}
+
+bool Library::removePlaylist(const PlaylistPtr& playlist) {
+    return std::erase(m_playlists, playlist) > 0;
 }
 
 }  // namespace orvane::standin

@@ -24,7 +24,8 @@ using PlaylistPtr = std::shared_ptr<Playlist>;
 
 class Library {
 public:
-    // Lists the .wma files of the folder and its subfolders by path, then the synthetic items.
+    // Lists what the player takes for music, film or playlist (.wma, .wmv, .wpl) in the folder and
+    // its subfolders by path, then the synthetic items.
     bool open(const PlayerOptions& options, std::string& error);
 
     [[nodiscard]] const TrackList& tracks() const { return *m_tracks; }
@@ -34,11 +35,14 @@ public:
     [[nodiscard]] PlaylistPtr withPath(const std::wstring& path) const;
     [[nodiscard]] TrackPtr firstWithPath(const std::wstring& path) const;  // may be null
     TrackPtr add(const std::wstring& path);
+    // False when it is not there. The file stays.
+    bool remove(const TrackPtr& track);
 
     // The user's playlists in order of making; several may bear one name.
     [[nodiscard]] const std::vector<PlaylistPtr>& playlists() const { return m_playlists; }
     [[nodiscard]] std::vector<PlaylistPtr> playlistsNamed(const std::wstring& name) const;
     PlaylistPtr makePlaylist(const std::wstring& name);
+    bool removePlaylist(const PlaylistPtr& playlist);
 
 private:
     void list(TrackPtr track);

@@ -25,6 +25,7 @@
 #include "standins/player/player.h"
 #include "standins/player/player_options.h"
 #include "standins/player/plugin_host.h"
+#include "standins/player/plugin_module.h"
 #include "standins/player/script.h"
 
 namespace orvane::standin {
@@ -70,7 +71,14 @@ void readStandardInput(const std::shared_ptr<Model>& model, Script& script) {
     }).detach();
 }
 
+// A plug-in that is at work on a file is asked again, until it lets the player go.
 void handleClose(Player& player) {
+    constexpr unsigned kAskAgainMs = 100;
+    if (player.window() == nullptr) return;
+    if (!player.plugins().mayClose()) {
+        player.model().apartment.postLater(kAskAgainMs, [&player] { handleClose(player); });
+        return;
+    }
     print("closing");
     player.plugins().unloadAll();
     DestroyWindow(player.window());
@@ -90,14 +98,21 @@ int run(const PlayerOptions& options) {
     Player player(options);
     std::string error;
     if (!player.openLibrary(error)) return fail(error);
-    if (!player.createWindow()) return fail("the main window cannot be made");
+    if (!player.createWindow()) return fail("the main window cannot be made: --help");
 
     const ModelPtr model = player.model().shared_from_this();
     model->report = print;
     player.plugins().report = print;
     player.mainWindow()->onClose = [&] { handleClose(player); };
+    PluginModule module;
+    if (!options.plugin.empty() && !module.load(options.plugin, error)) return fail(error);
     print("library of " + std::to_string(player.itemCount()) + " item(s)");
-    print(std::to_string(player.plugins().loadRegistered()) + " plug-in(s) loaded");
+    if (!options.plugin.empty()) {
+        waitForApplication(print);
+        player.plugins().load(PluginModule::classId());
+    } else {
+        print(std::to_string(player.plugins().loadRegistered()) + " plug-in(s) loaded");
+    }
     ShowWindow(player.window(), SW_SHOW);
 
     Script script(player, print);
@@ -109,7 +124,9 @@ int run(const PlayerOptions& options) {
     runMessageLoop();
     player.plugins().freeModules();
     print(std::to_string(player.sinkCount()) + " event sink(s) left; closed");
-    return script.failures() == 0 ? 0 : 1;
+    print(std::to_string(usesOnOtherThreads()) + " use(s) of its objects on other threads");
+    const bool kept = !kOtherThreadsRefused || usesOnOtherThreads() == 0;
+    return kept && script.failures() == 0 ? 0 : 1;
 }
 
 }  // namespace
@@ -120,6 +137,7 @@ int main() try {
     using namespace orvane::standin;
     _setmode(_fileno(stdout), _O_BINARY);
     PlayerOptions options;
+    options.documentedAttributes = false;
     std::string error;
     if (!parseOptions(commandLine(), options, error)) return fail(error);
     if (options.help) {

@@ -1,13 +1,18 @@
 #pragma once
 
-// The player's main window, as plug-ins look for it: top-level, class "WMPlayerApp", caption
-// "Windows Media Player".
+// The player's main window, as plug-ins look for it: top-level, class "WMPlayerApp" everywhere, its
+// caption in the language of the system.
 
 #include <windows.h>
 
 #include <functional>
+#include <map>
+#include <string>
 
 namespace orvane::standin {
+
+// By language: en, fr, es; legacy is what Windows 11 calls the program.
+const std::map<std::wstring, const wchar_t*>& captions();
 
 class MainWindow {
 public:
@@ -16,8 +21,9 @@ public:
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
 
-    // Makes the window, hidden, at an ordinary size; false when the system refuses.
-    bool create();
+    // Makes the window, hidden, at an ordinary size; false for a language that has no caption, and
+    // when the system refuses.
+    bool create(const std::wstring& language);
     [[nodiscard]] HWND hwnd() const { return m_hwnd; }
 
     // WM_CLOSE ends here; without it the window closes at once.

@@ -1,5 +1,6 @@
 #include "standins/player/model.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +24,10 @@ HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
             m_calls.emplace(call, 1);
         else
             ++count->second;
+        if (!apartment.isOwnThread()) {
+            ++usesOnOtherThreads();
+            if (options.refuseOtherThreads) return RPC_E_WRONG_THREAD;
+        }
         handOver = options.serveOnOwnThread;
         ask = options.onCall;
     }
@@ -42,6 +47,18 @@ HRESULT Model::invoke(const char* call, const std::function<HRESULT()>& body) {
 
 void Model::fire(std::function<void(IWMPEvents&)> event) {
     apartment.post([this, event = std::move(event)] { sinks.raise(event); });
+}
+
+void Model::saveTags(const TrackPtr& track) {
+    constexpr unsigned kRetryMs = 200;
+    const unsigned after = options.tagsAfterMs;
+    if (after == PlayerOptions::kNever || track->saveIsDue) return;
+    if (after == 0 && tags.save(*track)) return;
+    track->saveIsDue = true;
+    later(std::max(after, kRetryMs), [this, track] {
+        track->saveIsDue = false;
+        if (!tags.save(*track)) saveTags(track);
+    });
 }
 
 void Model::later(unsigned milliseconds, std::function<void()> work) {
@@ -66,6 +83,7 @@ void Model::close() {
     {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
+        playback.letFileGo();
     }
     apartment.close();
     sinks.clear();

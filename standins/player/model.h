@@ -21,7 +21,7 @@ namespace orvane::standin {
 class Model : public std::enable_shared_from_this<Model> {
 public:
     explicit Model(PlayerOptions playerOptions)
-        : options(std::move(playerOptions)), playback(*this) {}
+        : options(std::move(playerOptions)), tags(options), playback(*this) {}
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
 
@@ -40,6 +40,10 @@ public:
 
     // Queues an event for all sinks, in order, to be raised on the player's thread; any thread.
     void fire(std::function<void(IWMPEvents&)> event);
+
+    // Has the tags that were set reach the track's file, when the options say; tried again for as
+    // long as somebody has the file. Under the lock.
+    void saveTags(const TrackPtr& track);
 
     // Runs work under the lock on the player's thread, that much later.
     void later(unsigned milliseconds, std::function<void()> work);

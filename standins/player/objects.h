@@ -26,7 +26,9 @@ CComPtr<IWMPPlaylistArray> makePlaylistArray(const ModelPtr& model,
 
 // A library item's; a new one each time, several may stand for one item.
 CComPtr<IWMPMedia> makeMedia(const ModelPtr& model, const TrackPtr& track);
-// The item behind a media object of this player; null for anybody else's object.
+// The item behind a media object of this player, and the list behind a playlist object; null for
+// anybody else's object.
 TrackPtr trackOf(IUnknown* media);
+PlaylistPtr playlistOf(IUnknown* playlist);
 
 }  // namespace orvane::standin

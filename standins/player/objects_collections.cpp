@@ -26,12 +26,28 @@ public:
         });
     }
 
-    STDMETHOD(add)(BSTR, IWMPMedia**) override { return E_NOTIMPL; }
+    STDMETHOD(add)(BSTR path, IWMPMedia** out) override {
+        return m_model->give("IWMPMediaCollection::add", out, [&]() -> HRESULT {
+            Library& library = m_model->library;
+            TrackPtr track = library.firstWithPath(textOf(path));
+            if (!track && GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES)
+                return HRESULT_FROM_WIN32(GetLastError());
+            if (!track) track = library.add(textOf(path));
+            *out = makeMedia(m_model, track).Detach();
+            return S_OK;
+        });
+    }
+    STDMETHOD(remove)(IWMPMedia* media, VARIANT_BOOL) override {
+        const TrackPtr track = trackOf(media);
+        return m_model->serve("IWMPMediaCollection::remove", [&] {
+            return track && m_model->library.remove(track) ? S_OK : E_INVALIDARG;
+        });
+    }
+
     STDMETHOD(getByName)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
     STDMETHOD(getByGenre)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
     STDMETHOD(getByAuthor)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
     STDMETHOD(getByAlbum)(BSTR, IWMPPlaylist**) override { return E_NOTIMPL; }
-    STDMETHOD(remove)(IWMPMedia*, VARIANT_BOOL) override { return E_NOTIMPL; }
     STDMETHOD(getAttributeStringCollection)(BSTR, BSTR, IWMPStringCollection**) override {
         return E_NOTIMPL;
     }
@@ -75,7 +91,12 @@ public:
     }
 
     STDMETHOD(getAll)(IWMPPlaylistArray**) override { return E_NOTIMPL; }
-    STDMETHOD(remove)(IWMPPlaylist*) override { return E_NOTIMPL; }
+    STDMETHOD(remove)(IWMPPlaylist* playlist) override {
+        const PlaylistPtr known = playlistOf(playlist);
+        return m_model->serve("IWMPPlaylistCollection::remove", [&] {
+            return known && m_model->library.removePlaylist(known) ? S_OK : E_INVALIDARG;
+        });
+    }
     STDMETHOD(setDeleted)(IWMPPlaylist*, VARIANT_BOOL) override { return E_NOTIMPL; }
     STDMETHOD(isDeleted)(IWMPPlaylist*, VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHOD(importPlaylist)(IWMPPlaylist*, IWMPPlaylist**) override { return E_NOTIMPL; }

@@ -6,10 +6,15 @@ namespace orvane::standin {
 
 namespace {
 
+constexpr IID kOwnPlaylist = {
+    0x6d2f5b1e, 0x3a70, 0x4c5f, {0x9b, 0x44, 0x10, 0x8e, 0x5d, 0x27, 0xc6, 0x32}};
+
 class PlaylistObject final : public DispatchObject<IWMPPlaylist> {
 public:
     PlaylistObject(ModelPtr model, PlaylistPtr playlist)
         : m_model(std::move(model)), m_playlist(std::move(playlist)) {}
+
+    [[nodiscard]] const PlaylistPtr& playlist() const { return m_playlist; }
 
     STDMETHOD(get_count)(LONG* out) override {
         return m_model->give("IWMPPlaylist::get_count", out, [&] {
@@ -51,6 +56,7 @@ public:
 
 protected:
     void* find(REFIID iid) override {
+        if (iid == kOwnPlaylist) return this;
         return match<IUnknown, IDispatch, IWMPPlaylist>(iid, static_cast<IWMPPlaylist*>(this));
     }
 
@@ -93,6 +99,11 @@ private:
 
 CComPtr<IWMPPlaylist> makePlaylist(const ModelPtr& model, const PlaylistPtr& playlist) {
     return makeObject<PlaylistObject, IWMPPlaylist>(model, playlist);
+}
+
+PlaylistPtr playlistOf(IUnknown* playlist) {
+    const auto own = ownObject<PlaylistObject>(playlist, kOwnPlaylist);
+    return own ? own->playlist() : nullptr;
 }
 
 CComPtr<IWMPPlaylistArray> makePlaylistArray(const ModelPtr& model,

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "standins/asf/file.h"
 #include "standins/player/model.h"
 #include "standins/player/objects.h"
 
@@ -55,6 +56,10 @@ void Playback::enterLater(unsigned milliseconds, WMPPlayState state) {
 void Playback::open(TrackPtr track) {
     ++m_change;
     m_current = std::move(track);
+    m_file.reset();
+    if (m_current && !m_current->synthetic)
+        m_file.reset(CreateFileW(asf::extendedLength(m_current->path).c_str(), GENERIC_READ,
+                                 FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     m_playedBefore = 0;
     if (m_state == wmppsPlaying || m_state == wmppsPaused || m_heading != m_state)
         enter(wmppsStopped);

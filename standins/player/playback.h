@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "platform/handles.h"
 #include "standins/player/com_support.h"
 #include "standins/player/track.h"
 
@@ -33,6 +34,8 @@ public:
     HRESULT stop();
     HRESULT pause();
 
+    void letFileGo() { m_file.reset(); }
+
 private:
     void enter(WMPPlayState state);
     void enterLater(unsigned milliseconds, WMPPlayState state);
@@ -42,6 +45,7 @@ private:
     WMPPlayState m_state = wmppsUndefined;
     WMPPlayState m_heading = wmppsUndefined;  // where a pending change leads
     TrackPtr m_current;
+    UniqueFile m_file;  // the current track's: open for as long as it is current, stopped or not
     unsigned long m_change = 0;  // counts changes of mind; a pending one of an older count is void
     ULONGLONG m_playingSince = 0;
     ULONGLONG m_playedBefore = 0;  // milliseconds of the current track before that

@@ -26,7 +26,7 @@ bool Player::openLibrary(std::string& error) {
 
 bool Player::createWindow() {
     m_window = std::make_unique<MainWindow>();
-    return m_window->create();
+    return m_window->create(m_model->locked([&] { return m_model->options.language; }));
 }
 
 HWND Player::window() const { return m_window ? m_window->hwnd() : nullptr; }

@@ -66,9 +66,22 @@ constexpr Option kOptions[] = {
          o.neverReached.insert(state);
          return true;
      }},
+    {L"language", "LANG", "of the window's caption: en, fr, es, or legacy",
+     text<&PlayerOptions::language>},
+    {L"tags-after", "MS", "tags reach their files so many milliseconds later, or never",
+     [](PlayerOptions& o, const std::wstring& v) {
+         o.tagsAfterMs = PlayerOptions::kNever;
+         return v == L"never" || readNumber(v, o.tagsAfterMs);
+     }},
+    {L"documented-attributes", nullptr,
+     "files and library share only the attributes that are documented so",
+     flag<&PlayerOptions::documentedAttributes>},
     {L"serve-on-own-thread", nullptr,
      "hand calls from other threads to the player's own thread, not serve them at once",
      flag<&PlayerOptions::serveOnOwnThread>},
+    {L"plugin", "FILE",
+     "load this module in place of the registered plug-ins, when the application is there",
+     text<&PlayerOptions::plugin>},
     {L"script", "FILE", "read commands from FILE, or with - from standard input",
      text<&PlayerOptions::script>},
     {L"help", nullptr, "this text", flag<&PlayerOptions::help>},

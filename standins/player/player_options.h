@@ -12,11 +12,25 @@
 
 namespace orvane::standin {
 
+// Whether the player's objects refuse calls from other threads, and every test and program ends
+// with no use of them there (see usesOnOtherThreads). Off for as long as the plug-in makes some.
+inline constexpr bool kOtherThreadsRefused = true;
+
 struct PlayerOptions {
+    static constexpr unsigned kNever = ~0U;
+
     // Library. The folder is read once, with its subfolders; items are listed by path.
     std::filesystem::path library;
     unsigned synthetic = 0;               // further items without files, tags kept in memory
     std::vector<std::wstring> listTwice;  // a path that contains one of these is listed twice
+
+    // Tags. What is set is in the library at once; the file follows so much later, or kNever.
+    unsigned tagsAfterMs = 0;
+    // Which attributes of a library item its file has is as documented: ReleaseDate is the
+    // library's alone, WM/PartOfSet and Description are only of files outside the library, and what
+    // is not known lives as long as the media object. When false, all of them are read from and
+    // written to the file.
+    bool documentedAttributes = true;
 
     // Playback. Real players take their time; tiny samples would end before anybody could look.
     unsigned startDelayMs = 120;  // transitioning, then playing
@@ -28,7 +42,9 @@ struct PlayerOptions {
 
     // Settings modes by name.
     std::map<std::wstring, bool> modes = {
-        {L"shuffle", false}, {L"autoRewind", false}, {L"loop", false}};
+        {L"shuffle", false}, {L"autoRewind", true}, {L"loop", false}};
+
+    std::wstring language = L"en";  // of the window's caption
 
     // Faults.
     std::vector<long> errors;          // error codes in the player's error list
@@ -37,11 +53,14 @@ struct PlayerOptions {
     // A test's: asked ahead of each call, where it is served; an answer but S_OK is the call's.
     std::function<long(const std::string& call)> onCall;
 
-    // Calls from other threads: true hands each to the player's own thread, as a player with
+    // Calls from other threads get RPC_E_WRONG_THREAD.
+    bool refuseOtherThreads = kOtherThreadsRefused;
+    // Otherwise: true hands each to the player's own thread, as a player with
     // apartment objects does; false serves them where they are made, under a lock.
     bool serveOnOwnThread = false;
 
     // The program only.
+    std::wstring plugin;  // a module to load in place of the registered plug-ins, empty: none
     std::wstring script;  // file with commands, "-": standard input, empty: none
     bool help = false;
 };

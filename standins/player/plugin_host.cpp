@@ -100,6 +100,30 @@ size_t PluginHost::loadRegistered() {
     return m_plugins.size();
 }
 
+bool PluginHost::mayClose() {
+    for (const Plugin& plugin : std::vector<Plugin>(m_plugins)) {
+        VARIANT answer{};
+        const HRESULT result = plugin.object->GetProperty(L"QueryDestroy", &answer);
+        const std::wstring text =
+            result == S_OK && answer.vt == VT_BSTR ? textOf(answer.bstrVal) : std::wstring();
+        VariantClear(&answer);
+        if (text.empty()) continue;
+        report("plug-in " + textOf(plugin.clsid) + " asks to wait: " + toUtf8(text));
+        return false;
+    }
+    return true;
+}
+
+void PluginHost::makeSecond() {
+    for (const Plugin& plugin : std::vector<Plugin>(m_plugins)) {
+        CComPtr<IWMPPluginUI> second;
+        const HRESULT result =
+            CoCreateInstance(plugin.clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWMPPluginUI),
+                             reinterpret_cast<void**>(&second));
+        report("plug-in " + textOf(plugin.clsid) + " second object: " + describe(result));
+    }
+}
+
 void PluginHost::letGo(Plugin& plugin) {
     const std::string name = textOf(plugin.clsid);
     const HRESULT result = plugin.object->SetCore(nullptr);

@@ -28,6 +28,14 @@ public:
     // Creates each registered background plug-in that is not there yet and gives it the core. One
     // that cannot be created is reported and left out. Returns how many are there.
     size_t loadRegistered();
+    // The same with one class that COM knows, registered or not.
+    void load(const CLSID& clsid);
+    // Asks each plug-in as "QueryDestroy" whether it may go now; false when one answers with a
+    // text, which is for the user: it is at work on a file.
+    bool mayClose();
+    // A second object of each plug-in beside the first, without a core, as for its property page,
+    // released at once.
+    void makeSecond();
     // SetCore(null) and release. Safe inside a message of the main window, which the plug-in may
     // have subclassed: no module goes.
     void unloadAll();
@@ -44,7 +52,6 @@ private:
         CLSID clsid;
         CComPtr<IWMPPluginUI> object;
     };
-    void load(const CLSID& clsid);
     void letGo(Plugin& plugin);
 
     IWMPCore* m_core;

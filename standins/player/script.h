@@ -38,6 +38,7 @@ public:
     bool sendMedia(const Arguments& arguments);
     bool sendPlaylists(const Arguments& arguments);
     bool printPlaylists();
+    bool makeSecondObject();
     bool close();
     bool exit(const Arguments& arguments);
 

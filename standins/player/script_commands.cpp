@@ -145,6 +145,11 @@ bool Script::printPlaylists() {
     return true;
 }
 
+bool Script::makeSecondObject() {
+    m_player.plugins().makeSecond();
+    return true;
+}
+
 bool Script::close() {
     PostMessageW(m_player.window(), WM_CLOSE, 0, 0);
     return true;

@@ -19,16 +19,29 @@ constexpr size_t kRemembered = 8;
 // No tag that is shown as text is longer; pictures are.
 constexpr size_t kLargestShown = 64 * 1024;
 
-const std::set<std::wstring>& readOnlyAttributes() {
-    static const std::set<std::wstring> names = {
-        L"SourceURL",        L"Bitrate",         L"Duration",      L"FileSize",
-        L"MediaType",        L"ReleaseDateYear", L"UserPlayCount", L"UserLastPlayedTime",
-        L"WM/WMCollectionID"};
-    return names;
-}
+using Names = std::set<std::wstring>;
 
-// Kept by the player about its user, in its own library and not in the file.
-bool isUserAttribute(const std::wstring& name) { return name.starts_with(L"User"); }
+const Names kReadOnly = {
+    L"SourceURL",       L"Bitrate",       L"Duration",           L"FileSize",         L"MediaType",
+    L"ReleaseDateYear", L"UserPlayCount", L"UserLastPlayedTime", L"WM/WMCollectionID"};
+// Of a library item: in its file as well, and in files outside the library only.
+const Names kShared = {L"Title",
+                       L"Author",
+                       L"Copyright",
+                       L"WM/AlbumTitle",
+                       L"WM/AlbumArtist",
+                       L"WM/TrackNumber",
+                       L"WM/Genre",
+                       L"WM/Composer",
+                       L"WM/OriginalReleaseYear",
+                       L"WM/Publisher",
+                       L"WM/UniqueFileIdentifier"};
+const Names kFilesOnly = {L"WM/PartOfSet", L"Description", L"WM/Year"};
+
+// Kept by the player in its own library and not in the file.
+bool isLibraryOnly(const std::wstring& name) {
+    return name.starts_with(L"User") || name == L"PartOfSet";
+}
 
 std::wstring wide(const std::u16string& text) { return {text.begin(), text.end()}; }
 std::u16string utf16(const std::wstring& text) { return {text.begin(), text.end()}; }
@@ -62,12 +75,12 @@ bool fileFacts(const std::wstring& path, std::uint64_t& size, std::uint64_t& mod
     return true;
 }
 
-std::wstring valueOr(const std::map<std::wstring, std::wstring>& map, const std::wstring& key) {
-    const auto found = map.find(key);
-    return found == map.end() ? std::wstring() : found->second;
-}
-
 }  // namespace
+
+std::wstring mediaTypeOf(const std::wstring& path) {
+    const std::wstring name = foldCase(path);
+    return name.ends_with(L".wmv") ? L"video" : name.ends_with(L".wpl") ? L"playlist" : L"audio";
+}
 
 std::wstring foldCase(std::wstring text) {
     if (!text.empty()) CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
@@ -88,8 +101,12 @@ const TagStore::Snapshot* TagStore::snapshot(const Track& track) {
         asf::readHeader(std::filesystem::path(asf::extendedLength(track.path)), error);
     if (!header) return nullptr;
     for (const asf::Attribute& attribute : header->attributes()) {
-        if (attribute.value.size() <= kLargestShown)
-            fresh.tags.emplace(wide(attribute.name), wide(attribute.text()));
+        std::wstring text = wide(attribute.text());
+        if (attribute.value.size() > kLargestShown || text.empty()) continue;
+        // A writer may put the same value into two of the header's objects.
+        auto& values = fresh.tags[wide(attribute.name)];
+        if (std::find(values.begin(), values.end(), text) == values.end())
+            values.push_back(std::move(text));
     }
     fresh.bitrate = header->bitrate();
     fresh.durationHns = header->durationHns();
@@ -103,67 +120,69 @@ void TagStore::forget(const std::wstring& path) {
     std::erase_if(m_recent, [&](const Snapshot& known) { return known.path == path; });
 }
 
-HRESULT TagStore::read(const Track& track, const std::wstring& attribute, std::wstring& value) {
-    value.clear();
-    if (attribute == L"SourceURL") {
-        value = track.path;
-        return S_OK;
-    }
-    if (attribute == L"MediaType") {
-        value = L"audio";
-        return S_OK;
-    }
+bool TagStore::isReadOnly(const std::wstring& attribute) { return kReadOnly.contains(attribute); }
+
+std::vector<std::wstring> TagStore::read(const Track& track, const std::wstring& attribute) {
+    if (attribute == L"SourceURL") return {track.path};
+    if (attribute == L"MediaType") return {mediaTypeOf(track.path)};
+    const bool isYear = attribute == L"ReleaseDateYear";
+    if (isYear && track.library.contains(L"ReleaseDate"))
+        return {yearOfDate(track.library.at(L"ReleaseDate")).value_or(L"")};
+    if (isDocumented(track) && kFilesOnly.contains(attribute)) return {};
     const std::wstring tag =
-        attribute == L"ReleaseDateYear" || attribute == L"ReleaseDate" ? L"WM/Year" : attribute;
-    if (track.synthetic || isUserAttribute(tag)) {
-        value = valueOr(track.memory, tag);
-    } else if (const Snapshot* file = snapshot(track)) {
-        if (tag == L"Bitrate")
-            value = std::to_wstring(file->bitrate);
-        else if (tag == L"Duration")
-            value = std::to_wstring(static_cast<double>(file->durationHns) / 1e7);
-        else if (tag == L"FileSize")
-            value = std::to_wstring(file->size);
-        else
-            value = valueOr(file->tags, tag);
-    }
-    if (attribute == L"ReleaseDateYear") value = value.substr(0, 4);
-    return S_OK;
+        isYear || (attribute == L"ReleaseDate" && !isDocumented(track)) ? L"WM/Year" : attribute;
+    for (const auto* own : {&track.unsaved, &track.library})
+        if (const auto found = own->find(tag); found != own->end())
+            return {isYear ? found->second.substr(0, 4) : found->second};
+    const Snapshot* file = track.synthetic || isLibraryOnly(tag) ? nullptr : snapshot(track);
+    if (file == nullptr) return {};
+    if (tag == L"Bitrate") return {std::to_wstring(file->bitrate)};
+    if (tag == L"Duration") return {std::to_wstring(static_cast<double>(file->durationHns) / 1e7)};
+    if (tag == L"FileSize") return {std::to_wstring(file->size)};
+    const auto found = file->tags.find(tag);
+    if (found == file->tags.end()) return {};
+    if (isYear) return {found->second.front().substr(0, 4)};
+    return found->second;
 }
 
 HRESULT TagStore::write(Track& track, const std::wstring& attribute, const std::wstring& value) {
     if (attribute.empty()) return E_INVALIDARG;
-    if (readOnlyAttributes().contains(attribute)) return E_ACCESSDENIED;
-
+    if (isReadOnly(attribute)) return E_ACCESSDENIED;
+    const bool documented = isDocumented(track);
     std::wstring tag = attribute;
     std::wstring text = value;
-    if (attribute == L"ReleaseDate") {
-        tag = L"WM/Year";
-        if (!value.empty()) {
-            const auto year = yearOfDate(value);
-            if (!year) return E_INVALIDARG;
-            text = *year;
-        }
+    if (attribute == L"ReleaseDate" && !value.empty()) {
+        const auto year = yearOfDate(value);
+        if (!year) return E_INVALIDARG;
+        if (!documented) text = *year;
     }
-    if (track.synthetic || isUserAttribute(tag)) {
-        track.memory[tag] = text;
+    if (attribute == L"ReleaseDate" && !documented) tag = L"WM/Year";
+    if (track.synthetic || isLibraryOnly(tag) || tag == L"ReleaseDate") {
+        track.library[tag] = text;
         return S_OK;
     }
-
-    const std::wstring path = asf::extendedLength(track.path);
-    const DWORD flags = GetFileAttributesW(path.c_str());
+    if (documented && !kShared.contains(tag)) return S_FALSE;
+    const DWORD flags = GetFileAttributesW(asf::extendedLength(track.path).c_str());
     if (flags == INVALID_FILE_ATTRIBUTES) return HRESULT_FROM_WIN32(GetLastError());
     // A new file in its place would not be read-only any more.
     if ((flags & FILE_ATTRIBUTE_READONLY) != 0) return E_ACCESSDENIED;
+    if (snapshot(track) == nullptr) return HRESULT_FROM_WIN32(ERROR_BAD_FORMAT);
+    track.unsaved[tag] = text;
+    return S_OK;
+}
 
+bool TagStore::save(Track& track) {
+    if (track.unsaved.empty()) return true;
     // Read anew: others write pictures into the same header.
-    const std::filesystem::path file(path);
+    const std::filesystem::path file(asf::extendedLength(track.path));
     std::string error;
     auto header = asf::readHeader(file, error);
-    if (!header) return HRESULT_FROM_WIN32(ERROR_BAD_FORMAT);
-    header->setText(utf16(tag), utf16(text));
+    if (!header) return false;
+    for (const auto& [tag, text] : track.unsaved) header->setText(utf16(tag), utf16(text));
+    if (!asf::replaceHeader(file, *header, error)) return false;
     forget(track.path);
-    return asf::replaceHeader(file, *header, error) ? S_OK : E_ACCESSDENIED;
+    track.unsaved.clear();
+    return true;
 }
 
 double TagStore::durationSeconds(const Track& track) {

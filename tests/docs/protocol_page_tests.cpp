@@ -16,8 +16,9 @@
 #include "common/messages/frame.h"
 #include "common/messages/orvane_message.h"
 #include "harness/child.h"
-#include "tests/common/messages/recording_methods.h"
-#include "tests/plugin/fake_app.h"
+#include "harness/recording_methods.h"
+#include "harness/running_app.h"
+#include "harness/waiting.h"
 #include "tests/support/in_tree.h"
 
 namespace orvane::test {
@@ -89,7 +90,7 @@ private:
 };
 
 TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
-    FakeApp app;
+    RunningApp app;
     OrvaneAppConnector connector({});
     ASSERT_TRUE(connector.connect());
     const juce::String player("wmp");
@@ -134,6 +135,20 @@ TEST(ProtocolPage, CommandsAreAnsweredAsItSays) {
     EXPECT_EQ(page.responses.size(), routed.size());
 }
 
+// A copy of common/names on purpose: the application's own developers rely on these.
+TEST(Names, AreThoseThatTheApplicationUses) {
+    const std::pair<const char*, const char*> table[] = {
+        {names::kRunningMutex.narrow(), "OrVaneApp_Process"},
+        {names::kEventPipe.narrow(), "IpcOrvaneEventPipe"},
+        {names::kCommandPipe.narrow(), "IpcOrvaneCommandPipe"},
+        {names::kSettingsKey.narrow(), "Software\\OrVaneMedia\\Settings"},
+        {names::kPathValue.narrow(), "Path"},
+        {names::kApplicationFile.narrow(), "OrVaneApp.exe"},
+        {names::kModuleFile.narrow(), "OrVaneWmpPlugin.dll"},
+        {names::kClassId.narrow(), "{9893A0E1-EE98-448F-81EE-D2D15666215E}"}};
+    for (const auto& [name, text] : table) EXPECT_STREQ(name, text);
+}
+
 TEST(ProtocolPage, FramesHaveTheBytesItShows) {
     const auto blocks = blocksOf("frame");
     ASSERT_EQ(blocks.size(), 1U);
@@ -149,20 +164,24 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
     EXPECT_GT(at, 8U);
 }
 
-TEST(ProtocolPage, TheExampleHoldsASession) {
-    const Child application(L"minimal_application.exe");
+TEST(ProtocolPage, TheKitsExampleHoldsASessionTwice) {
+    Child application(L"application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
     const std::shared_ptr<IOrvanePluginMethods> methods = std::make_shared<PageMethods>();
-    {
+    juce::StringArray paths;
+    for (int i = 0; i < 10'000; ++i) paths.add("C:\\Music\\" + juce::String(i) + ".wma");
+    for (const std::string question : {"isPlaying", "isPaused"}) {
         OrvaneAppConnector connector(methods);
         ASSERT_TRUE(eventually([&] { return connector.connect(); }, 5000));
-        connector.playerHello("wmp");
-        EXPECT_TRUE(application.prints("isPlaying true", 5000)) << application.output();
-        connector.playerGoodbye("wmp");
-        EXPECT_EQ(application.exitCode(5000), 0U);
+        application.tell(question);
+        const std::string answer =
+            R"("name":")" + question + R"(","parameters":{"return_value":"true")";
+        EXPECT_TRUE(application.prints(answer, 5000)) << application.output();
+        connector.cleanTracks("wmp", paths);
+        EXPECT_TRUE(application.prints(R"("trackPaths9999":"C:\\Music\\9999.wma"}})", 5000));
     }
-    EXPECT_EQ(application.output(),
-              "ready\r\nPlayerHello \r\nisPlaying true\r\nPlayerGoodbye \r\n");
+    application.tell("quit");
+    EXPECT_EQ(application.exitCode(5000), 0U);
 }
 
 }  // namespace

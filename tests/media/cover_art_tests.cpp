@@ -41,15 +41,15 @@ protected:
     }
     bool retrieve(const fs::path& to) { return retrieved(to) == WmpMediaItem::Retrieved::written; }
     WmpMediaItem::Retrieved retrieved(const fs::path& to) {
-        return WmpMediaItem::retrieveTrackCoverArt(&media, textOf(to));
+        return WmpMediaItem::retrieveTrackCoverArt(TrackSource(&media), textOf(to));
     }
     bool embed(const fs::path& image) {
-        return WmpMediaItem::setAlbumCoverArt(&media, textOf(image));
+        return WmpMediaItem::setAlbumCoverArt(TrackSource(&media), textOf(image));
     }
-    int count() { return WmpMediaItem::countCoverArt(&media); }
+    int count() { return WmpMediaItem::countCoverArt(TrackSource(&media)); }
     String found() {
         String path;
-        return WmpMediaItem::findCoverArtFile(&media, path) ? path : String("none");
+        return WmpMediaItem::findCoverArtFile(TrackSource(&media), path) ? path : String("none");
     }
     // What a failing call logs: one line.
     template <typename Work>
@@ -196,7 +196,7 @@ TEST_F(CoverArt, IsNoneInWhatIsNoTrack) {
         media.sourcePathFails = path == folder.path(L"track.wma");
         expectNone();
     }
-    EXPECT_EQ(WmpMediaItem::countCoverArt(nullptr), 0);
+    EXPECT_EQ(WmpMediaItem::countCoverArt(TrackSource(nullptr)), 0);
 }
 
 TEST_F(CoverArt, LiesBesideTheTrackUnderTheCollectionsNameOrTheFolders) {

@@ -2,9 +2,8 @@
 
 // A folder of the test's own with copies of sample tracks in it, and what to look at in them.
 
-#include <juce_core/juce_core.h>
-
 #include <gtest/gtest.h>
+#include <juce_core/juce_core.h>
 
 #include "harness/files.h"
 #include "standins/asf/asf_file.h"

@@ -22,14 +22,16 @@ TEST(WithoutRuntime, TagsAndPicturesBesideTheTrackAreStillThere) {
 
     WmpMediaItem item;
     ASSERT_TRUE(item.Load(&media));
+    item.addCoverArtCount(TrackSource(&media));
     juce::StringPairArray metadata;
     item.getMetadata(metadata);
     EXPECT_EQ(metadata["AlbumArt"], juce::String("0"));
-    EXPECT_EQ(WmpMediaItem::retrieveTrackCoverArt(&media, textOf(folder.path(L"out.jpg"))),
-              WmpMediaItem::Retrieved::noneThere);
-    EXPECT_FALSE(WmpMediaItem::setAlbumCoverArt(&media, image));
+    EXPECT_EQ(
+        WmpMediaItem::retrieveTrackCoverArt(TrackSource(&media), textOf(folder.path(L"out.jpg"))),
+        WmpMediaItem::Retrieved::noneThere);
+    EXPECT_FALSE(WmpMediaItem::setAlbumCoverArt(TrackSource(&media), image));
     juce::String found;
-    EXPECT_TRUE(WmpMediaItem::findCoverArtFile(&media, found));
+    EXPECT_TRUE(WmpMediaItem::findCoverArtFile(TrackSource(&media), found));
     EXPECT_EQ(found, image);
     EXPECT_EQ(contentOf(media.sourcePath), before);
 }

@@ -25,6 +25,7 @@ StringPairArray loaded(FakeMedia& media) {
     EXPECT_FALSE(item.Load(nullptr));
     EXPECT_EQ(item.getTrackTitle(), String("old"));
     EXPECT_TRUE(item.Load(&media));
+    item.addCoverArtCount(TrackSource(&media));
     StringPairArray out;
     item.getMetadata(out);
     EXPECT_FALSE(out.containsKey("Mood"));

@@ -15,21 +15,7 @@
 namespace orvane::test {
 namespace {
 
-class LifecycleTest : public PluginTest {
-protected:
-    // The plug-in in a player whose thread serves all calls; its isPlaying has just arrived, and
-    // is served when this thread next waits or pumps.
-    void startWithACommand(const std::function<void()>& whileServed) {
-        m_options.serveOnOwnThread = true;
-        start();
-        m_player->during("IWMPCore::get_playState", [=] {
-            whileServed();
-            return S_OK;
-        });
-        ASSERT_TRUE(m_app->sendCommand("isPlaying"));
-        while (m_player->callCount("IWMPCore::get_playState") == 0) Sleep(1);
-    }
-};
+class LifecycleTest : public PluginTest {};
 
 TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
     const auto attempt = [] {
@@ -167,14 +153,17 @@ TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
 }
 
 TEST_F(LifecycleTest, TheCoreMayBeTakenBackInTheMiddleOfACommand) {
+    ASSERT_NO_FATAL_FAILURE(start());
     ULONG references = 0;
-    ASSERT_NO_FATAL_FAILURE(startWithACommand([&] {
+    m_player->during("IWMPCore::get_playState", [&] {
         EXPECT_EQ(m_plugin->SetCore(nullptr), S_OK);
         references = m_player->coreReferences();
-    }));
+        return S_OK;
+    });
+    ASSERT_TRUE(m_app->sendCommand("isPlaying"));
     EXPECT_EQ(m_app->commands.lines(1), Names{"isPlaying return_value=false"});
-    EXPECT_EQ(references, 2U) << "the command has a reference of its own";
-    EXPECT_TRUE(pumpUntil([&] { return m_player->coreReferences() == 1; }));
+    EXPECT_EQ(references, 2U) << "the command's step has a reference of its own";
+    EXPECT_EQ(m_player->coreReferences(), 1U);
 
     // The next command finds no core.
     EXPECT_TRUE(m_app->sendCommand("isPlaying"));
@@ -182,23 +171,34 @@ TEST_F(LifecycleTest, TheCoreMayBeTakenBackInTheMiddleOfACommand) {
     EXPECT_EQ(m_player->callCount("IWMPCore::get_playState"), 1U);
 }
 
-TEST_F(LifecycleTest, ReleaseWaitsForTheCommandAndServesItsCallsAndThePlayers) {
-    IWMPPluginUI* going = nullptr;
-    IWMPEvents* goingEvents = nullptr;
+// The command waits for a state that does not come; meanwhile the player calls in, and the
+// command's next steps are run.
+TEST_F(LifecycleTest, ReleaseWaitsForTheCommandAndServesItsStepsAndThePlayersCalls) {
+    m_options.neverReached = {wmppsStopped};
+    ASSERT_NO_FATAL_FAILURE(start());
+    ASSERT_TRUE(m_app->sendCommand("stop"));
+    ASSERT_TRUE(pumpUntil([&] { return m_player->callCount("IWMPCore::get_playState") > 0; }));
+
     const TestPlayer other(m_options);
-    ASSERT_NO_FATAL_FAILURE(startWithACommand([&] {
-        ASSERT_NE(going, nullptr) << "not before the release waits";
+    IWMPPluginUI* going = m_plugin.p;
+    IWMPEvents* const goingEvents = sink();
+    m_window->onMessage = [&](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != WM_APP) return std::nullopt;
         going->AddRef();
         EXPECT_EQ(going->SetCore(nullptr), S_OK);
         EXPECT_EQ(going->SetCore(other.core()), E_UNEXPECTED);
         goingEvents->PlayStateChange(wmppsStopped);
         std::exchange(going, nullptr)->Release();
-    }));
-    goingEvents = sink();
-    going = m_plugin.p;
+        return 0;
+    };
+    std::thread player([window = m_window->hwnd()] {
+        Sleep(200);
+        SendMessageW(window, WM_APP, 0, 0);
+    });
     const ULONGLONG start = GetTickCount64();
     m_plugin.Release();
     EXPECT_LT(GetTickCount64() - start, 3000U);
+    player.join();
     EXPECT_EQ(going, nullptr);
     EXPECT_EQ(m_player->coreReferences(), 1U) << "the command was over when Release returned";
     EXPECT_EQ(other.coreReferences(), 1U);

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <thread>
+
+#include "media/file_rewrite.h"
 #include "tests/media/track_folder.h"
 #include "tests/plugin/plugin_fixture.h"
 #include "tests/support/captured_log.h"
@@ -101,6 +105,7 @@ protected:
 
     const TrackFolder m_folder;
     const fs::path m_track = m_folder.track();
+    const Bytes m_whole = contentOf(m_track);
     StringPairArray m_data;
 };
 
@@ -150,6 +155,7 @@ TEST_F(MediaInfo, OfNoTrackOrOfTwoIsFalse) {
 
 TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
     m_options.failReads = {L"WM/WMCollectionID"};
+    const fs::path other = m_folder.track(L"x.wma");
     start();
     const fs::path out = m_folder.path(L"out.jpg");
     EXPECT_FALSE(get(0, out));
@@ -171,15 +177,42 @@ TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
     EXPECT_TRUE(get(0, m_folder.path(L"FOLDER.JPG")));
     EXPECT_EQ(contentOf(picture), someImage(300, 2));
     EXPECT_FALSE(get(0, m_folder.path(L"no folder") / L"out.jpg"));
-    const auto whole = contentOf(m_track);
-    EXPECT_FALSE(get(0, m_track));
-    EXPECT_EQ(contentOf(m_track), whole);
+    // Over no track of the library, however its path is spelled.
+    std::wstring slashes = m_folder.path(L"y/../x.wma").wstring();
+    std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    for (const fs::path& path : {m_track, other, m_folder.path(L"X.WMA"), fs::path(slashes)}) {
+        EXPECT_FALSE(get(0, path)) << path;
+        EXPECT_EQ(contentOf(m_track), m_whole);
+        EXPECT_EQ(contentOf(other), m_whole);
+    }
 
     // A track that nobody can open just now may have a picture of its own.
     const UniqueFile busy(
         CreateFileW(m_track.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_FALSE(get(0, m_folder.path(L"other.jpg")));
     EXPECT_FALSE(fs::exists(m_folder.path(L"other.jpg")));
+}
+
+// The picture's command is in the middle of the file when the player closes.
+TEST_F(MediaInfo, ClosingWaitsForAFileThatIsBeingRewritten) {
+    start();
+    const fs::path image = m_folder.file(L"new.jpg", someImage(40'000));
+    const UniqueHandle held(CreateEventW(nullptr, TRUE, FALSE, L"OrVaneStandInFormatHold"));
+    OrvaneCommand write("setMediaInfoToIndex");
+    write.setValue("trackIndex", "0");
+    write.setValue("albumArtPath", textOf(image));
+    ASSERT_TRUE(m_app->commands.deliver(write));
+    ASSERT_TRUE(pumpUntil([] { return FileRewrite::inProgress(); }));
+    std::thread disk([&] {
+        Sleep(Pipe::kClosePatienceMs + 500);
+        SetEvent(held.get());
+    });
+    const ULONGLONG begin = GetTickCount64();
+    m_plugin.Release();
+    EXPECT_GE(GetTickCount64() - begin, Pipe::kClosePatienceMs);
+    disk.join();
+    EXPECT_EQ(m_app->commands.lines(1), Names{"setMediaInfoToIndex return_value=true"});
+    EXPECT_GT(contentOf(m_track).size(), m_whole.size() + 40'000);
 }
 
 class Playlists : public PluginTest {

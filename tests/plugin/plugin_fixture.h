@@ -6,10 +6,11 @@
 #include <optional>
 #include <thread>
 
+#include "harness/running_app.h"
+#include "harness/waiting.h"
 #include "platform/atl/atlcom.h"
 #include "plugin/server.h"
 #include "plugin/wmp_plugin.h"
-#include "tests/plugin/fake_app.h"
 #include "tests/plugin/test_player.h"
 
 namespace orvane::test {
@@ -28,6 +29,9 @@ protected:
         m_player.reset();
         EXPECT_EQ(standin::liveObjects(), 0) << "an object of the player's was not given back";
         EXPECT_EQ(canUnloadNow(), S_OK) << "an object was left behind";
+        const long strayed = standin::usesOnOtherThreads().exchange(0);
+        EXPECT_TRUE(strayed == 0 || !standin::kOtherThreadsRefused)
+            << strayed << " uses of the player's objects on other threads";
     }
 
     static CComPtr<IClassFactory> classFactory() {
@@ -92,7 +96,7 @@ protected:
 
     standin::ComApartment m_apartment;
     std::unique_ptr<PlayerWindow> m_window = std::make_unique<PlayerWindow>();
-    std::unique_ptr<FakeApp> m_app = std::make_unique<FakeApp>();
+    std::unique_ptr<RunningApp> m_app = std::make_unique<RunningApp>();
     standin::PlayerOptions m_options;
     std::unique_ptr<TestPlayer> m_player;
     CComPtr<IWMPPluginUI> m_plugin;

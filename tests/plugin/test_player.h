@@ -6,11 +6,24 @@
 
 #include "standins/player/model.h"
 #include "standins/player/player.h"
+#include "tests/support/test_window.h"
 
 namespace orvane::test {
 
 const std::string kHello = "PlayerHello Player=wmp";
 const std::string kGoodbye = "PlayerGoodbye Player=wmp";
+
+// The player's main window: owned by the calling thread and not shown.
+class PlayerWindow : public TestWindow {
+public:
+    PlayerWindow() : TestWindow(L"WMPlayerApp", L"Windows Media Player") {}
+    [[nodiscard]] bool isHooked() const {
+        return GetPropW(hwnd(), L"window_hook_this_ptr") != nullptr;
+    }
+    void moveTo(int left, int top) const {
+        SetWindowPos(hwnd(), nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+};
 
 // A player that a test may hold up or make fail in any call.
 class TestPlayer : public standin::Player {

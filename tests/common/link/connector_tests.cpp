@@ -6,9 +6,9 @@
 #include "common/link/orvane_app_connector.h"
 #include "common/messages/orvane_message.h"
 #include "harness/process_state.h"
+#include "harness/recording_methods.h"
+#include "harness/running_app.h"
 #include "tests/common/link/pipe_fixtures.h"
-#include "tests/common/messages/recording_methods.h"
-#include "tests/plugin/fake_app.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/counted_memory.h"
 #include "tests/support/test_window.h"
@@ -142,7 +142,7 @@ protected:
     RecordingMethods methods;
     std::shared_ptr<IOrvanePluginMethods> m_shared{&methods, [](IOrvanePluginMethods*) {}};
     std::atomic<int> lost{0};
-    FakeApp app;
+    RunningApp app;
     std::unique_ptr<OrvaneAppConnector> connector = makeConnector();
 };
 

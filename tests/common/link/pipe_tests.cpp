@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
+#include <sddl.h>
 
 #include <algorithm>
 #include <thread>

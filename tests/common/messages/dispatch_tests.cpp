@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/messages/orvane_message.h"
-#include "tests/common/messages/recording_methods.h"
+#include "harness/recording_methods.h"
 #include "tests/support/captured_log.h"
 
 namespace orvane {
@@ -48,6 +48,9 @@ TEST(Dispatch, EachCommandCallsItsOperationAndIsAnswered) {
     const auto index = [](const char* text) { return Parameters{{"trackIndex", text}}; };
     const auto emptyOk = [](const char* text) {
         return Parameters{{"trackIndex", "2"}, {"albumArtPath", "art"}, {"emptyOk", text}};
+    };
+    const auto write = [](const char* text) {
+        return Parameters{{"trackIndex", text}, {"metadata.Year", "1999"}};
     };
     const std::vector<Row> rows{
         {"createSpecialPlaylistFolders", {}, "createSpecialPlaylistFolders()"},
@@ -92,6 +95,15 @@ TEST(Dispatch, EachCommandCallsItsOperationAndIsAnswered) {
         {"setMediaInfoToIndex", emptyOk("true"), "setMediaInfoToIndex(2, , art, no)"},
         {"setMediaInfoToIndex", emptyOk("yes "), "setMediaInfoToIndex(2, , art, no)"},
         {"setMediaInfoToIndex", emptyOk("yes"), "setMediaInfoToIndex(2, , art, yes)"},
+        // Writing takes a whole number only: 0 would be a track.
+        {"setMediaInfoToIndex", write("\t-3"), "setMediaInfoToIndex(-3, Year=1999, , no)"},
+        {"setMediaInfoToIndex", write("0"), "setMediaInfoToIndex(0, Year=1999, , no)"},
+        {"setMediaInfoToIndex", {{"metadata.Year", "1999"}}, none, no},
+        {"setMediaInfoToIndex", write(""), none, no},
+        {"setMediaInfoToIndex", write("abc"), none, no},
+        {"setMediaInfoToIndex", write("-"), none, no},
+        {"setMediaInfoToIndex", write("12x"), none, no},
+        {"setMediaInfoToIndex", write("0x10"), none, no},
         // What it does not know, or does not route, calls nothing.
         {"", {}, none, no},
         {"Pause", {}, none, no},

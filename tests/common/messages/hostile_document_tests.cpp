@@ -24,10 +24,14 @@ juce::String valueOf(const std::string& content) {
 
 TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
     test::CapturedLog log;
-    for (const std::string text :
-         {"", "   ", "not XML", "<", "<a", "<command", "<command>", "<command event='x>",
-          "<command></commandx>", "<command><a></command>", "</command>", "<a>&#x", "<!DOCTYPE",
-          "<!--", "<![CDATA[", "<?xml", "<x><?\?>", "<command><!DOCTYPE a></command>", "<1/>"}) {
+    const char* const broken[] = {
+        "", "   ", "not XML", "<", "<a", "<command", "<command>", "<command event='x>",
+        "<command></commandx>", "<command><a></command>", "</command>", "<a>&#x", "<!DOCTYPE",
+        "<!--", "<![CDATA[", "<?xml", "<x><?\?>", "<command><!DOCTYPE a></command>", "<1/>",
+        // One root, and no text beside it.
+        "<command/><command/>", "<command/><x/>", "<command/>x", "<command/> text <!-- -->",
+        "x<command/>", "<command/><![CDATA[]]>"};
+    for (const std::string text : broken) {
         log.lines();
         EXPECT_EQ(parseBytes(text), nullptr) << text;
         const auto lines = log.lines();
@@ -48,7 +52,7 @@ TEST(HostileDocument, AnyWellFormedFormIsRead) {
         "<!DOCTYPE command [ <!ENTITY e 'expanded'> <!ELEMENT v ANY> ]>\n"
         "<command other='1' EVENT = 'na&#109;e' event='second'><?p?>\n"
         "  <V x='ignored'>\t one<!-- c --> <?p?>two<deep>no</deep> \n<b/>three </V><!-- c -->"
-        "  text of the root <b><v>not mine</v></b></command><!-- after --><second/>");
+        "  text of the root <b><v>not mine</v></b></command><!-- after --> <?p?>\r\n\t");
     ASSERT_NE(message, nullptr);
     EXPECT_EQ(message->getName(), "name");
     EXPECT_EQ(message->getValue("v"), "one twothree");
