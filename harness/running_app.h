@@ -48,6 +48,10 @@ public:
     bool send(const OrvaneMessage& message) {
         return m_connection != nullptr && m_connection->send(message);
     }
+    // Bytes as they are.
+    bool sendFrame(FrameQueue::Frame&& frame) {
+        return m_connection != nullptr && m_connection->put(std::move(frame));
+    }
     // Waits until the plug-in has opened the pipe, and dispatches messages meanwhile.
     bool deliver(const OrvaneMessage& message);
     // What has been kept, once there is so much or the time is up; dispatches messages meanwhile.

@@ -58,6 +58,9 @@ public:
     Sending trySend(const OrvaneMessage& message);
     bool send(const OrvaneMessage& message) { return trySend(message).sent; }
 
+    // send() for bytes that are a frame already, or none.
+    bool put(FrameQueue::Frame&& frame);
+
     [[nodiscard]] bool isConnected() const;
 
     // Closes the connection. What waits in the queue, and the answer to a message that is being
@@ -81,9 +84,6 @@ protected:
     // none. False when `stream` is null, when this object was opened before or the thread does not
     // start.
     bool open(std::shared_ptr<PipeStream> stream, int receiveTimeoutMs);
-
-    // send() for bytes that are a frame already, or none.
-    bool put(FrameQueue::Frame&& frame);
 
     // Runs on the thread before the first read; false ends the connection.
     virtual bool prepareReading(PipeStream& stream);
