@@ -18,9 +18,9 @@ void openlog(const char* ident, unsigned option, int facility);
 // Forgets ident and options and closes the log's mutex; a later message opens it again.
 void closelog();
 
-// closelog for the module's end, which waits for nobody: the mutex's handle is closed without taking
-// the mutex. From then on a message is dropped where it would have to wait, and closes the log
-// behind itself.
+// closelog for the module's end, which waits for nobody: the mutex's handle is closed without
+// taking the mutex. From then on a message is dropped where it would have to wait, and closes the
+// log behind itself.
 void closelog_on_exit();
 
 }  // namespace orvane
