@@ -2,7 +2,7 @@
 # Runs ./dev in a clean clone of the last commit on Debian 12 or 13, whatever system this is. Needs root.
 #   in-debian.sh RELEASE [--folder=FOLDER] COMMAND [ARGUMENT...]     for example: in-debian.sh 13 test
 # debootstrap installs that Debian into FOLDER (build/debian-RELEASE) the first time; remove the folder to
-# begin with a bare system again. The clone is FOLDER/root/orvane; its build/ stays until the next call.
+# begin with a bare system again. The clone is FOLDER/srv/orvane; its build/ stays until the next call.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
@@ -36,8 +36,8 @@ exec {lock}<"$mark"
 flock -n "$lock" || fail "another in-debian.sh uses $folder" "wait for it, or name another folder"
 
 say "cloning the last commit"
-rm -rf --one-file-system "$folder/root/orvane"
-git clone --quiet "$top" "$folder/root/orvane"
+rm -rf --one-file-system "$folder/srv/orvane"
+git clone --quiet "$top" "$folder/srv/orvane"
 cp -L /etc/resolv.conf "$folder/etc/resolv.conf"
 
 say "running ./dev $* in $folder"
@@ -51,4 +51,4 @@ exec unshare --mount --pid --fork --kill-child --mount-proc="$folder/proc" sh -e
     mount -t tmpfs tmpfs "$folder/dev/shm"
     exec env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin TERM="${TERM:-dumb}" LC_ALL=C.UTF-8 \
         ${http_proxy:+http_proxy="$http_proxy"} \
-        chroot "$folder" sh -ec "cd /root/orvane && exec ./dev \"\$@\"" sh "$@"' sh "$folder" "$@"
+        chroot "$folder" sh -ec "cd /srv/orvane && exec ./dev \"\$@\"" sh "$@"' sh "$folder" "$@"
