@@ -2,12 +2,16 @@
 
 #include <chrono>
 #include <fstream>
+#include <thread>
+#include <vector>
 
 #include "common/launcher/orvane_launcher.h"
+#include "common/names/names.h"
 #include "harness/files.h"
 #include "platform/handles.h"
 #include "tests/common/launcher/install_path.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/test_window.h"
 
 namespace orvane {
 namespace {
@@ -127,6 +131,29 @@ TEST_F(LauncherTest, JudgesTheStartByItsFirstThreeSeconds) {
     EXPECT_GE(waited, std::chrono::milliseconds(2990));
     EXPECT_LT(waited, std::chrono::milliseconds(6000));
     EXPECT_THAT(log.take(), Not(HasSubstr("AppLauncher")));
+}
+
+// The pipes come half a second later, made by a thread that asks this one something first.
+TEST_F(LauncherTest, ServesCallsWhileItWatchesAndEndsWhenBothPipesAreThere) {
+    install(root() + L"\\plain");
+    m_path.set(root() + L"\\plain");
+    behave("stay");
+    test::AnsweringWindow window;
+    std::vector<UniqueFile> pipes;
+    std::thread application([&] {
+        Sleep(500);
+        EXPECT_EQ(window.send(test::AnsweringWindow::kMessage), 42);
+        for (const wchar_t* name : {names::kEventPipe.wide(), names::kCommandPipe.wide()})
+            pipes.emplace_back(CreateNamedPipeW((std::wstring(L"\\\\.\\pipe\\") + name).c_str(),
+                                                PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 64, 64, 0,
+                                                nullptr));
+    });
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_TRUE(m_launcher.launch());
+    const ULONGLONG waited = GetTickCount64() - start;
+    application.join();
+    EXPECT_GE(waited, 490U);
+    EXPECT_LT(waited, 1500U);
 }
 
 TEST_F(LauncherTest, StartsNothingWithoutAUsableFolder) {
