@@ -35,15 +35,13 @@ bool OrvaneAppConnector::isUp(const std::shared_ptr<PipeType>& held) const {
 template <typename PipeType, typename Make>
 bool OrvaneAppConnector::reopen(std::shared_ptr<PipeType>& held, std::string& lastFailure,
                                 const char* text, const Make& make) {
-    auto old = hold(held);
-    if (old != nullptr) {
-        if (old->isConnected()) return true;
+    auto fresh = hold(held);
+    if (fresh == nullptr || fresh->isUsedUp()) {
+        if (fresh != nullptr && fresh->isConnected()) return true;
         // The application serves one client a pipe, so the old end closes before the new one opens.
         // A command that runs on without its link has the same time to end as when closing.
-        if (!old->abandon()) return false;
-    }
-    const auto fresh = make();
-    {
+        if (fresh != nullptr && !fresh->abandon()) return false;
+        fresh = make();
         const juce::ScopedLock lock(m_pipesLock);
         held = fresh;
     }

@@ -63,6 +63,9 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
+    // Whether this object can be opened no more.
+    [[nodiscard]] bool isUsedUp() const { return m_thread || m_closing; }
+
     // Closes the connection. What waits in the queue, and the answer to a message that is being
     // handled, has kAnswerMs; the thread has kClosePatienceMs in all to end. Calls into the waiting
     // thread are served meanwhile; posted messages stay in its queue. A thread that has not ended

@@ -29,6 +29,7 @@ bool PipeListener::openPipe(int timeoutMs) {
     const char* refusal = nullptr;
     auto stream = PipeStream::openExisting(pipeName, &refusal);
     const DWORD error = GetLastError();
+    m_failure.clear();
     if (refusal != nullptr)
         m_failure = std::string("is not linked to: ") + refusal;
     else if (stream == nullptr && error != ERROR_FILE_NOT_FOUND)

@@ -3,6 +3,7 @@
 #define JUCE_CORE_INCLUDE_NATIVE_HEADERS 1
 #include <juce_core/juce_core.h>
 
+#include <cstdarg>
 #include <cwctype>
 #include <juce_core/text/juce_CharacterFunctions.cpp>
 #include <juce_core/text/juce_String.cpp>
