@@ -1,5 +1,7 @@
 #include "media/file_rewrite.h"
 
+#include "platform/srw_lock.h"
+
 namespace orvane {
 namespace {
 
@@ -11,37 +13,29 @@ struct State {
 };
 constinit State state;
 
-class StateLock {
-public:
-    StateLock() { AcquireSRWLockExclusive(&state.lock); }
-    ~StateLock() { ReleaseSRWLockExclusive(&state.lock); }
-    StateLock(const StateLock&) = delete;
-    StateLock& operator=(const StateLock&) = delete;
-};
-
 }  // namespace
 
 FileRewrite::FileRewrite() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     if (state.marks == 0) state.ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     m_marked = state.ended != nullptr;
     if (m_marked) ++state.marks;
 }
 
 FileRewrite::~FileRewrite() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     if (!m_marked || --state.marks != 0) return;
     const UniqueHandle ended(std::exchange(state.ended, nullptr));
     SetEvent(ended.get());
 }
 
 bool FileRewrite::inProgress() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     return state.marks != 0;
 }
 
 UniqueHandle FileRewrite::ended() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     HANDLE own = nullptr;
     if (state.ended != nullptr)
         DuplicateHandle(GetCurrentProcess(), state.ended, GetCurrentProcess(), &own, SYNCHRONIZE,

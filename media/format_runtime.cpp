@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/srw_lock.h"
+
 namespace orvane {
 namespace {
 
@@ -19,14 +21,6 @@ struct State {
     unsigned uses = 0;
 };
 constinit State state;
-
-class StateLock {
-public:
-    StateLock() { AcquireSRWLockExclusive(&state.lock); }
-    ~StateLock() { ReleaseSRWLockExclusive(&state.lock); }
-    StateLock(const StateLock&) = delete;
-    StateLock& operator=(const StateLock&) = delete;
-};
 
 // Beside the program or in the system's folder, never in the current one, which may be a folder of
 // downloaded music.
@@ -48,7 +42,7 @@ HMODULE loadModule() {
 
 template <typename Function>
 Function function(const char* name) {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     if (!state.module) state.module = loadModule();
     if (!state.module) return nullptr;
     // By way of a pointer that any function pointer converts to and from.
@@ -61,14 +55,14 @@ HRESULT absent() { return HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND); }
 }  // namespace
 
 FormatRuntime::FormatRuntime() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     ++state.uses;
 }
 
 FormatRuntime::~FormatRuntime() {
     HMODULE unused = nullptr;
     {
-        const StateLock lock;
+        const ExclusiveLock lock(state.lock);
         if (--state.uses == 0) unused = std::exchange(state.module, nullptr);
     }
     // Outside our lock: the module's own detach code runs here.
@@ -88,7 +82,7 @@ HRESULT FormatRuntime::createEditor(IWMMetadataEditor** editor) const {
 }
 
 bool FormatRuntime::isLoaded() {
-    const StateLock lock;
+    const ExclusiveLock lock(state.lock);
     return state.module != nullptr;
 }
 

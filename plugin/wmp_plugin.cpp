@@ -148,8 +148,10 @@ void COrVaneWmpPlugin::releaseOnOwnThread() noexcept {
 }
 
 void COrVaneWmpPlugin::commandsHaveEnded() noexcept {
+    // Without a reference the object may be gone as soon as the event is signalled.
+    const bool kept = m_keptByCommand;
     SetEvent(m_commandsEnded.get());
-    if (m_keptByCommand) static_cast<IWMPEvents*>(this)->Release();
+    if (kept) static_cast<IWMPEvents*>(this)->Release();
 }
 
 void COrVaneWmpPlugin::FinalRelease() {
