@@ -15,7 +15,8 @@ StringArray after(const StringArray& words, int count) {
 // The command that the words from `first` on name, "getTrackCount" when there are none.
 OrvaneCommand commandIn(const StringArray& words, int first) {
     const StringArray rest = after(words, first);
-    const Word& word = findWord(rest.isEmpty() ? "getTrackCount" : rest[0]);
+    const String typed = rest.isEmpty() ? "getTrackCount" : rest[0];
+    const Word& word = findWord(typed);
     if (word.run != nullptr) throw Failure{String(word.name) + " is not sent to the plug-in"};
     return commandFrom(word, after(rest, 1));
 }

@@ -120,7 +120,8 @@ StringArray complete(String& line) {
         for (const Word& word : allWords()) offer(String(word.name) + " ");
     } else {
         try {
-            const Word& word = findWord(split(before, " ").first);
+            const String name = split(before, " ").first;
+            const Word& word = findWord(name);
             if (word.run != nullptr) return {};
             for (const Form& form : formsOf(word))
                 if (!form.isMap()) offer(form.name + "=");
