@@ -61,7 +61,7 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
-    // Whether this object was opened before and cannot be opened again.
+    // Whether this object was opened or closed before and cannot be opened again.
     [[nodiscard]] bool isUsedUp() const { return m_thread || m_closing; }
 
     // Closes the connection. Waits up to kAnswerMs for the queued frames and the response to the
