@@ -29,5 +29,5 @@ git grep -n '^ *# *include "' -- '*.cpp' '*.h' ':!tests/' ':!bench/' | awk -F: -
     END { exit bad }' || fail "an include goes against the arrows" "see \"Folders and their dependencies\" in docs/architecture.md"
 
 for room in $(git ls-files '*.cpp' ':!tests/' | xargs -n 1 dirname | sort -u); do
-    [ -f "$room/CMakeLists.txt" ] || fail "$room has sources and no CMakeLists.txt" "a room is a library of its own: give it one"
+    [ -f "$room/CMakeLists.txt" ] || fail "$room has sources and no CMakeLists.txt" "each folder with sources is a library: add one"
 done
