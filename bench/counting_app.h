@@ -9,7 +9,7 @@
 
 namespace orvane::bench {
 
-// The application that counts the events that it reads.
+// An application that counts the events it reads.
 class CountingApp {
 public:
     // One more event than at the last call.

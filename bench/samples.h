@@ -1,7 +1,7 @@
 #pragma once
 
-// Rows of a table: one figure alone, or ours beside a peer's, taken in turns so that whatever else
-// the machine does hits both alike. Needs no Windows.
+// Measures the rows of a table: one value alone, or two sides for comparison. The sides are
+// measured in turns, so that other load on the machine affects both equally. Portable code.
 
 #include <functional>
 #include <string>
@@ -36,8 +36,8 @@ private:
     std::vector<double> m_taken;
 };
 
-// Two sides whose samples come from several rounds, each with objects and threads of its own: on
-// which processors a round's threads come to lie can double a figure, and stays so for the round.
+// Compares two sides over several rounds with new objects and threads each: the processors on which
+// a round's threads run can double a value, and do not change during a round.
 class Comparison {
 public:
     void round(const Side& ours, const Side& peer, Turns turns);
@@ -57,8 +57,8 @@ void printHeading();
 void compare(const Side& ours, const Side& peer, Turns turns);
 void measure(const Side& ours, Turns turns);
 
-// Ends the program with that sentence when it does not hold: threads that wait for one another
-// would not let an exception out.
+// Ends the program with that sentence when the condition is false. It does not throw, because
+// threads that wait for each other would block the unwinding.
 void require(bool holds, const char* what);
 
 }  // namespace orvane::bench

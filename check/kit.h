@@ -5,10 +5,10 @@
 
 namespace orvane::check {
 
-// All .wma files of a folder that the other one, which is made, does not have. Answers how many
-// there are.
+// Copies the .wma files of a folder to another folder, which is created, unless they exist there.
+// Returns their number.
 std::size_t copyTracks(const std::filesystem::path& from, const std::filesystem::path& to);
-// In quotation marks, for a command line or a script.
+// The path in quotation marks, for a command line or a script.
 [[nodiscard]] std::wstring quoted(const std::filesystem::path& path);
 
 // The folders that a run uses.
@@ -25,10 +25,10 @@ struct Kit {
     [[nodiscard]] Path placedStandIn() const { return programs / "wmvcore.dll"; }
     [[nodiscard]] Path list() const { return top / "check" / "kit.txt"; }
     [[nodiscard]] Path report() const { return (keepsWork ? work : top) / "report.txt"; }
-    // A file with what a check that was cut short has to put back.
+    // The file with the state that an interrupted check has to restore.
     [[nodiscard]] Path backup() const { return programs / "before.bin"; }
 };
-// Around this program: the unpacked kit, or the tree that it was built in.
+// The kit that contains this program: the unpacked kit, or the build tree.
 [[nodiscard]] Kit findKit();
 
 }  // namespace orvane::check

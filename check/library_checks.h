@@ -1,6 +1,6 @@
 #pragma once
 
-// What the music files themselves hold, read without the player and without the plug-in.
+// Checks the content of the music files, without the player and the plug-in.
 
 #include <filesystem>
 #include <map>
@@ -11,10 +11,10 @@
 
 namespace orvane::check {
 
-// A tag by the name that it has in a file, and its text, "-" for none.
+// Tags as pairs of the name in the file and the text, "-" for a missing tag.
 using Tags = std::vector<std::pair<std::u16string, std::string>>;
 
-// Compares files below one folder with what they must hold.
+// Compares the files in a folder with their expected content.
 class FileChecks {
 public:
     explicit FileChecks(std::filesystem::path folder) : m_folder(std::move(folder)) {}
@@ -22,9 +22,9 @@ public:
     [[nodiscard]] bool pictureIs(const std::filesystem::path& track,
                                  const std::filesystem::path& image);
 
-    std::string problems;  // a line for each thing that is not so
-    // All that was compared, for other programs that read such files: lines of FILE, tab, the tag's
-    // name or "picture", tab, its text or the name of the image's file.
+    std::string problems;  // one line for each difference
+    // The expected content, for checks with other programs. Each line has FILE, tab, the tag's name
+    // or "picture", tab, the text or the image's file name.
     std::string expected;
 
 private:
@@ -34,18 +34,18 @@ private:
     std::filesystem::path m_folder;
 };
 
-// The application's report of the cleaning: for each track the cells by their headings.
+// The application's report of the cleaning: for each track, the cells by heading.
 using CleaningReport = std::vector<std::map<std::string, std::string>>;
 [[nodiscard]] CleaningReport readReport(const std::filesystem::path& file);
 
-// Compares the report with the files in `music`, their originals, and the playlists that the player
-// printed. Answers six ticks.
+// Compares the report with the files in `music`, the original files, and the playlists that the
+// player printed. Returns six results.
 [[nodiscard]] std::vector<Tick> checkLibrary(const CleaningReport& report,
                                              const std::filesystem::path& music,
                                              const std::filesystem::path& originals,
                                              const std::string& playerOutput, FileChecks& files);
 
-// The library before and after, as the files have it.
+// Prints the library before and after, as read from the files.
 void showLibrary(const CleaningReport& report, const std::filesystem::path& music,
                  const std::filesystem::path& originals, const Show& show);
 

@@ -13,19 +13,19 @@ using RegistryValue = std::pair<std::uint32_t, std::wstring>;
 // By key and name. An existing key has an entry of its own, with the name kKeyItself.
 using RegistryValues = std::map<std::pair<std::wstring, std::wstring>, RegistryValue>;
 
-// What a check may change on a machine, as it was before: the registry's keys and values that the
-// tests, the plug-in and the application touch, and the length of the shared log. Kept in a file
-// until it is restored, so that a check that was cut short is undone by the next one. Any thread,
+// Saves and restores what a check may change on a machine: the registry keys and values that the
+// tests, the plug-in and the application use, and the length of the shared log. A file keeps the
+// saved state until it is restored, so that the next check can undo an interrupted one. Any thread,
 // one at a time.
 class MachineBackup {
 public:
     // Reads the machine's state and writes the file; false when the file cannot be written.
     [[nodiscard]] bool save(const std::filesystem::path& file);
-    // Reads a file that an earlier check left; false when there is none, or it is not whole: that
-    // check had then changed nothing yet.
+    // Reads the file of an interrupted check. False when there is none or it is incomplete; that
+    // check had changed nothing yet.
     [[nodiscard]] bool load(const std::filesystem::path& file);
-    // Restores what has changed, and deletes the file once nothing differs. Answers what could not
-    // be restored, a line each. Does nothing without `save` or `load`.
+    // Restores what has changed, and deletes the file when nothing differs any more. Returns one
+    // line for each thing that could not be restored. Does nothing without save() or load().
     [[nodiscard]] std::string restore();
 
 private:

@@ -12,23 +12,23 @@
 
 namespace orvane::check {
 
-// What the check says: on the screen for whoever runs it, in the report for whoever reads it later.
-// Texts are UTF-8, of one or more lines with "\n"
-// between them. The report (UTF-8 with its mark, CR LF) is on the disk up to
-// its last line at any moment. One thread.
+// Writes the check's messages to the screen and to the report file. Texts are UTF-8, of one or more
+// lines separated by "\n". The report is UTF-8 with a byte order mark and CR LF; each line is on
+// the disk when the call returns. One thread.
 class Report {
 public:
-    // The old report goes.
+    // Overwrites an old report.
     explicit Report(const std::filesystem::path& file);
     [[nodiscard]] bool isOpen() const { return static_cast<bool>(m_file); }
 
     void both(std::string_view line);
-    // `end` is empty for the beginning of a line that goes on.
+    // `end` is empty for the first part of a line.
     void screen(std::string_view text, const char* end = "\n") const;
     // `text` may have several lines; each gets the indent.
     void file(std::string_view text, std::string_view indent = {});
 
-    // Stands for `secret` from now on: a folder's name may hold its user's.
+    // Replaces the path `secret` with `standIn` in later texts, because a folder's name may contain
+    // the user's name.
     void hide(const std::filesystem::path& secret, std::string standIn);
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// A run of a player with the plug-in and the stand-in application, which follows a script.
+// Runs a player with the plug-in and the stand-in application, which executes a script.
 
 #include <windows.h>
 
@@ -19,7 +19,7 @@ struct Tick {
     std::string what;
 };
 
-// What came of a run.
+// The results of a run.
 struct RunResult {
     std::vector<Tick> ticks{};
     std::string problems{};  // lines: what went wrong
@@ -27,31 +27,32 @@ struct RunResult {
     [[nodiscard]] unsigned missed() const;
 };
 
-// Gets each line that a run has to tell while it goes on.
+// Receives each line that a run prints.
 using Show = std::function<void(const std::string& line)>;
 
-// Registers the plug-in (or removes it), and names the kit's programs as OrVane's folder. Both need
-// an administrator's rights; MachineBackup restores what they change. Answers what is wrong.
+// Registers or unregisters the plug-in, and sets OrVane's folder in the registry to the kit's
+// programs. Needs administrator rights; MachineBackup restores the changes. Returns the error, or
+// an empty text.
 [[nodiscard]] std::string registerPlugin(const Kit& kit, bool registered = true);
 
-// How to start `player`, with its files in `folder`: the application that its plug-in starts will
-// run `script` and write transcript.txt.
+// The start parameters for `player`, with its files in `folder`. The application that the plug-in
+// starts will run `script` and write transcript.txt.
 [[nodiscard]] test::Child::Start playerStart(const std::filesystem::path& player,
                                              const std::wstring& options,
                                              const std::filesystem::path& folder,
                                              const std::string& script);
 
-// What the application has written into its transcript while its script ran.
+// The transcript that the application wrote while it ran its script.
 struct Transcript {
     std::string text;
-    std::string problem;  // it never started, or was not done in time; empty when it was done
+    std::string problem;  // it did not start, or not finish in time; empty when it finished
     [[nodiscard]] bool has(std::string_view words) const;
     // A tick for each step of the script.
     [[nodiscard]] std::vector<Tick> stepsOf(const std::string& script) const;
 };
-// Gets each line of a transcript, and its words without the time ahead.
+// Receives each line of a transcript, and its words without the time.
 using ReadLine = std::function<void(const std::string& line, const std::string& words)>;
-// Reads a transcript until the script has its result.
+// Reads a transcript until the script has ended.
 [[nodiscard]] Transcript followTranscript(const std::filesystem::path& file, DWORD limitMs,
                                           const ReadLine& read);
 

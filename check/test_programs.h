@@ -9,8 +9,7 @@
 
 namespace orvane::check {
 
-// One of the kit's test programs, as kit.txt names it: the program, what it needs, and the tests
-// that the kit leaves out.
+// A test program as listed in kit.txt: its name, its needs, and the tests that are not run.
 struct TestProgram {
     std::string name;
     std::set<std::string> needs;  // words of kit.txt
@@ -24,8 +23,8 @@ struct Count {
     unsigned notRun = 0;  // programs
 };
 
-// Runs it in `folder`, where all programs are, and tells what came of it on both sides. `mark`
-// stands behind its name.
+// Runs the program in `folder`, which contains all programs, and writes the results to screen and
+// report. `mark` is printed after its name.
 [[nodiscard]] Count runTests(const TestProgram& program, const std::filesystem::path& folder,
                              const std::filesystem::path& work, const std::string& mark,
                              Report& report);

@@ -1,4 +1,4 @@
-// A pipe's bytes: however they are cut into reads, the payloads are those of the whole.
+// Fuzzes the frame reader: the payloads do not depend on how the stream is split into reads.
 
 #include <algorithm>
 #include <vector>

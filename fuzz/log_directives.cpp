@@ -1,5 +1,5 @@
-// A log line's format and the texts of its errors, whatever they hold: the line says what it should
-// and the format asks printf for no argument that nobody passed.
+// Fuzzes a log line's format and its error texts: the line has the expected text, and the format
+// uses no printf argument that was not passed.
 
 #include <cstdio>
 #include <string>

@@ -1,5 +1,5 @@
-// The header of a music file that anybody may have made: read, changed, written and read again with
-// nothing lost; and the pictures in it.
+// Fuzzes the header of a music file and its pictures: it is read, changed, written and read again
+// without a loss.
 
 #include <algorithm>
 #include <optional>

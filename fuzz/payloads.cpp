@@ -1,5 +1,5 @@
-// Any bytes that may come as a payload: decoded, parsed, read by every getter, and written again to
-// the same message.
+// Fuzzes the payload decoder with any bytes: they are decoded, parsed, read with every getter, and
+// written again as the same message.
 
 #include <string>
 

@@ -1,5 +1,5 @@
-// Any data under any type, as anybody may have put it into the registry: text or none, and never
-// past the data's end.
+// Fuzzes the conversion of registry values with any data of any type: the result is a text or null,
+// and nothing is read past the data's end.
 
 #include <cstdio>
 #include <cstdlib>

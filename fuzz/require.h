@@ -1,6 +1,7 @@
 #pragma once
 
-// What holds for every input. A fuzzer ends with the sentence that does not; the input is kept.
+// Checks a property that must hold for every input. When it does not, the fuzzer ends with the
+// sentence, and libFuzzer keeps the input.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +17,7 @@ inline void require(bool holds, const char* sentence) {
     std::abort();
 }
 
-// Takes the first byte of an input for a choice of the fuzzer's own; 0 when there is none.
+// Removes and returns the first byte of an input, for a choice of the fuzzer; 0 when it is empty.
 inline std::uint8_t takeChoice(std::span<const std::uint8_t>& input) {
     if (input.empty()) return 0;
     const std::uint8_t choice = input.front();

@@ -1,5 +1,5 @@
-// A whole session: frames in any cut, commands in them, a plug-in that records what it is asked,
-// answers that the application can read.
+// Fuzzes a whole session: frames split into any reads, commands that a recording plug-in carries
+// out, and responses that the application can read.
 
 #include <algorithm>
 #include <string>

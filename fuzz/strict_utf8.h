@@ -1,7 +1,6 @@
 #pragma once
 
-// UTF-8 judged by its definition's table of byte ranges, apart from how our own decoders go about
-// it.
+// Checks UTF-8 with the byte ranges of its definition, independently of our own decoders.
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +8,7 @@
 
 namespace orvane::fuzz {
 
-// Bytes of the well-formed character that the text begins with; 0 when there is none.
+// The length in bytes of the well-formed character at the start of the text; 0 when there is none.
 inline std::size_t strictLength(std::string_view text) {
     const auto at = [text](std::size_t i) {
         return i < text.size() ? static_cast<std::uint8_t>(text[i]) : std::uint8_t{0};

@@ -1,4 +1,5 @@
-// Any units as UTF-16: UTF-8 and back to the same units, or none when one of them is malformed.
+// Fuzzes the conversion from UTF-16: the UTF-8 converts back to the same units; malformed input
+// gives null.
 
 #include "util/text/text.h"
 

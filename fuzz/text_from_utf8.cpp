@@ -1,4 +1,5 @@
-// Any bytes as UTF-8: always a text, the same one where they were UTF-8, and never past a buffer.
+// Fuzzes the conversion from UTF-8: the result is always a text, valid input is unchanged, and
+// nothing is read or written past a buffer.
 
 #include "util/text/text.h"
 

@@ -12,24 +12,24 @@
 
 namespace orvane::test {
 
-// How often `what` stands in `text`.
+// How often `what` occurs in `text`.
 [[nodiscard]] std::size_t countOf(std::string_view text, std::string_view what);
 
-// A process without a window of the console's, and all processes that it starts, in a job object:
-// they end with this object at the latest, and with this process however it ends. Used by one
-// thread at a time; any thread may start one.
+// A child process without a console window, in a job object together with all processes that it
+// starts. The job is killed by the destructor, and when this process ends in any way. One thread at
+// a time may use an object; any thread may create one.
 class Child {
 public:
     struct Start {
         std::wstring commandLine;
-        std::filesystem::path folder{};  // where it starts; empty: where this process is
-        // What it prints on both streams; made anew and kept. Empty: a file of its own in the
-        // user's folder for temporary files, deleted with the object. "NUL" drops it.
+        std::filesystem::path folder{};  // the working directory; empty: that of this process
+        // The file for standard output and standard error; it is overwritten and kept. Empty: a
+        // temporary file that is deleted with the object. "NUL" drops the output.
         std::filesystem::path output{};
-        std::map<std::wstring, std::wstring> environment{};  // added to ours
-        bool interactive = false;  // has this process's console and streams in place of `output`
+        std::map<std::wstring, std::wstring> environment{};  // added to that of this process
+        bool interactive = false;  // uses this process's console and streams instead of `output`
     };
-    // Throws std::system_error with the system's number when it does not start. CreateProcess.
+    // Throws std::system_error with the Windows error when it does not start. CreateProcess.
     explicit Child(const Start& start);
     explicit Child(const wchar_t* commandLine) : Child(Start{commandLine}) {}
     explicit Child(const std::wstring& commandLine) : Child(Start{commandLine}) {}
@@ -37,21 +37,21 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    // A line for its standard input.
+    // Writes a line to its standard input.
     void tell(std::string line) const;
-    // Ends it and all that it has started; they have ended then. Its exit code is kKilled.
+    // Kills the job and waits for its end. The exit code is kKilled.
     void kill();
-    // Stops or resumes all its threads, but not those of what it has started. NtSuspendProcess.
+    // Suspends or resumes its threads, but not those of its children. NtSuspendProcess.
     void suspend(bool suspended) const;
-    // None when it still runs after that time.
+    // Waits for its end; none when it still runs after `limitMs` milliseconds.
     [[nodiscard]] std::optional<DWORD> exitCode(DWORD limitMs) const;
-    // What it has printed so far.
+    // Its output so far.
     [[nodiscard]] std::string output() const;
-    // Whether `text` is printed, so often, within the time.
+    // Waits until it has printed `text` `times` times; false after `limitMs` milliseconds.
     [[nodiscard]] bool prints(std::string_view text, DWORD limitMs, std::size_t times = 1) const;
 
-    // Ends every child of this process, for good: whoever starts another one, or destroys one,
-    // waits for ever. For a handler of the console's that ends this process afterwards.
+    // Kills every child of this process. Afterwards, starting or destroying a child blocks for
+    // ever: call this only in a console control handler that then ends the process.
     static void killAll();
 
     static constexpr DWORD kKilled = 99;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Files and folders with any name, also longer than 260 characters, without the code under test.
-// What cannot be made or written throws std::system_error.
+// Creates, reads and deletes files and folders with any name, also longer than 260 characters,
+// without using the code under test. Failures throw std::system_error.
 
 #include <cstdint>
 #include <filesystem>
@@ -28,7 +28,8 @@ void writeFile(const std::filesystem::path& path, const Bytes& content);
 [[nodiscard]] bool isFolder(const std::filesystem::path& path);
 // With its parents.
 void makeFolder(const std::filesystem::path& path);
-// With all its content, also what is read-only; std::filesystem::remove_all leaves long names.
+// Deletes a folder with its content, also read-only files. std::filesystem::remove_all fails for
+// long names.
 void removeFolder(const std::filesystem::path& path);
 
 // An empty folder with a name outside ASCII, deleted with all its content by the destructor.

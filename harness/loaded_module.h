@@ -9,15 +9,15 @@
 
 namespace orvane::test {
 
-// The real module, loaded as a stranger does: nothing but exports, registry and resources. It is
-// freed by the destructor.
+// Loads the real module with LoadLibrary and uses it through its exports only. The destructor frees
+// it.
 class LoadedModule {
 public:
-    // A module beside this program. Throws std::system_error when it does not load.
+    // Loads a module from this program's folder. Throws std::system_error on failure.
     explicit LoadedModule(const wchar_t* file = names::kModuleFile.wide());
 
     [[nodiscard]] HMODULE get() const { return m_module.get(); }
-    // An export without parameters.
+    // Calls an export without parameters.
     [[nodiscard]] HRESULT call(const char* name) const { return find<HRESULT(WINAPI*)()>(name)(); }
     // Throws when the module has no such class.
     [[nodiscard]] CComPtr<IClassFactory> classFactory() const;
@@ -27,7 +27,8 @@ public:
     [[nodiscard]] static bool isLoaded() {
         return GetModuleHandleW(names::kModuleFile.wide()) != nullptr;
     }
-    // The module's last thread unloads it a moment after it was freed. Dispatches messages.
+    // Waits until the module is unloaded, which its last thread may do after FreeLibrary. False
+    // after a time-out. Dispatches messages.
     [[nodiscard]] static bool isGoneSoon();
 
 private:

@@ -2,7 +2,7 @@
 
 namespace orvane::test {
 
-// What this process holds of the system.
+// The threads, handles and memory that this process uses.
 struct ProcessState {
     int threads;
     int handles;

@@ -17,21 +17,21 @@ namespace orvane::test {
 
 inline Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
-// The file name of a pipe.
+// The pipe's path, with "\\.\pipe\".
 [[nodiscard]] std::wstring pipePath(const juce::String& name);
 
-// The application's end of a pipe by bare calls that wait, to send what no application should.
+// The application's end of a pipe, written with blocking Win32 calls only, to send invalid data.
 class RawServer {
 public:
     explicit RawServer(const juce::String& name) : m_name(pipePath(name)) { reopen(); }
 
-    // A pipe that a client had takes none again before it is made anew, which nobody can while that
-    // client has it open. `security` describes its owner and more (SDDL).
+    // Creates the pipe again, which is necessary before another client can connect. Fails while the
+    // last client has it open. `security` is a security descriptor (SDDL) or null.
     bool reopen(const char* security = nullptr);
 
-    // Takes the client that has opened the pipe, or waits for one.
+    // Waits until a client has opened the pipe.
     bool accept();
-    // Whether the client that was accepted is there yet.
+    // Whether the accepted client is still connected.
     [[nodiscard]] bool hasClient() const;
 
     bool write(const Bytes& bytes);
@@ -42,7 +42,7 @@ public:
     Bytes readPayload();
 
     void close() { m_pipe.reset(); }
-    // When everything written has been read.
+    // Closes the pipe after the client has read everything.
     void closeAfterReading();
 
 private:
@@ -50,7 +50,8 @@ private:
     UniqueFile m_pipe;
 };
 
-// A stranger that serves a pipe in the application's place, again and again, on its own thread.
+// Another program that has taken the pipe's name: serves one client after another, in a wrong way,
+// on its own thread.
 class Squatter {
 public:
     enum class Way { neverReads, writesGarbage, closesAtOnce };

@@ -7,7 +7,7 @@
 
 namespace orvane::test {
 
-// Notes the last call as "name(argument, list|of|such, key=value|key=value)" and answers it.
+// Records the last call as "name(argument, list|of|such, key=value|key=value)".
 class RecordingMethods : public IOrvanePluginMethods {
 public:
     virtual ~RecordingMethods() = default;

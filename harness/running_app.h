@@ -1,6 +1,6 @@
 #pragma once
 
-// The application as the plug-in sees it, in this process: the mutex that says it is running and
+// The application as the plug-in sees it, in this process: the mutex that exists while it runs, and
 // the two pipes.
 
 #include <windows.h>
@@ -25,38 +25,39 @@ using Names = std::vector<std::string>;
 // "Name key=value key=value".
 [[nodiscard]] std::string lineOf(const OrvaneMessage& message);
 
-// The application's end of one pipe. It keeps what arrives, or hands it on. Each client has a
-// connection of its own. Used by one thread.
+// The application's end of one pipe. Records the messages that arrive, or passes them to a handler.
+// Each client gets a new connection. Used by one thread.
 class AppEnd {
 public:
-    // On the connection's thread; null for a payload that is no message.
+    // Called on the connection's thread, with null for a payload that is not a message.
     using Handler = std::function<void(const OrvaneMessage*)>;
 
-    // With a handler nothing is kept.
+    // With a handler, messages are not recorded.
     explicit AppEnd(const char* name, Handler handler = nullptr)
         : m_name(name), m_handler(std::move(handler)) {}
     AppEnd(const AppEnd&) = delete;
     AppEnd& operator=(const AppEnd&) = delete;
 
-    // Makes the pipe for the next client; false when another program has it.
+    // Creates the pipe for the next client; false when another program has created it.
     bool initConnection();
     void terminate() { m_connection.reset(); }
-    // From the time that the pipe is there until its client has gone.
+    // True from the pipe's creation until its client has disconnected.
     [[nodiscard]] bool isConnected() const {
         return m_connection != nullptr && m_connection->isConnected();
     }
     bool send(const OrvaneMessage& message) {
         return m_connection != nullptr && m_connection->send(message);
     }
-    // Bytes as they are.
+    // Sends bytes unchanged.
     bool sendFrame(FrameQueue::Frame&& frame) {
         return m_connection != nullptr && m_connection->put(std::move(frame));
     }
-    // Waits until the plug-in has opened the pipe, and dispatches messages meanwhile.
+    // Waits until the plug-in has opened the pipe, dispatching messages, then sends.
     bool deliver(const OrvaneMessage& message);
-    // What has been kept, once there is so much or the time is up; dispatches messages meanwhile.
+    // Waits until at least so many messages are recorded or the time is up, dispatching window
+    // messages, and returns the recorded ones.
     std::vector<OrvaneMessage> messages(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
-    // The same, each as its line.
+    // The same, each converted with lineOf().
     Names lines(std::size_t atLeast = 0, DWORD timeoutMs = 5000) const;
     void forget();
 
@@ -72,13 +73,13 @@ private:
 };
 
 struct RunningApp {
-    // The pipes are there afterwards, unless another program has them.
+    // Creates the pipes, unless another program has created them.
     explicit RunningApp(AppEnd::Handler onEvent = nullptr, AppEnd::Handler onResponse = nullptr);
 
-    // Makes each pipe that has no client yet, or whose client is gone; false when one is taken.
+    // Creates each pipe that has no connected client; false when another program has created one.
     bool openPipes();
     void closePipes();
-    // Waits until the plug-in has left both pipes, then makes them anew, with nothing in them.
+    // Waits until the plug-in has closed both pipes, then creates new ones.
     bool waitForDisconnectAndReopen();
     bool sendCommand(const char* name) { return commands.deliver(OrvaneCommand(name)); }
     void forget();

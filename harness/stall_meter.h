@@ -9,8 +9,8 @@
 
 namespace orvane::test {
 
-// Asks a window again and again whether its thread still answers. A wait of the plug-in's that lets
-// such questions in is no block.
+// Measures how long a window's thread does not handle messages, by sending it WM_NULL repeatedly. A
+// wait that serves sent messages does not count as a stall.
 class StallMeter {
 public:
     explicit StallMeter(HWND window) : m_thread([this, window] { run(window); }) {}
@@ -18,11 +18,11 @@ public:
     StallMeter(const StallMeter&) = delete;
     StallMeter& operator=(const StallMeter&) = delete;
 
-    // Somebody would see a stall of so long.
+    // A stall of this length is visible to a user.
     static constexpr double kSeenMs = 500;
 
-    // The longest time without an answer, in milliseconds. Not on the window's thread, whose last
-    // answer it waits for.
+    // Stops and returns the longest stall in milliseconds. Do not call it on the window's thread:
+    // it waits for that thread.
     double stop() {
         m_stop = true;
         if (m_thread.joinable()) m_thread.join();

@@ -6,12 +6,12 @@
 
 namespace orvane::test {
 
-// Waits for something that another thread or process brings about; false after the time-out.
-// `eventually` serves nothing meanwhile, `pumpUntil` dispatches this thread's messages.
+// Waits until `holds` returns true; false after the time-out. pumpUntil dispatches this thread's
+// messages meanwhile, eventually does not.
 bool eventually(const std::function<bool()>& holds, DWORD timeoutMs = 5000);
 bool pumpUntil(const std::function<bool()>& holds, DWORD timeoutMs = 5000);
 
-// Dispatches this thread's messages for so long.
+// Dispatches this thread's messages for that time.
 void pumpFor(DWORD milliseconds);
 
 }  // namespace orvane::test

@@ -6,15 +6,15 @@
 
 namespace orvane {
 
-// Looks at the messages of one window of this process before (and, if wanted, after) the window's
-// own procedure gets them. The window finds its hook through the property
-// "window_hook_this_ptr", so there is at most one hook on a window. A second property outlives the
-// hook: it names the window's own procedure, for the messages that still come to ours when somebody
-// who subclassed the window after us puts it back. Such a window may be hooked again.
+// Subclasses one window of this process: sees its messages before and after the window's own
+// procedure. The window property "window_hook_this_ptr" holds the hook, so a window has at most one
+// hook. A second window property remembers the original procedure after the hook is removed: code
+// that subclassed the window after this hook may restore our procedure later, and late messages
+// still have to reach the window. Such a window may be hooked again.
 //
-// Installed, removed and destroyed on the thread that owns the window, where the operations below
-// are called as well; a hook may be removed or destroyed from inside one of its own operations.
-// getHwnd and postMessage may be called from any thread.
+// Install, remove and destroy a hook on the window's thread, which also calls OnMessage and
+// OnAfterMessage. A hook may be removed or destroyed inside them. getHwnd and postMessage may be
+// called on any thread.
 class WindowHook {
 public:
     WindowHook() = default;
@@ -22,31 +22,31 @@ public:
     WindowHook(const WindowHook&) = delete;
     WindowHook& operator=(const WindowHook&) = delete;
 
-    // True lets the window's own procedure have the message, false swallows it: the sender gets 0.
-    // What it throws is dropped, and the message goes on.
+    // Return true to pass the message on to the window's own procedure, false to drop it: the
+    // sender gets 0. An exception is dropped, and the message is passed on.
     virtual bool OnMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) = 0;
 
     // Called with the result of the window's own procedure, unless that removed this hook.
     virtual void OnAfterMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam,
                                 LRESULT result);
 
-    // Hooks the window with exactly this caption and class among `parent`'s children (null: among
-    // the top-level windows), after releasing the window hooked before. Without such a window in
-    // this process, its first window of the class is hooked, whatever the caption. FindWindowExW.
+    // Removes the present hook, then hooks the child window of `parent` (null: the top-level
+    // window) with exactly this caption and class. Without such a window in this process, hooks its
+    // first window of the class. FindWindowExW.
     [[nodiscard]] bool InstallHook(const wchar_t* caption, const wchar_t* className, HWND parent);
 
-    // Only for an idle hook. Fails, and leaves the window alone, when the window is gone, belongs
-    // to another process or is hooked already. SetWindowLongW, SetPropW.
+    // Only while nothing is hooked. Fails when the window does not exist, belongs to another
+    // process or is already hooked. SetWindowLongW, SetPropW.
     [[nodiscard]] bool InstallHook(HWND hwnd);
 
-    // Gives the window its procedure back, and keeps this module loaded when our procedure is in
-    // use or in somebody's hands. Harmless on an idle hook and after the window's end.
+    // Restores the window's procedure. Pins this module when our procedure is still in use or
+    // another subclass holds a pointer to it. Does nothing when no window is hooked.
     void RemoveHook();
 
-    // PostMessageW to the hooked window; false while there is none.
+    // PostMessageW to the hooked window; false when there is none.
     bool postMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
-    // Null while idle.
+    // Null when no window is hooked.
     [[nodiscard]] HWND getHwnd() const { return m_hwnd; }
 
 private:
@@ -63,8 +63,8 @@ private:
 
     std::atomic<HWND> m_hwnd{nullptr};  // commands ask for it on their own thread
     WNDPROC m_oldWndProc{nullptr};
-    // Set when our procedure may lie below m_oldWndProc as well, from an earlier hook: the one
-    // beneath that.
+    // Set when an earlier hook may have left our procedure below m_oldWndProc in the chain: the
+    // procedure below that one.
     WNDPROC m_beneathEarlier{nullptr};
     const Message* m_passedOn{nullptr};  // to m_oldWndProc, at present
 };

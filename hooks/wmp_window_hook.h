@@ -5,16 +5,16 @@
 
 namespace orvane {
 
-// Watches the player's main window and reports to the application where it is and whether it is
-// maximised, minimised, hidden, active or in special mode: shrunk to a restored window of at most
-// 366 by 90 pixels. Every message still reaches the player; events go out before it handles it.
+// Subclasses the player's main window and reports to the application its position and whether it is
+// maximised, minimised, hidden, active or in special mode (restored, at most 366 by 90 pixels).
+// Every message still reaches the player; the event is sent before the player handles it.
 class WmpWindowHook final : public WindowHook {
 public:
     // `events` is not owned and outlives the hook; called on the window's thread.
     explicit WmpWindowHook(IOrvaneApplicationEvents* events);
 
-    // Hooks the top-level window of class "WMPlayerApp" with the caption "Windows Media Player", or
-    // with another one: the player translates its caption, the class is the same in all languages.
+    // Hooks the top-level window of class "WMPlayerApp" with the caption "Windows Media Player".
+    // Without one, any caption will do: the player translates its caption, but not the class.
     [[nodiscard]] bool InstallHook();
 
     // Whether the window is in special mode now; false while there is no window. Any thread.

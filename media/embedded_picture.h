@@ -12,24 +12,24 @@ namespace orvane {
 
 class StepLog;
 
-// The picture in a media file's header, as the Format runtime shows it ("WM/Picture", stream 0).
-// What is read comes out of a file that anybody may have made: a record that does not hold
-// together is no picture.
+// The picture in a media file's header, read and written through the Windows Media Format runtime
+// ("WM/Picture", stream 0). The file is not trusted: a damaged record counts as no picture. Any
+// thread, one object on one thread.
 class EmbeddedPicture {
 public:
-    // Whether the file has a picture attribute that is not empty; its content is not looked at.
+    // Whether the file has a picture attribute that is not empty. Does not check its content.
     [[nodiscard]] static bool isIn(IWMHeaderInfo3* header);
 
-    // The first picture. Nothing when there is none, it is damaged, or memory does not suffice.
+    // The first picture; none when there is none, when it is damaged, or when memory is short.
     [[nodiscard]] static std::optional<EmbeddedPicture> read(IWMHeaderInfo3* header);
 
-    // Puts `image` (not empty, under 4 GB) in the place of all pictures, whatever their language,
-    // as "image/jpeg" without description. Changes only the header in memory: on false the caller
-    // must not flush it. What fails is told to `steps`.
+    // Replaces all pictures of all languages with `image` (not empty, under 4 GB), as "image/jpeg"
+    // without description. Changes only the header in memory: on false the caller must not flush
+    // it. Logs a failed step through `steps`.
     [[nodiscard]] static bool replace(IWMHeaderInfo3* header, std::span<const BYTE> image,
                                       const StepLog& steps);
 
-    // The image itself, in whatever format it is; valid as long as this object.
+    // The image's bytes, of any image format; valid as long as this object.
     [[nodiscard]] std::span<const BYTE> image() const { return m_image; }
 
 private:

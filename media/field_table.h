@@ -1,7 +1,7 @@
 #pragma once
 
-// Which player attribute stands for which field of a metadata record, and which fields travel in
-// which direction. Constants of the program: there is nothing to build, so nothing to race for.
+// Maps the fields of a metadata record to the player's attributes, and lists the fields that are
+// read and written. Only constants: any thread may use them.
 
 #include <juce_core/juce_core.h>
 
@@ -31,33 +31,34 @@ inline constexpr char kDiskNumber[] = "DiskNumber";
 inline constexpr char kDisksInSet[] = "DisksInSet";
 inline constexpr char kAlbumArt[] = "AlbumArt";
 
-// In the order of the record that a loaded track has.
+// The fields that are read from a track, in the order of its record.
 inline constexpr std::array kLoaded{
     kTrackTitle, kAlbumTitle, kAlbumArtist, kTrackArtist, kTrackNumber, kGenre,
     kGenre2,     kYear,       kRelYear,     kBitRate,     kOvid,        kComposer,
     kLastPlayed, kPlayCount,  kComments,    kRating,      kPartOfSet,
 };
 
-// What the application hears of a track that starts.
+// The fields that the application gets in a PlayStarted event.
 inline constexpr std::array kReported{
     kTrackTitle, kTrackArtist, kAlbumTitle, kGenre, kYear, kTrackNumber,
 };
 
-// In the order in which they are written. Genre_2 has to follow Genre: both go to one attribute,
-// and the second is the one that stays.
+// The fields that are written, in this order. Genre_2 has to follow Genre: both go to the same
+// attribute, and the last one written stays.
 inline constexpr std::array kSaved{
     kTrackTitle, kAlbumTitle, kAlbumArtist, kTrackArtist, kTrackNumber, kGenre,    kGenre2,
     kYear,       kRelYear,    kBitRate,     kOvid,        kDiskNumber,  kComposer, kComments,
 };
 
-// The player attribute to read for a field, ignoring case; empty for a field that has none.
+// The player attribute to read for a field, ignoring case; empty when the field has none.
 [[nodiscard]] juce::String attributeFor(const juce::String& field);
 
-// The year is read from one attribute and written to another, which wants a whole date.
+// The year is read from one attribute and written to another one, which needs a full date.
 inline constexpr char kWrittenYearAttribute[] = "ReleaseDate";
 [[nodiscard]] juce::String writtenYear(const juce::String& year);
 
-// "3/12" as disc number and number of discs; all of it is the number when there is no "/".
+// Splits "3/12" into the disc number and the number of discs. Without "/", all of the text is the
+// disc number.
 struct PartOfSet {
     juce::String diskNumber;
     juce::String disksInSet;

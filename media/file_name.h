@@ -6,19 +6,19 @@
 
 namespace orvane {
 
-// The name by which to give a path to Windows: the path itself, or its extended-length form when it
-// is too long for a plain one.
+// The path as Windows calls accept it: unchanged, or in its extended-length form when it is too
+// long.
 [[nodiscard]] std::wstring fileNameOf(const juce::String& path);
 
-// Whether something of that path exists, file or folder (GetFileAttributesW).
+// Whether a file or folder of that path exists. GetFileAttributesW.
 [[nodiscard]] bool fileExists(const juce::String& path);
 
-// Whether both paths lead to one file: by their text, ignoring case, or by what they open. False
-// for files that are not there or cannot be opened.
+// Whether both paths name the same file: the texts are equal, ignoring case, or both open the same
+// file. Paths with different texts that cannot be opened count as different files.
 [[nodiscard]] bool namesSameFile(const juce::String& path, const juce::String& other);
 
-// The path as it is, in full (GetFullPathNameW), and, for what exists, as the system resolves it:
-// without links and short names (GetFinalPathNameByHandleW). Equal ones once.
+// All spellings of a path, without duplicates: unchanged, in full (GetFullPathNameW) and, when the
+// file exists, without links and short names (GetFinalPathNameByHandleW).
 [[nodiscard]] juce::StringArray spellingsOf(const juce::String& path);
 
 }  // namespace orvane

@@ -8,8 +8,9 @@
 
 namespace orvane {
 
-// A new file beside `target`, under a name of its own, that takes the target's place when it is
-// whole. Unless that has happened the new file is deleted in the end, and what was there stays.
+// Replaces a file in one step: the caller writes a new file beside `target` and calls commit(),
+// which moves it over the target. Without a successful commit() the destructor deletes the new file
+// and the target stays unchanged.
 class FileReplacement {
 public:
     explicit FileReplacement(const juce::String& target);
@@ -17,7 +18,7 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    // For Windows (media/file_name.h). The file is the caller's to make, and to close.
+    // The new file's name, as Windows calls accept it. The caller creates and closes the file.
     [[nodiscard]] const std::wstring& name() const { return m_name; }
 
     // Moves the new file over the target. MoveFileExW.

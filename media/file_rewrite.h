@@ -6,13 +6,13 @@
 
 namespace orvane {
 
-// Marks a media file as being rewritten, from before it is opened for writing until its changes
-// are flushed: a process that ended in between could leave half a file. The player is asked to wait
-// (IWMPPluginUI::GetProperty), and closing waits for the end of the rewrite. Marks may be made on
-// any thread, several at once.
+// Marks that a media file is being rewritten, from before it is opened for writing until it is
+// flushed. If the process ended meanwhile, the file could be damaged: so the player is asked to
+// wait (IWMPPluginUI::GetProperty), and closing waits for the rewrite. Any thread; several marks
+// may exist at once.
 class FileRewrite {
 public:
-    // Without memory for the event the mark does not hold, and the file must not be opened.
+    // Converts to false when memory is short; the file must not be opened then.
     FileRewrite();
     ~FileRewrite();
     FileRewrite(const FileRewrite&) = delete;
@@ -20,11 +20,11 @@ public:
 
     [[nodiscard]] explicit operator bool() const { return m_marked; }
 
-    // Whether there is a mark now. Any thread.
+    // Whether a mark exists. Any thread.
     [[nodiscard]] static bool inProgress();
 
-    // An event of the caller's own that is signalled when none of the marks is left; for
-    // waitServingCalls. Empty while there is none to wait for. CreateEventW, DuplicateHandle.
+    // An event, owned by the caller, that is signalled when the last mark has ended; for
+    // waitServingCalls(). Empty when there is no mark. CreateEventW, DuplicateHandle.
     [[nodiscard]] static UniqueHandle ended();
 
 private:

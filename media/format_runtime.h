@@ -7,13 +7,13 @@ struct IWMSyncReader;
 
 namespace orvane {
 
-// A use of the Windows Media Format runtime (WMVCore.dll). The module is loaded by the first call
-// that needs it and freed when the last use ends: the plug-in object has one for its whole life,
-// each operation one of its own, so neither is the module loaded again for every track nor does it
-// go under a running command. Nothing is freed at process exit or under the loader lock: a use
-// always ends in ordinary code. Uses may come and go on any thread.
+// A counted use of the Windows Media Format runtime (WMVCore.dll). The first call that needs the
+// runtime loads it; the end of the last use frees it. The plug-in object has a use for its whole
+// life, so that the runtime is not loaded again for each track; each operation has one too, so that
+// it is not freed while a command runs. A use must not end at process exit or under the loader
+// lock. Any thread.
 //
-// What the calls return must be released before the use ends.
+// The caller releases the returned objects before the use ends.
 class FormatRuntime {
 public:
     FormatRuntime();
@@ -21,14 +21,14 @@ public:
     FormatRuntime(const FormatRuntime&) = delete;
     FormatRuntime& operator=(const FormatRuntime&) = delete;
 
-    // WMCreateSyncReader without certificate and rights. A failure also when there is no runtime on
-    // this Windows (the editions without media features); asked anew by each call.
+    // WMCreateSyncReader without certificate and rights. Fails also when this Windows has no
+    // Windows Media Format runtime (editions without media features); each call tries again.
     [[nodiscard]] HRESULT createSyncReader(IWMSyncReader** reader) const;
 
     // WMCreateEditor; failures as above.
     [[nodiscard]] HRESULT createEditor(IWMMetadataEditor** editor) const;
 
-    // Whether the module is in memory now because of a use.
+    // Whether a use has loaded the runtime.
     [[nodiscard]] static bool isLoaded();
 };
 

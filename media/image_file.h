@@ -1,7 +1,7 @@
 #pragma once
 
-// Image files named by the application, moved whole between file and memory. Each failure is one
-// line in the log in the caller's name ("Class::method").
+// Reads, writes and copies the image files that the application names. Each failure logs one line
+// that begins with `caller` ("Class::method").
 
 #include <windows.h>
 
@@ -15,8 +15,8 @@
 
 namespace orvane {
 
-// An image lies in memory several times while it is embedded, in the player's 32-bit process: what
-// is larger is no picture, and running the player out of memory would end it.
+// The largest image that is accepted, in bytes. Several copies are in memory while an image is
+// embedded, and the player's 32-bit process must not run out of memory.
 inline constexpr std::int64_t kMaxImageBytes = 128 << 20;
 
 struct ImageData {
@@ -26,22 +26,21 @@ struct ImageData {
     [[nodiscard]] std::span<const BYTE> span() const { return {bytes.get(), size}; }
 };
 
-// Nothing for a file that cannot be read whole, is longer than kMaxImageBytes, or is none (a pipe
-// or device would make the caller wait).
+// None for a file that cannot be read completely, is longer than kMaxImageBytes, or is a pipe or
+// device, which could block the caller.
 [[nodiscard]] std::optional<ImageData> readImageFile(const char* caller, const juce::String& path);
 
-// Makes or replaces the file. It is written beside its target first and moved over that when it is
-// whole: a failure leaves what was there.
+// Creates or replaces the file. Writes a new file beside it first and then moves that over it: a
+// failure leaves the old file unchanged.
 [[nodiscard]] bool writeImageFile(const char* caller, const juce::String& path,
                                   std::span<const BYTE> image);
 
-// The same with the content of the file `from`; the copy is an ordinary file, neither hidden nor
-// write-protected. CopyFileW.
+// The same with the content of the file `from`. The copy is neither hidden nor read-only.
+// CopyFileW.
 [[nodiscard]] bool copyImageFile(const char* caller, const juce::String& from,
                                  const juce::String& to);
 
-// A step of writeImageFile: fills the stream and closes it. Whether it took all of the image, also
-// when it was closed.
+// A step of writeImageFile(): writes the image and closes the stream. True when both succeeded.
 [[nodiscard]] bool writeWhole(std::FILE* stream, std::span<const BYTE> image);
 
 }  // namespace orvane

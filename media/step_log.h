@@ -8,8 +8,8 @@
 
 namespace orvane {
 
-// One operation on one file, for its log: each step that fails gives one line with the operation,
-// the step, the file and the result. Belongs to one thread.
+// Logs the failed steps of one operation on one file: one line each, with the operation, the step,
+// the file and the result. For one thread.
 class StepLog {
 public:
     // `operation` ("Class::method") is a literal.
@@ -19,7 +19,7 @@ public:
     [[nodiscard]] const char* operation() const { return m_operation; }
     [[nodiscard]] const juce::String& path() const { return m_path; }
 
-    // Whether the step succeeded; logged otherwise.
+    // Whether the step succeeded; logs a failure.
     bool ok(const char* step, HRESULT result) const {
         if (FAILED(result))
             syslog(LOG_ERR, "%s: %s failed for %s (0x%08x)", m_operation, step, m_path.toRawUTF8(),
@@ -32,7 +32,7 @@ private:
     juce::String m_path;
 };
 
-// The thread's last error as a result; a failure even when the last call has left none.
+// The thread's last error as an HRESULT; E_FAIL when the failed call has set no error.
 [[nodiscard]] inline HRESULT lastResult() {
     const DWORD error = GetLastError();
     return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);

@@ -10,18 +10,17 @@ struct IWMPMedia;
 
 namespace orvane {
 
-// What cover art needs to know of a track: read from its media item once, on the player's thread,
-// and used on any thread afterwards.
+// What the cover art operations need to know about a track. Constructed from its media item on the
+// player's thread; usable on any thread afterwards.
 struct TrackSource {
     TrackSource() = default;
-    // Null is a track that nothing is known of.
+    // With null, nothing is known about the track.
     explicit TrackSource(IWMPMedia* media);
 
-    HRESULT located = E_POINTER;  // what the player answered when asked for the path
+    HRESULT located = E_POINTER;  // the player's result when it was asked for the path
     juce::String path;            // empty when it failed
     bool hasDetails = false;      // the item is an IWMPMedia3
-    // The names of the pictures that a player keeps are made from it. None when it cannot be read;
-    // it may well be empty.
+    // Part of the names of the player's picture files. None when it cannot be read; may be empty.
     std::optional<juce::String> collectionId;
 };
 

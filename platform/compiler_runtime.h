@@ -2,13 +2,13 @@
 
 namespace orvane {
 
-// The compiler's runtime that is linked into this module takes from the process what it keeps when
-// the module is freed: a slot of thread-local storage, of which a process has some thousand and
-// without which the runtime ends it, and the 20 KB in which exceptions are made when there is no
-// memory. After a thousand loads the player would be gone.
+// The compiler's runtime that is linked into this module leaks two things when the module is freed:
+// a slot of thread-local storage, and its 20 KB emergency memory for exceptions. A process has
+// about a thousand slots, and the runtime aborts the process when none is left: the player would
+// end after a thousand loads.
 //
-// Called when the module is freed and the process goes on: both go back as the module's last act.
-// Without the call nothing happens, as process exit wants it.
+// Call this when the module is freed and the process goes on. Both are then released as the
+// module's last action. At process exit, do not call it.
 void giveBackRuntimeAtEnd() noexcept;
 
 }  // namespace orvane

@@ -2,7 +2,7 @@
 
 // One owning type per kind of Windows handle. "None" differs between kinds (null for an event or a
 // mutex, INVALID_HANDLE_VALUE for a file), so each kind is a type of its own. Handles are moved,
-// never copied, and closed by the destructor. A failed close is not reported: nobody could act.
+// never copied, and closed by the destructor. A failed close is not reported.
 
 #include <windows.h>
 
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] Type get() const noexcept { return m_handle; }
     [[nodiscard]] explicit operator bool() const noexcept { return m_handle != Traits::none(); }
 
-    // Closes what is held and takes `handle` over. The thread's last error survives the close.
+    // Closes the present handle and takes ownership of `handle`. Preserves the thread's last error.
     void reset(Type handle = Traits::none()) noexcept {
         const Type old = std::exchange(m_handle, handle);
         if (old == Traits::none()) return;
@@ -38,10 +38,10 @@ public:
         SetLastError(lastError);
     }
 
-    // Gives the handle up; the caller closes it.
+    // Gives up ownership: the caller closes the handle.
     [[nodiscard]] Type release() noexcept { return std::exchange(m_handle, Traits::none()); }
 
-    // For calls that return a handle through a pointer; closes what is held first.
+    // For calls that return a handle through a pointer. Closes the present handle first.
     [[nodiscard]] Type* put() noexcept {
         reset();
         return &m_handle;
@@ -51,14 +51,14 @@ private:
     Type m_handle = Traits::none();
 };
 
-// Events, mutexes, threads, processes: CreateEvent and its like answer null on failure.
+// Events, mutexes, threads, processes: CreateEvent and similar calls return null on failure.
 struct KernelObjectTraits {
     using Type = HANDLE;
     static Type none() noexcept { return nullptr; }
     static void close(Type handle) noexcept { CloseHandle(handle); }
 };
 
-// Files and pipes: CreateFile and CreateNamedPipe answer INVALID_HANDLE_VALUE on failure.
+// Files and pipes: CreateFile and CreateNamedPipe return INVALID_HANDLE_VALUE on failure.
 struct FileTraits {
     using Type = HANDLE;
     static Type none() noexcept { return INVALID_HANDLE_VALUE; }
@@ -78,7 +78,7 @@ struct RegKeyTraits {
     static void close(Type handle) noexcept { RegCloseKey(handle); }
 };
 
-// What the system allocates for its caller with LocalAlloc: FormatMessage, SDDL conversion.
+// Memory that a Windows call allocated with LocalAlloc: FormatMessage, SDDL conversion.
 struct LocalMemoryTraits {
     using Type = void*;
     static Type none() noexcept { return nullptr; }

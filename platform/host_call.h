@@ -6,9 +6,9 @@
 
 namespace orvane {
 
-// A call into this module by whoever loaded it, while it is on some thread's stack: a window
-// procedure, a timer's or an object's method that may let the host's own code run meanwhile. What
-// runs then may free the module, and the call would come back to code that is gone.
+// Counts a call from the host process into this module while it is on a thread's stack: a window
+// procedure, a timer callback or a COM method during which the host's own code may run. That code
+// may free the module, and the call would return into unloaded code.
 class HostCall {
 public:
     HostCall() noexcept { ++s_inProgress; }
@@ -16,8 +16,8 @@ public:
     HostCall(const HostCall&) = delete;
     HostCall& operator=(const HostCall&) = delete;
 
-    // To be asked when the last thing goes that the host keeps the module for: pins it when a call
-    // is in progress, on whichever thread.
+    // Call this when the last object or hook ends and the host may free the module: pins the module
+    // when a call is in progress on any thread.
     static void pinModuleIfAny() noexcept {
         if (s_inProgress > 0) pinThisModule();
     }

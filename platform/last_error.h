@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-// The thread's last error as it was found, restored on leaving: what follows a failed call, such as
-// closing a handle, must not hide the reason from the caller.
+// Saves the thread's last error and restores it in the destructor, so that clean-up after a failed
+// call, such as closing a handle, does not hide the reason from the caller.
 class KeepLastError {
 public:
     KeepLastError() noexcept : m_error(GetLastError()) {}

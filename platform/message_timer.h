@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-// Calls back at intervals through the message loop of the thread that starts it. Started, stopped
-// and destroyed on one thread, also from inside the callback. SetTimer.
+// A periodic timer. The message loop of the thread that starts it calls the callback. Start, stop
+// and destroy it on that thread; the callback may do so, too. SetTimer.
 class MessageTimer {
 public:
     // `callback` gets `context` and must not throw.
@@ -17,8 +17,7 @@ public:
     MessageTimer(const MessageTimer&) = delete;
     MessageTimer& operator=(const MessageTimer&) = delete;
 
-    // The first call comes after one period; a running timer starts anew. False when the system
-    // refuses.
+    // Calls back first after one period. Restarts a running timer. False when SetTimer fails.
     bool start(UINT periodMs) noexcept;
     void stop() noexcept;
     [[nodiscard]] bool isRunning() const noexcept { return m_id != 0; }

@@ -4,17 +4,17 @@
 
 namespace orvane {
 
-// The module that holds this code: the plug-in's DLL in the player, the program itself where the
-// code is linked in. Any thread; nothing throws. GetModuleHandleExW.
+// The module that contains this code: the plug-in's DLL in the player, or a test program. Any
+// thread; nothing throws. GetModuleHandleExW.
 
-// Valid as long as this code is loaded; not counted. Null when the system does not tell.
+// The module's handle, without a reference. Null on failure.
 [[nodiscard]] HMODULE thisModule() noexcept;
 
-// One more reference to it, given back through FreeLibrary, or by a thread of this module's as it
-// ends, through FreeLibraryAndExitThread. Null when the system refuses.
+// Adds a reference. Release it with FreeLibrary, or at the end of a thread of this module with
+// FreeLibraryAndExitThread. Null on failure.
 [[nodiscard]] HMODULE referenceThisModule() noexcept;
 
-// Keeps it loaded until the process ends, whatever references are given back.
+// Keeps the module loaded until the process ends, whatever references are released.
 void pinThisModule() noexcept;
 
 }  // namespace orvane

@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-// Whether the process is ending: set by the module's entry point when the system detaches it for
-// that. All other threads are dead by then, with whatever locks they held, so code that may still
-// be called (a window procedure, Release) must neither wait nor take a lock.
+// Whether the process is ending. DllMain sets it on DLL_PROCESS_DETACH at process exit. All other
+// threads have been terminated by then and may have held locks, so code that may still be called (a
+// window procedure, Release) must neither wait nor take a lock.
 inline constinit std::atomic<bool> processIsEnding{false};
 
 }  // namespace orvane

@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-// Holds a slim lock for the scope (AcquireSRWLockExclusive). Such a lock needs no destructor, so a
-// static one outlives everything.
+// Holds a slim lock in a scope (AcquireSRWLockExclusive). An SRWLOCK has no destructor, so a static
+// one stays usable until the module is unloaded.
 class ExclusiveLock {
 public:
     explicit ExclusiveLock(SRWLOCK& lock) noexcept : m_lock(lock) {

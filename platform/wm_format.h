@@ -1,8 +1,8 @@
 #pragma once
 
-// What the Windows Media Format runtime (WMVCore.dll) offers beyond mingw's wmsdkidl.h: the second
-// editor interface, the picture record and the attribute names that we use. The runtime itself is
-// found when first needed: media/format_runtime.h.
+// Declarations of the Windows Media Format runtime (WMVCore.dll) that mingw's wmsdkidl.h lacks: the
+// second editor interface, the picture record and the attribute names that we use.
+// media/format_runtime.h loads the runtime.
 
 #include <windows.h>
 
@@ -38,7 +38,7 @@ static_assert(sizeof(WM_PICTURE) == 3 * sizeof(void*) + 5);
 
 #endif
 
-// Failures of the runtime that mingw's nserror.h does not name.
+// Error codes of the runtime that mingw's nserror.h lacks.
 #ifndef ASF_E_BADLANGUAGEID
 #define ASF_E_BADLANGUAGEID static_cast<HRESULT>(0xC00D07D2)
 #endif

@@ -1,14 +1,13 @@
 #pragma once
 
-// The player's UI plug-in interface and its capability bits, which mingw's headers lack; names and
-// slot order are the platform's.
+// The player's UI plug-in interface and its capability flags, which mingw's headers lack. The
+// platform defines the names and the order of the methods.
 
 #include <windows.h>
 
 #include <wmp.h>
 
-// Capabilities, stored by an installer in the player's registry key as one number: one type, any
-// flags.
+// Capabilities: one type and any flags, stored as one number in the plug-in's registry key.
 constexpr DWORD PLUGIN_TYPE_MASK = 0x0000000F;
 constexpr DWORD PLUGIN_TYPE_BACKGROUND = 0x00000001;
 constexpr DWORD PLUGIN_TYPE_SEPARATEWINDOW = 0x00000002;
@@ -26,8 +25,8 @@ constexpr const wchar_t* PLUGIN_INSTALLREGKEY_DESCRIPTION = L"Description";
 constexpr const wchar_t* PLUGIN_MISC_MEDIASENDTO = L"MediaSendTo";
 constexpr const wchar_t* PLUGIN_MISC_PLAYLISTSENDTO = L"PlaylistSendTo";
 
-// Property name of GetProperty, asked for before the player closes or turns the plug-in off: a text
-// (VT_BSTR) that is not empty asks it to wait, and tells the user why.
+// Property name of GetProperty. The player reads it before it closes or turns the plug-in off. A
+// text (VT_BSTR) that is not empty asks the player to wait and tells the user why.
 constexpr const wchar_t* PLUGIN_MISC_QUERYDESTROY = L"QueryDestroy";
 
 // ANSI name of the window message with which an installer tells running players that the list of
@@ -39,7 +38,8 @@ constexpr const char* PLUGIN_ADD_REMOVE_MESSAGE = "WMPlayer_PluginAddRemove";
 MIDL_INTERFACE("4c5e8f9f-ad3e-4bf9-9753-fcd30d6d38dd")
 IWMPPluginUI : public IUnknown {
 public:
-    // The player's automation, once after creation; null before the player lets the plug-in go.
+    // Passes the player's automation object after creation, and null before the plug-in is
+    // released.
     virtual HRESULT STDMETHODCALLTYPE SetCore(IWMPCore * core) = 0;
     virtual HRESULT STDMETHODCALLTYPE Create(HWND parent, HWND * window) = 0;
     virtual HRESULT STDMETHODCALLTYPE Destroy() = 0;

@@ -5,24 +5,24 @@
 
 #include "platform/atl/atlcomcli.h"
 
-// Where things are in the player's library. Any thread; `core` may be null, and so is the answer
-// whenever the player refuses a call.
+// Finds tracks and playlists in the player's library. Runs on the thread that owns `core` (may be
+// null). The result is null when nothing is found or a call of the player fails.
 namespace orvane::library {
 
-// Every track, in the order in which they are counted.
+// All tracks, in the order of the application's track indices.
 [[nodiscard]] CComPtr<IWMPPlaylist> allTracks(IWMPCore* core);
 
-// The track at that position of all.
+// The track with that index in allTracks().
 [[nodiscard]] CComPtr<IWMPMedia> getMediaByIndex(IWMPCore* core, int trackIndex);
 
-// The track with that source path, when there is exactly one.
+// The track with that source path; null unless there is exactly one.
 [[nodiscard]] CComPtr<IWMPMedia> getMediaByPath(IWMPCore* core, const juce::String& path);
 
-// Whether an item that is not a photo has one of these source paths; true also when the player does
-// not tell.
+// Whether an item that is not a photo may have one of these source paths. True also when a call of
+// the player fails.
 [[nodiscard]] bool mayHoldTrack(IWMPCore* core, const juce::StringArray& spellings);
 
-// The first playlist of that name, made when there is none.
+// The first playlist of that name, created when there is none.
 [[nodiscard]] CComPtr<IWMPPlaylist> playlistNamed(IWMPCore* core, const juce::String& name);
 
 }  // namespace orvane::library

@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-// Polls without sleeping until `reached` answers true, or until `timeoutMs` have passed on the
-// clock `nowMs`, a 32-bit millisecond counter that may wrap around meanwhile. `betweenPolls` runs
-// after each poll. Polls at least once, whatever the time-out. Whether the last poll was true.
+// Calls `reached` until it returns true or `timeoutMs` have passed on the clock `nowMs`, a 32-bit
+// millisecond counter that may wrap around. Calls it at least once. Does not sleep: `betweenPolls`
+// runs after each poll. Returns the last result of `reached`.
 template <typename Clock, typename Poll, typename Work>
 [[nodiscard]] bool pollUntil(std::uint32_t timeoutMs, Clock nowMs, Poll reached,
                              Work betweenPolls) {
@@ -15,7 +15,7 @@ template <typename Clock, typename Poll, typename Work>
         const bool done = reached();
         betweenPolls();
         if (done) return true;
-        // Unsigned on purpose: the difference is right across the wrap.
+        // Unsigned: the difference is correct when the counter wraps around.
         if (nowMs() - start >= timeoutMs) return false;
     }
 }

@@ -4,16 +4,15 @@
 
 namespace orvane {
 
-// Writes the class and the player's plug-in entry for the module that holds this code, replacing
-// earlier ones. Stops at the first registry call that fails and answers its code as an HRESULT;
-// when one of the two keys cannot be opened or made, nothing has been changed. HKEY_CLASSES_ROOT,
-// HKEY_LOCAL_MACHINE: needs an administrator.
+// Writes the COM class and the player's plug-in entry for this module, replacing earlier ones.
+// Returns the first registry error as an HRESULT. When one of the two keys cannot be opened or
+// created, nothing is changed. HKEY_CLASSES_ROOT and HKEY_LOCAL_MACHINE: needs an administrator.
 [[nodiscard]] HRESULT registerPlugin();
 
-// Removes both entries; what is not there is no failure.
+// Removes both entries. A missing entry is not an error.
 [[nodiscard]] HRESULT unregisterPlugin();
 
-// Tells running players that their list of plug-ins changed. Nobody learns whether it worked.
+// Notifies running players that the list of plug-ins changed. Errors are ignored.
 void announcePluginChange();
 
 }  // namespace orvane

@@ -4,20 +4,20 @@
 
 namespace orvane {
 
-// What the module's exports do, apart from the module so that any program can host the class.
+// The implementation of the module's exports, separate from the module so that tests can call it.
 // Any thread; nothing throws.
 
-// The class object of the plug-in class; CLASS_E_CLASSNOTAVAILABLE and null for any other class.
+// Returns the plug-in's class object; CLASS_E_CLASSNOTAVAILABLE and null for any other class.
 [[nodiscard]] HRESULT getClassObject(REFCLSID clsid, REFIID iid, void** object) noexcept;
 
-// S_OK while no object and no server lock keeps the module loaded, else S_FALSE.
+// S_OK when no object and no server lock needs the module, else S_FALSE.
 [[nodiscard]] HRESULT canUnloadNow() noexcept;
 
-// Registry entries, then the notice to running players, whatever became of the entries.
+// Writes or removes the registry entries, then notifies running players, also after an error.
 [[nodiscard]] HRESULT registerServer() noexcept;
 [[nodiscard]] HRESULT unregisterServer() noexcept;
 
-// Lets go of the cached class object; at module end.
+// Releases the cached class object. Called when the module is unloaded.
 void endServer() noexcept;
 
 }  // namespace orvane

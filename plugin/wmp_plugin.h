@@ -75,8 +75,8 @@ public:
     STDMETHOD(Create)(HWND parent, HWND* window) override;
     STDMETHOD(Destroy)() override;
     STDMETHOD(DisplayPropertyPage)(HWND parent) override;
-    // "QueryDestroy" while a music file is being rewritten: a sentence for the user, in the user's
-    // language (LoadStringW). E_NOTIMPL otherwise.
+    // For "QueryDestroy" while a music file is being rewritten: a sentence for the user, in the
+    // user's language (LoadStringW). E_NOTIMPL otherwise.
     STDMETHOD(GetProperty)(const WCHAR* name, VARIANT* value) override;
     STDMETHOD(SetProperty)(const WCHAR* name, const VARIANT* value) override;
     STDMETHOD(TranslateAccelerator)(MSG* message) override;
@@ -184,32 +184,32 @@ public:
     bool sendSelectedTracks() override;
     bool disconnectFromApp() override;
 
-    // 2000 ms after the link was lost, and again 2000 ms after each attempt in vain: brings it
-    // back. Nothing runs while the link is up.
+    // The reconnect timer, which runs only while the link is down: it tries to connect 2000 ms
+    // after the loss and 2000 ms after each failed attempt.
     void timerCallback();
 
 private:
-    // Runs `use` with the player's core on the object's thread, in one step, and waits for its
-    // answer. Whatever touches an object of the player's is called so, and every pointer that comes
-    // of it is released there. False when there is no core, `use` throws, or the object goes first.
-    // Any thread.
+    // Runs `use` with the player's core on the object's thread, in one step, and returns its
+    // result. All code that uses the player's objects runs in such a step, which also releases
+    // every pointer that it gets. False when there is no core, `use` throws, or the object ends
+    // first. Any thread.
     [[nodiscard]] bool onPlayer(const std::function<bool(IWMPCore&)>& use);
 
-    // Runs `work` on the object's thread: at once there, later from any other. Not at all once the
-    // object has gone.
+    // Runs `work` on the object's thread: at once when called there, otherwise later. Does nothing
+    // after the object's end.
     void onOwnThread(std::function<void()> work);
 
-    // Calls `use` with the main-window hook, when there is one, while it cannot go away. Any
-    // thread. `use` must neither send messages nor wait: the player's thread may wait for its end.
+    // Calls `use` with the main-window hook, if there is one, under a lock that keeps it alive. Any
+    // thread. `use` must neither send messages nor wait: the player's thread may wait for the lock.
     template <typename Use>
     void withWindowHook(Use&& use) {
         const juce::ScopedLock lock(m_lock);
         if (m_windowHook != nullptr) use(*m_windowHook);
     }
 
-    // Appends what is in the library to the first playlist of that name, made when there is none;
-    // true when there is such a playlist in the end. Ends early, with false, once the object is
-    // being released: the player waits for it then.
+    // Appends the tracks that are in the library to the first playlist of that name, created when
+    // there is none. True when the playlist exists. Ends early with false when the object is being
+    // released, because the player waits for it.
     [[nodiscard]] bool addTracksToPlaylist(const juce::String& name,
                                            const juce::StringArray& trackPaths);
     using FindTrack = std::function<CComPtr<IWMPMedia>(IWMPCore&)>;
@@ -219,8 +219,8 @@ private:
                                       const juce::String& albumArtPath);
     [[nodiscard]] bool isInPlayState(long wanted);
     [[nodiscard]] bool isModeOn(const wchar_t* mode);
-    // Waits until the player is in the state, woken by its event and otherwise asking every 20 ms.
-    // False after 1000 ms without, and `timeoutText` is in the log.
+    // Waits up to 1000 ms for the player's state: until its event, and polls every 20 ms. After a
+    // time-out logs `timeoutText` and returns false.
     [[nodiscard]] bool waitForPlayState(long wanted, const char* timeoutText);
     void reportPlayState(LONG newState);
 
@@ -229,16 +229,16 @@ private:
     HRESULT link();
     HRESULT attach(IWMPCore* core);
     void unload();
-    // Says goodbye, removes the hook and ends the link, once; the object's thread. Waits 4000 ms
-    // for a running command while it lets the player serve that command's calls on this thread;
-    // then the command keeps the object, which is destroyed when it has ended.
+    // Sends PlayerGoodbye, removes the hook and closes the link, once. The object's thread. Waits
+    // up to 4000 ms for a running command and serves that command's calls meanwhile; after that the
+    // command keeps the object, which is destroyed when the command ends.
     void end() noexcept;
     void unlink();
     void endCommands();
     void startReconnecting();
     // On the thread that ends the last command after end() has begun, or in end() itself.
     void commandsHaveEnded() noexcept;
-    // Has the object's own thread give back the reference that the caller had.
+    // Makes the object's own thread release the caller's reference.
     void releaseOnOwnThread() noexcept;
     FormatRuntime m_formatRuntime;  // from the first track that needs it to the object's end
     CComPtr<IWMPCore> m_core;       // the object's thread only, as the next two
@@ -260,8 +260,8 @@ private:
 
     juce::CriticalSection m_lock;  // guards m_windowHook against commands
     UniqueHandle m_playStateChanged{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
-    int m_steps = 0;              // of commands, on the stack of the object's thread
-    unsigned m_setCoreCalls = 0;  // tells a call that another one came in while it was at work
+    int m_steps = 0;                      // of commands, on the stack of the object's thread
+    unsigned m_setCoreCalls = 0;          // lets SetCore detect a nested call of itself
     std::atomic<bool> m_released{false};  // end() has begun: no core is taken any more
     bool m_ended = false;                 // end() is done
 };

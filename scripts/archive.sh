@@ -1,6 +1,5 @@
 # shellcheck shell=bash disable=SC2154
-# Sourced by what packs: files and archives that are the same bytes from the same inputs. Needs
-# `version`.
+# Sourced by the scripts that pack a release: reproducible files and archives. Needs `version`.
 export LC_ALL=C.UTF-8 TZ=UTC
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-315619200}
 umask 022
@@ -12,5 +11,5 @@ zip_folder() {
     rm -f "$2"
     (cd "$1" && find . -type f -printf '%P\n' | LC_ALL=C sort | zip -q -X -9 "$2" -@)
 }
-# Windows' own editors want CR LF.
+# Older Windows editors need CR LF.
 windows_text() { sed -e "s/@VERSION@/$version/g" -e 's/$/\r/' "$1"; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What the plug-in costs the player: tables of medians, measured under Wine but for the documents.
+# Measures what the plug-in costs the player: tables of medians, under Wine except for the documents.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 . scripts/build.sh
@@ -18,7 +18,7 @@ say "documents beside JUCE's own, without Windows"
 build_preset native-release --target orvane_bench_messages
 build/native-release/orvane_bench_messages
 
-# A processor that sleeps between two calls takes longer to wake than the calls take.
+# A processor that sleeps between two calls needs more time to wake up than the calls themselves.
 say "the link again, with a loop of lowest priority on each processor"
 for _ in $(seq "$(nproc)"); do
     nice -n 19 bash -c 'while :; do :; done' &

@@ -26,8 +26,8 @@ git grep -n '^ *# *include "' -- '*.cpp' '*.h' ':!tests/' ':!bench/' | awk -F: -
         else if (!((from, to) in allowed)) problem = from " may not include " header
         if (problem) { print $1 ":" $2 ": " problem; bad = 1 }
     }
-    END { exit bad }' || fail "an include goes against the arrows" "see \"Folders\" in docs/architecture.md"
+    END { exit bad }' || fail "an include goes against the arrows" "see \"Folders and their dependencies\" in docs/architecture.md"
 
 for room in $(git ls-files '*.cpp' ':!tests/' | xargs -n 1 dirname | sort -u); do
-    [ -f "$room/CMakeLists.txt" ] || fail "$room has sources and no CMakeLists.txt" "a room is a library of its own: give it one"
+    [ -f "$room/CMakeLists.txt" ] || fail "$room has sources and no CMakeLists.txt" "each folder with sources is a library: add one"
 done

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The check kit under Wine's own cmd, as a user runs it: whole, with the stand-in in the real player's
-# place, cut short, and where it must not begin. Registry, files and log are compared before and
-# after. About four minutes; not part of ./dev test, whose programs it runs once more.
+# Tests the check kit under Wine's cmd, as a user runs it: completely, with the stand-in instead of the
+# real player, interrupted, and when it must refuse to start. Compares registry, files and log before
+# and after. About four minutes; not part of ./dev test, because it runs the same programs.
 #   check-kit-test.sh [--player-only] [ZIP]   the kit of dist/, or this one
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
@@ -41,7 +41,7 @@ reports() { # WHAT PATTERN...
         if grep -qE -- "$pattern" "$kit/report.txt"; then good; else bad "$1: report.txt has no line '$pattern'"; fi
     done
 }
-# While a whole snapshot is taken Wine ends: the log does not change then.
+# Wine is stopped while a snapshot is taken, so the log does not change.
 before() {
     snapshot before
     log >"$work/log.before"
@@ -56,7 +56,7 @@ start_wine_session
 rm -rf "$WINEPREFIX/drive_c/orvane-launcher-tests"
 in_wine 'C:\windows\syswow64\regsvr32.exe' /u /s "$(windows_path "$kit/programs/OrVaneWmpPlugin.dll")" || true
 
-say "the whole check, on a machine without OrVane"
+say "a complete check, on a machine without OrVane"
 in_wine reg delete 'HKLM\Software\OrVaneMedia' /f /reg:32 || true
 rm -rf "${log_file%/*}"
 if [ $whole = 1 ]; then
@@ -72,7 +72,7 @@ if [ $whole = 1 ]; then
     is_as_before "after the whole check"
 fi
 
-say "in a player's place, on a machine with OrVane and with an older plug-in"
+say "the stand-in instead of the real player, on a machine with OrVane and an older plug-in"
 in_wine reg add "HKLM\\$(name_of kSettingsKey)" /v Path /t REG_EXPAND_SZ /d '%ProgramFiles%\OrVane é' /f /reg:32
 in_wine reg add "$class\\InprocServer32" /d 'C:\old.dll' /f /reg:32
 mkdir -p "${log_file%/*}"
@@ -82,7 +82,7 @@ expect_equal "the player" 0 "$(check_cmd player programs/player.exe)"
 reports "the player" 'event     PlayerHello' '9 of 9 things were seen; all was well' 'This machine is as it was before'
 is_as_before "after the player"
 
-say "cut short in the middle"
+say "an interrupted check"
 check_cmd player programs/player.exe >/dev/null &
 running=$!
 deadline=$((SECONDS + 30))
@@ -93,7 +93,7 @@ if grep -q 'cut short' "$work/screen.txt"; then good; else bad "cut short: $(cat
 expect_equal "cut short: programs left" "" "$(timeout 20 wine tasklist </dev/null 2>/dev/null | grep -iE 'player|OrVaneApp' || true)"
 is_as_before "after a check that was cut short"
 
-say "while the player runs, and in a wrong way"
+say "while the player runs, and with wrong arguments"
 (cd "$kit/programs" && exec wine player.exe </dev/null >/dev/null 2>&1) &
 sleep 3
 expect_equal "while the player runs" 2 "$(check_cmd)"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Packs the kit that tries the plug-in on a real Windows: tests, stand-ins, sample tracks, check.cmd.
+# Packs the kit that checks the plug-in on a real Windows: tests, stand-ins, sample tracks, check.cmd.
 # Called by release.sh in the tree of the commit, whose build/win32 is configured.
 #   check-kit.sh --version=0.1.6 --output=FOLDER
 # SOURCE_DATE_EPOCH dates what is packed: the same inputs give the same bytes.

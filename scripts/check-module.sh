@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# check-module.sh MODULE: what the plug-in's file shows and needs. Four undecorated exports; nothing
-# that a Windows may lack, as WMVCORE.dll is before it is needed; no hand on the player's timer
-# resolution; ASLR and NX; and no more of the player's address space than it may take.
+# check-module.sh MODULE: checks the plug-in's file. It has four undecorated exports, imports no DLL
+# that a Windows may lack (such as WMVCORE.dll), does not change the timer resolution, has ASLR and NX,
+# and does not exceed its size limit.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -14,7 +14,7 @@ fail() {
     exit 1
 }
 
-# name_of kSettingsKey: what common/names/names.h calls so.
+# name_of kSettingsKey: the text of that name in common/names/names.h.
 name_of() {
     local text
     text=$(sed -n "s/^inline constexpr Name $1(\"\(.*\)\");\$/\1/p" "$top/common/names/names.h")
@@ -38,7 +38,7 @@ quietly() {
     mkdir -p "$build/logs"
     "$@" >"$log" 2>&1 || {
         tail -n 25 "$log" >&2
-        fail "'$*' failed; all it printed is in ${log#"$top"/}" "read the lines above, mend what they name, and run ./dev again"
+        fail "'$*' failed; its output is in ${log#"$top"/}" "read the lines above, correct what they name, and run ./dev again"
     }
 }
 
@@ -61,7 +61,7 @@ install_packages() {
         apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# within SECONDS COMMAND...: repeats the command until it is true; false when it was not in that time.
+# within SECONDS COMMAND...: repeats the command until it succeeds; fails after that time.
 within() {
     local deadline=$((SECONDS + $1))
     until "${@:2}"; do
@@ -84,8 +84,8 @@ stop_wine() {
     [ ! -d "$WINEPREFIX" ] || wineserver -k >/dev/null 2>&1 || true
 }
 
-# Wine's services keep the streams of whoever started them; one idle process that has none keeps
-# the services up, so that what a runner starts afterwards ends when it ends.
+# Wine's services inherit the output streams of the process that starts them, which would keep a test
+# runner waiting. An idle process without streams starts them first and keeps them running.
 start_wine_session() {
     wine_environment
     wine cmd /c 'ping -n 36000 127.0.0.1 >nul' </dev/null >/dev/null 2>&1 &

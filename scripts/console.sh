@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The player, the plug-in and you at the application's prompt.
+# Starts player and plug-in, and opens the application's prompt.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -18,5 +18,5 @@ trap end_everything EXIT
 trap 'exit 130' INT TERM
 start_wine_session
 
-say "the application's prompt; the player comes in a moment, its output is in build/console/player.txt"
+say "opening the application's prompt; the player is starting, its output is in build/console/player.txt"
 wine build/win32/check.exe console "--work=$(windows_path "$build")" "${library[@]}"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What stands at an address of a crash: function, file and line. docs/crash-addresses.md tells where
-# the addresses come from.
+# Prints function, file and line of a crash address. docs/crash-addresses.md explains how to get the
+# addresses.
 #   crash-line.sh OFFSET...                       as Windows' event log gives them
 #   crash-line.sh --base=ADDRESS ADDRESS...       as a dump gives them, with the module's base
 # The symbols are OrVaneWmpPlugin.dll.debug beside this script, or the file named by --symbols=FILE.

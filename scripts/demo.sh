@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The whole system at work: check.exe directs player, plug-in and application; then ffprobe and
-# exiftool read the files. Ends with 0 only when all of it was as it should be.
+# exiftool read the files. The exit code is 0 only when every check passed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -32,7 +32,7 @@ wine build/win32/check.exe demo "--work=$(windows_path "$work")" "${options[@]}"
     sed -u 's/\r$//' | tee "$build/logs/demo-screen.txt" || status=$?
 [ $status = 0 ] || fail "not everything was seen" "read the lines above, then transcript.txt, player.txt and log.txt in ${demo#"$top"/}"
 
-# What ffprobe calls the tags of a file.
+# Prints a file's tags under ffprobe's names.
 declare -A names=([Title]=title [Author]=artist [WM/AlbumArtist]=album_artist [WM/AlbumTitle]=album
     [WM/Year]=WM/Year [WM/Genre]=genre [WM/PartOfSet]=disc)
 tags=0 pictures=0 tracks=0
@@ -52,7 +52,7 @@ while IFS=$'\t' read -r file what wanted; do
     is=${is%/} # an empty count of discs
     [ "${is:--}" = "$wanted" ] || problems+=("ffprobe: the tag $what in $file is '$is', not '$wanted'")
 done <"$demo/expected.tsv"
-# The coded audio alone: the same however the tags change.
+# A checksum of the encoded audio only, which does not depend on the tags.
 audio_hash() { ffmpeg -v quiet -i "$1" -map 0:a -c copy -f hash - </dev/null; }
 for original in "$demo/originals"/*.wma; do
     tracks=$((tracks + 1))

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The kit for application developers as they use it, under Wine's cmd: the example built with the line
-# in its head, the vectors, the example and the console against the stand-in player.
+# Tests the kit for application developers under Wine's cmd, as they use it: builds the example with the
+# command in its first lines, checks the vectors, and runs the example and the console with the stand-in player.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . scripts/common.sh
@@ -14,7 +14,7 @@ scripts/devkit.sh --version=0.0.0 --stage="$kit" >"$work/devkit.log" 2>&1 || {
 }
 cd "$kit"
 failed=0
-# wants WHAT FILE PATTERN...: a fixed text each, some line has it.
+# wants WHAT FILE PATTERN...: the file contains each of these fixed texts.
 wants() {
     local pattern
     for pattern in "${@:3}"; do
@@ -37,7 +37,7 @@ code() {
     echo "$status"
 }
 
-# Nothing of the page's is fetched from elsewhere.
+# The page loads nothing from the network.
 wants page protocol.html '<svg ' '<td>4</td>' 'href="#s1"'
 if grep -nE '(src|href)="[^#]' protocol.html; then failed=1; fi
 

@@ -24,7 +24,7 @@ if [ -n "$output" ]; then
     trap 'rm -rf "$kit"' EXIT
 fi
 
-# The page with its picture inside, and a list of its sections; it needs nothing else.
+# The page as one file, with its picture and a table of contents.
 page_as_html() {
     cat <<TEXT
 <!DOCTYPE html>

@@ -17,7 +17,7 @@ elif [[ ${1:-} =~ ^[0-9] ]]; then
     shift
 fi
 [[ $amount =~ ^[1-9][0-9]*$ ]] || fail "'$amount' is no number of seconds or runs" "./dev fuzz 60, or ./dev fuzz --runs 1000000"
-# The fuzzer looks at the clock between runs only.
+# libFuzzer checks the time between runs only.
 time_limit=86400
 [ $unit = runs ] || time_limit=$((amount + 60))
 mapfile -t all < <(ls fuzz/corpus)

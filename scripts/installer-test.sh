@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The installer under Wine: installs, installs over, refuses, fails, moves and uninstalls, and compares
-# the whole registry and every file of the prefix before and after. Uses build/win32, packs it with
-# the version numbers that it needs, and has the prefix to itself.
+# Tests the installer under Wine: first installation, upgrade, refusal, failure, moved folder and
+# uninstallation. Compares the whole registry and all files of the prefix before and after. Packs
+# build/win32 with several version numbers. Nothing else may use the prefix meanwhile.
 #   installer-test.sh [--no-demo]
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
@@ -45,7 +45,7 @@ setup() {
     echo $code
 }
 is_no_entry() { [ -z "$(registry "$entry_key" DisplayName)" ]; }
-# The uninstaller goes on in a copy of itself; the entry is the last thing it removes.
+# The uninstaller continues in a copy of itself and removes its registry entry last.
 uninstall() {
     in_wine "$1/OrVaneWmpPlugin-uninstall.exe" /S || true
     within 30 is_no_entry || true
@@ -126,7 +126,7 @@ uninstall "$home"
 snapshot removed
 expect_same "after uninstalling" clean removed
 
-say "OrVane goes away"
+say "after OrVane was removed"
 expect_equal "installing once more" 0 "$(setup 0.1.6)"
 in_wine reg delete "$settings_key" /v Path /f /reg:32
 expect_equal "installing without OrVane" 0 "$(setup 0.1.6)"

@@ -19,12 +19,12 @@ if clang-format --version | grep -q 'version 14\.'; then
     say "format of ${#sources[@]} files"
     clang-format --dry-run -Werror "${sources[@]}" || fail "some files are not formatted" "clang-format -i FILE"
 else
-    say "format: not checked, as that takes the clang-format 14 of Debian 12 (scripts/in-debian.sh 12 lint --quick)"
+    say "format: not checked, because that needs clang-format 14 of Debian 12 (scripts/in-debian.sh 12 lint --quick)"
 fi
 say "includes"
 scripts/check-includes.sh
 say "shell scripts"
-git ls-files -z '*.sh' .ci/run dev | xargs -0 shellcheck || fail "shellcheck has complaints" "mend them"
+git ls-files -z '*.sh' .ci/run dev | xargs -0 shellcheck || fail "shellcheck found errors" "correct them"
 if [ $quick = 1 ]; then
     say "clean (./dev lint runs the static checks as well)"
     exit 0

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Prints the terms of everything that is linked into the module, out of the sources' own files and
-# the packages' copyright files, so that the text is the one of what was linked. With --tests: into the
-# test programs, too.
+# Prints the licences of everything that is linked into the module, from the source archives and the
+# packages' copyright files, so that they match the linked versions. --tests adds the test programs'.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 sources=${ORVANE_DEPS:-$deps}
@@ -11,7 +10,7 @@ section() {
     printf '\n%s\n%s\n\n' "$1" "${1//?/=}"
     awk -v first="${3:-.}" -v last="${4:-}" \
         '!on && $0 ~ first { on = 1 } on && last && $0 ~ last { exit } on { print } END { exit !on }' "$2" ||
-        fail "$2 no longer has what NOTICES takes from it" "look at the file, and mend scripts/notices.sh"
+        fail "$2 no longer contains the text for NOTICES" "look at the file, and correct scripts/notices.sh"
 }
 
 cat <<'TEXT'

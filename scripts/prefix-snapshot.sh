@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2154
-# Sourced by tests that hold a whole Wine prefix against what it was. Needs `work`, a folder.
+# Sourced by tests that compare a whole Wine prefix before and after. Needs `work`, a folder.
 failed=0
 passed=0
 good() { passed=$((passed + 1)); }

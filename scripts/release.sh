@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes dist/ from the last commit, whatever lies uncommitted around it.
+# Makes dist/ from the last commit; uncommitted changes are not used.
 #   release.sh          dist/
 #   release.sh --check  builds twice, in two folders, and compares every byte
 # With ORVANE_SIGN_PFX and ORVANE_SIGN_PASSWORD_FILE (scripts/sign.sh) everything is signed.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Everything the build and the tests need, on a fresh Debian 12 or 13: packages as root or through sudo,
-# the rest as whoever calls.
+# Installs everything that the build and the tests need on Debian 12 or 13: packages as root or with sudo,
+# the rest as the calling user.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

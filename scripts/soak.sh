@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# soak.sh [MINUTES [SEED]]: stresses the real plug-in in a player's process: a table at the end, exit
-# code 1 when a limit was broken.
+# soak.sh [MINUTES [SEED]]: the stress test of the real plug-in in a player's process. Prints a table;
+# the exit code is 1 when a limit was exceeded.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 . scripts/build.sh

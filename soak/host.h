@@ -1,7 +1,7 @@
 #pragma once
 
-// The player with its guest, on the player's own thread: the stand-in player's core and window, the
-// real module as a stranger loads it, and a watch on every call into it.
+// The stand-in player with the real module loaded, on the player's own thread. Measures the
+// duration of every call into the module.
 
 #include <windows.h>
 
@@ -18,7 +18,7 @@
 
 namespace orvane::soak {
 
-// The longest of what was timed.
+// The longest measured duration, and what took so long.
 struct Longest {
     double ms = 0;
     std::string what;
@@ -37,23 +37,23 @@ public:
     Host& operator=(const Host&) = delete;
 
     void load();
-    // False when the module is still there three seconds later.
+    // False when the module is still loaded three seconds later.
     bool free();
 
-    // An object that has the core; false when the module refuses to make one.
+    // Creates the plug-in object and passes it the core; false when the creation fails.
     bool create();
     void letGo();
 
-    // Does `work` on another thread while the player is used: its events, its window, its messages.
-    // What `work` throws comes out here.
+    // Runs `work` on another thread and meanwhile uses the player: events, window, messages.
+    // Rethrows the exception of `work`.
     void useDuring(const std::function<void()>& work);
-    // One moment of that use, a few milliseconds.
+    // Uses the player for a few milliseconds.
     void use();
     void pump(DWORD milliseconds);
 
-    // "Send To" of these items.
+    // Sends these items with "Send To".
     void send(const std::vector<CComPtr<IUnknown>>& items);
-    // New items of the player with such paths.
+    // Creates items of the player with these paths.
     std::vector<CComPtr<IUnknown>> makeItems(const std::vector<std::wstring>& paths);
 
     [[nodiscard]] HWND window() const { return m_player.window(); }

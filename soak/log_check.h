@@ -9,21 +9,21 @@
 
 namespace orvane::soak {
 
-// Reads on in the shared log and judges each line. A process that is killed may leave the line that
-// it was writing cut short; all others are whole, and a logger's are all there, in order.
+// Checks the lines of the shared log. A killed process may leave the line that it was writing
+// incomplete. All other lines must be whole, and each logger's lines must be complete and in order.
 class LogCheck {
 public:
     struct Tally {
         unsigned lines = 0;
-        unsigned cut = 0;   // the beginning of a line and no more
-        unsigned torn = 0;  // anything else that is no line
-        unsigned lost = 0;  // of a logger's numbers
+        unsigned cut = 0;   // only the beginning of a line
+        unsigned torn = 0;  // anything else that is not a line
+        unsigned lost = 0;  // missing numbers of a logger's lines
         std::string firstTorn;
     };
 
     // Starts with an empty log.
     LogCheck();
-    // What has come since; while nobody writes.
+    // Checks the lines since the last call. No process may write meanwhile.
     Tally readOn();
 
 private:

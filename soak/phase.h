@@ -1,6 +1,6 @@
 #pragma once
 
-// What one kind of misfortune is made of, and the application that all of them need.
+// A phase is one kind of stress, such as killing the application, in many rounds.
 
 #include <memory>
 #include <optional>
@@ -14,7 +14,7 @@
 
 namespace orvane::soak {
 
-// In plain words: what should not have happened.
+// A failure; the text is a sentence for the report.
 class Broken : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -26,10 +26,10 @@ struct Stage {
     std::wstring countsName;
 };
 
-// This program in another mode, as its own process.
+// A process of this program in another mode.
 class OtherMode : public test::Child {
 public:
-    // `arguments` are the mode and what it needs.
+    // `arguments` are the mode and its arguments.
     explicit OtherMode(const std::wstring& arguments);
 };
 
@@ -40,7 +40,7 @@ public:
 
     void start(bool deaf = false);
     void kill() { m_process.reset(); }
-    // For a plug-in to take; the player is used meanwhile. Throws when they do not come.
+    // Uses the player until the process has created the pipes. Throws after a time-out.
     void waitForPipes();
 
 private:
@@ -48,7 +48,7 @@ private:
     std::optional<OtherMode> m_process;
 };
 
-// The player is used meanwhile. Throws when the pipes are not made within 15 s.
+// Uses the player until the pipes exist. Throws after 15 s.
 void waitForPipes(Host& host);
 using test::eventually;
 
@@ -62,9 +62,9 @@ public:
 
     virtual void begin() = 0;
     virtual void round() = 0;
-    // Leaves nothing of begin(): no object, no process, the module loaded.
+    // Undoes begin(): no object and no process is left, and the module is loaded.
     virtual void end() = 0;
-    // For the table; empty: nothing to add.
+    // A remark for the table, or empty.
     [[nodiscard]] virtual std::string note() const { return {}; }
 
     const char* const name;
@@ -72,7 +72,7 @@ public:
     const unsigned least;  // rounds
     // One write may take 2 s; the rest is for a machine that is busy with a dozen processes.
     double blockLimitMs = 3000;
-    double handlesPerRound = 0;  // that are not the plug-in's
+    double handlesPerRound = 0;  // an allowed growth that the plug-in does not cause
     unsigned kills = 0;
 
 protected:

@@ -9,7 +9,7 @@
 
 namespace orvane::soak {
 
-// One phase's figures.
+// The measurements of one phase.
 struct Row {
     std::string name, note;
     unsigned rounds = 0;
@@ -25,7 +25,7 @@ struct Row {
     test::ProcessState after{};
 };
 
-// What of it should not have been, in plain words; one line each.
+// The limits that the phase exceeded, as sentences of one line each.
 std::vector<std::string> faultsOf(const Row& row);
 void printTable(const std::vector<Row>& rows);
 

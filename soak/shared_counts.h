@@ -1,7 +1,7 @@
 #pragma once
 
-// The processes around the player are this program in another mode. The figures that they keep for
-// the player's process, in shared memory.
+// Counters in shared memory. The application, the squatter and the loggers are processes of this
+// program in another mode; the first two count there what they read.
 
 #include <windows.h>
 
@@ -13,8 +13,8 @@
 
 namespace orvane::soak {
 
-// What the application (or the squatter in its place) has seen. Kept by whoever is it at present;
-// the figures go on from one to the next.
+// What the application, or the squatter instead of it, has read. The counters continue when a new
+// process takes over.
 struct Counts {
     std::atomic<std::uint32_t> hellos;      // the squatter: clients taken
     std::atomic<std::uint32_t> events;      // read and understood
@@ -29,7 +29,7 @@ static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 // One step of that hash (FNV-1a over the path's UTF-16 units).
 std::uint32_t hashPath(std::uint32_t hash, const wchar_t* path);
 
-// The shared memory behind `Counts`; `name` of a soak that runs already, or of a new one.
+// Opens or creates the shared memory of that name.
 class SharedCounts {
 public:
     explicit SharedCounts(const std::wstring& name);
@@ -43,7 +43,7 @@ private:
     Counts* m_counts;
 };
 
-// The modes of this program; none of them returns but by an error.
+// The modes of this program. They return only after an error.
 int runApplication(const std::wstring& counts, bool deaf);
 int runSquatter(const std::wstring& counts);
 int runLogger(unsigned number);

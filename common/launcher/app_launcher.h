@@ -6,8 +6,8 @@
 
 namespace orvane {
 
-// Starts a program and judges whether the start went well. Failures are false or an empty path,
-// each with its reason in the log. One thread at a time.
+// Finds and starts a program, and checks that it started. A failure is false or an empty path; the
+// log has the reason. One thread at a time.
 class AppLauncher {
 public:
     AppLauncher() = default;
@@ -21,13 +21,13 @@ public:
     // The executable's full path, empty when there is none.
     [[nodiscard]] virtual juce::String getPath() = 0;
 
-    // True as soon as the program can be reached, when it is still running after 3000 ms, or when
-    // it has ended with exit code 0 by then, as a second instance does that hands over to the
-    // first. Calls into the waiting thread are served meanwhile.
+    // Starts the program and waits up to 3000 ms, serving calls into the waiting thread. True as
+    // soon as the program can be reached, when it still runs after that time, or when it ended with
+    // exit code 0 (a second instance that handed over to the first one).
     [[nodiscard]] virtual bool launch(const juce::String& parameters);
 
 protected:
-    // Whether the program that was started is ready; asked every 25 ms.
+    // Whether the started program is ready; called every 25 ms.
     [[nodiscard]] virtual bool canBeReached() { return false; }
 
 private:

@@ -13,10 +13,10 @@ class IOrvanePluginMethods;
 // A launcher that tells the application which player started it.
 class HostLauncher : public AppLauncher {
 public:
-    // 3 is "wmp", 4 "winamp", 5 "itunes"; any other id cannot launch.
+    // 3 is "wmp", 4 "winamp", 5 "itunes"; launch() fails for any other id.
     explicit HostLauncher(int playerId);
 
-    // A new connector that answers commands through `methods`, or null. Nothing is connected yet.
+    // A new connector, not yet connected, or null. It carries out commands through `methods`.
     // `whenLost`: see OrvaneAppConnector.
     [[nodiscard]] virtual std::unique_ptr<AppConnector> createConnector(
         std::weak_ptr<IOrvanePluginMethods> methods, ConnectionLost whenLost) = 0;

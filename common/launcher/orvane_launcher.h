@@ -4,17 +4,17 @@
 
 namespace orvane {
 
-// Knows where the desktop application is installed, whether it runs and how to link to it.
+// The launcher of the desktop application OrVaneApp.exe.
 class OrvaneLauncher final : public HostLauncher {
 public:
     using HostLauncher::HostLauncher;
 
-    // Whether the mutex "OrVaneApp_Process" exists in this session, be it one that may not be
-    // opened. CreateMutexW.
+    // Whether the mutex "OrVaneApp_Process" exists in this session, also when access to it is
+    // denied. CreateMutexW.
     [[nodiscard]] bool isAppRunning() override;
 
-    // "OrVaneApp.exe" in the folder that HKLM\Software\OrVaneMedia\Settings names as "Path", when
-    // there is such a file.
+    // The path of OrVaneApp.exe in the folder that the registry value "Path" in
+    // HKLM\Software\OrVaneMedia\Settings names; empty when there is no such file.
     [[nodiscard]] juce::String getPath() override;
 
     [[nodiscard]] std::unique_ptr<AppConnector> createConnector(

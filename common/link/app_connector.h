@@ -16,13 +16,13 @@ namespace orvane {
 
 class OrvaneEvent;
 
-// Turns player happenings into event messages; the subclass owns the link they travel on.
-// Event operations may come from any thread, but for hello, goodbye and window positions: these,
-// connect, disconnect, isConnected and destruction belong to the thread that made the object, whose
-// message loop runs its timer. No operation throws or waits for the application.
+// Converts the player's events into messages; the subclass owns the link that sends them. Any
+// thread may call the event operations, except playerHello, playerGoodbye and playerMoved: these,
+// connect, disconnect, isConnected and the destructor belong to the thread that created the object,
+// whose message loop runs the timer. No operation throws or waits for the application.
 class AppConnector : public IOrvaneApplicationEvents {
 public:
-    // `methods` is not owned; the link shares it while a command runs.
+    // `methods` is not owned; a running command shares its ownership.
     explicit AppConnector(std::weak_ptr<IOrvanePluginMethods> methods)
         : pluginMethods(std::move(methods)) {}
     virtual ~AppConnector() = default;
@@ -48,15 +48,15 @@ public:
     void cleanTracks(const juce::String& player, const juce::StringArray& trackPaths) override;
     void mouseLButtonDown(const juce::String& player) override;
 
-    // Opens whatever is not open; true when the whole link is up afterwards. Waits for nothing.
+    // Opens each pipe that is not open. True when both are open afterwards. Does not wait.
     virtual bool connect() = 0;
     virtual void disconnect() = 0;
     virtual bool isConnected() = 0;
-    // True when the link is up and the event waits to be written, in the order of the calls. False
-    // when it is lost: the link is down, or, with a line in the log, it is too long for a frame.
+    // Queues the event; events are written in the order of the calls. False when the event is
+    // dropped: the link is down, or the event is too long for a frame, which is logged.
     virtual bool postEvent(const OrvaneEvent& event) = 0;
-    // The same for a sender that can do with less: the log is left alone, and `oversize` says how
-    // many bytes were too many for a frame.
+    // The same for a sender that can split an event: logs nothing. `oversize` is the size in bytes
+    // of a payload that is too long for a frame.
     virtual Pipe::Sending tryPostEvent(const OrvaneEvent& event) = 0;
 
     static constexpr int kMovePeriodMs = 75;
@@ -80,8 +80,7 @@ private:
                     int count);
     void startTimerForMoves();
 
-    // Only the newest one is ever sent, so a window that is dragged about while nothing is sent
-    // keeps no more than these.
+    // Only the newest position is sent. This limits the memory while nothing is sent.
     static constexpr std::size_t kMaxPendingMoves = 64;
 
     std::deque<Rect> pendingMoves;

@@ -10,12 +10,12 @@ namespace orvane {
 
 class IOrvanePluginMethods;
 
-// The command pipe's end in the plug-in: runs each command on the connection's thread and answers
-// it before the next one is read.
+// The plug-in's end of the command pipe. Runs each command on the connection's thread and sends its
+// response before it reads the next one.
 class CommandListener final : public PipeListener {
 public:
-    // `methods` is shared while a command runs, and not owned otherwise: a command that finds it
-    // gone is dropped.
+    // `methods` is not owned; a running command shares its ownership. A command that arrives after
+    // its end is dropped.
     explicit CommandListener(std::weak_ptr<IOrvanePluginMethods> methods,
                              ConnectionLost whenLost = nullptr,
                              const juce::String& name = names::kCommandPipe.narrow())

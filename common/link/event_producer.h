@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-// The event pipe's end in the plug-in. Nothing of use arrives on it; what does is read and dropped,
-// so that whoever sends it is not held up.
+// The plug-in's end of the event pipe. Reads and drops incoming data, so that a program that writes
+// to this pipe does not block.
 class EventProducer final : public PipeListener {
 public:
     explicit EventProducer(ConnectionLost whenLost = nullptr,

@@ -11,26 +11,26 @@
 
 namespace orvane {
 
-// The frames that wait for a connection's thread to write them, in the order of the calls. Any
-// thread puts frames in, one thread takes them out. Frames are moved, never copied.
+// The queue of the frames that a connection's thread has to write, first in, first out. Any thread
+// may put frames in; one thread takes them out. Frames are moved, never copied.
 class FrameQueue {
 public:
     using Frame = std::vector<std::uint8_t>;
     static constexpr std::size_t kLimit = 64U * 1024 * 1024;  // bytes of all that wait
 
     enum class Put { queued, full, closed };
-    // `full`: the frame would go over the limit, and is dropped. std::bad_alloc.
+    // `full`: the frame would exceed kLimit and is dropped. May throw std::bad_alloc.
     Put put(Frame&& frame);
 
-    // The next one; false when there is none, and then the next put() signals the event.
+    // Takes the next frame. False when the queue is empty; then the next put() signals the event.
     bool take(Frame& frame);
 
-    // Drops what waits; everything is refused from now on.
+    // Drops all frames; put() returns `closed` from now on.
     void close();
 
-    // Wakes the thread that takes, whatever waits.
+    // Wakes the thread that takes frames, also when the queue is empty.
     void wake() const { SetEvent(m_event.get()); }
-    // Reset by the wait that it ends.
+    // An auto-reset event.
     [[nodiscard]] HANDLE event() const { return m_event.get(); }
     [[nodiscard]] explicit operator bool() const { return static_cast<bool>(m_event); }
 

@@ -9,10 +9,10 @@
 
 namespace orvane {
 
-// The connector over the two named pipes. It keeps the present connection of each and makes the
-// next. Destruction and disconnect() let what is queued be written and the running command be
-// answered (Pipe::close), while calls into the waiting thread are served; a command that has not
-// ended by then is left behind.
+// The connector over the two named pipes. It holds the present connection of each pipe and makes a
+// new one after a loss. The destructor and disconnect() wait with time-outs for queued events and
+// for the running command's response (Pipe::close), and serve calls into the waiting thread
+// meanwhile. A command that does not end in time keeps its thread and connection.
 class OrvaneAppConnector final : public AppConnector {
 public:
     // `whenLost` is called for each connection that is lost or closed.
@@ -21,7 +21,7 @@ public:
         : AppConnector(std::move(methods)), m_whenLost(std::move(whenLost)) {}
     ~OrvaneAppConnector() override;
 
-    // Whether the application offers both pipes now. Waits 2 ms at most. Any thread.
+    // Whether both pipes exist and wait for a client. Waits 2 ms at most. Any thread.
     [[nodiscard]] static bool canConnect();
 
     bool connect() override;
@@ -40,7 +40,7 @@ private:
     bool isUp(const std::shared_ptr<PipeType>& held) const;
 
     const ConnectionLost m_whenLost;
-    // Events come from other threads too: each call works on its own share.
+    // Events come from other threads too: each call holds its own shared_ptr.
     juce::CriticalSection m_pipesLock;
     std::shared_ptr<EventProducer> m_ep;
     std::shared_ptr<CommandListener> m_cl;

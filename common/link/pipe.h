@@ -20,15 +20,14 @@ namespace frame {
 class Reader;
 }
 
-// A message connection over a named pipe. It lives once: initConnection() opens it, a thread of its
-// own reads and writes it, and it is closed; the next connection is another object. The thread is a
+// A message connection over a named pipe, for one use: initConnection() opens it, its own thread
+// reads and writes it, and after it is closed the next connection is a new object. The thread is a
 // single-threaded COM apartment that dispatches its messages while it waits.
 //
-// The thread shares ownership of the object until it ends. So objects are made by makePipe(), and
-// the owner may drop one at any time: whoever drops the last share closes the connection.
+// The thread shares ownership of the object until it ends. So create objects with makePipe(); the
+// owner may release one at any time, and the last release closes the connection.
 //
-// Opened and closed by its owner, one call at a time; send() and isConnected() may come from any
-// thread.
+// The owner opens and closes it, one call at a time. Any thread may call send() and isConnected().
 class Pipe : public std::enable_shared_from_this<Pipe> {
 public:
     explicit Pipe(const juce::String& pipeName);
@@ -36,12 +35,12 @@ public:
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    // The defaults log. `connectionLost` comes once for each connection made: on the thread after a
-    // failed read or write, on the closing thread otherwise.
+    // The defaults log. connectionLost() is called once for each connection made: on the
+    // connection's thread after a failed read or write, otherwise on the thread that closes it.
     virtual void connectionMade();
     virtual void connectionLost();
-    // On the connection's thread. No further message is read until it returns; what it throws is
-    // dropped.
+    // Called on the connection's thread, which reads no further message until it returns. An
+    // exception is dropped.
     virtual void messageReceived(std::span<const std::uint8_t> payload) = 0;
     virtual bool initConnection() = 0;
     virtual void terminate() = 0;
@@ -50,32 +49,31 @@ public:
         bool sent;
         std::size_t oversize;  // bytes of a payload that is too long for a frame; otherwise 0
     };
-    // Puts the message as one frame into the queue that the thread writes; `sent` when the
-    // connection is up and took it. On the connection's own thread the frame is written before the
-    // call returns, and `sent` tells of that. A frame that is not taken within kWriteTimeoutMs
-    // breaks the connection, and so does one that would go over FrameQueue::kLimit, with a line in
-    // the log; the queue is empty then.
+    // Queues the message as one frame for the connection's thread; `sent` tells whether it was
+    // queued. On the connection's own thread the call writes the frame, and `sent` tells whether it
+    // was written. A write that takes longer than kWriteTimeoutMs, or a frame that would exceed
+    // FrameQueue::kLimit, breaks the connection with a line in the log and empties the queue.
     Sending trySend(const OrvaneMessage& message);
     bool send(const OrvaneMessage& message) { return trySend(message).sent; }
 
-    // send() for bytes that are a frame already, or none.
+    // send() for bytes that are already a frame. They are not checked.
     bool put(FrameQueue::Frame&& frame);
 
     [[nodiscard]] bool isConnected() const;
 
-    // Whether this object can be opened no more.
+    // Whether this object was opened or closed before and cannot be opened again.
     [[nodiscard]] bool isUsedUp() const { return m_thread || m_closing; }
 
-    // Closes the connection. What waits in the queue, and the answer to a message that is being
-    // handled, has kAnswerMs; the thread has kClosePatienceMs in all to end. Calls into the waiting
-    // thread are served meanwhile; posted messages stay in its queue. A thread that has not ended
-    // is left behind with its share in this object. On the connection's own thread, and when it was
-    // closed or abandoned before, nothing waits.
+    // Closes the connection. Waits up to kAnswerMs for the queued frames and the response to the
+    // running message, and up to kClosePatienceMs in all for the thread to end. Serves calls into
+    // the waiting thread meanwhile; posted messages stay in its queue. A thread that does not end
+    // in time keeps running and shares this object. Does not wait on the connection's own thread,
+    // or when the connection was closed or abandoned before.
     void close();
 
-    // Closes without waiting for anything. False while a message is handled that was not finished
-    // when the connection went, for up to kClosePatienceMs from then on; later its thread is left
-    // behind.
+    // Closes without waiting. False while the thread still handles a message, for up to
+    // kClosePatienceMs after the connection was lost; then true, and the thread keeps running by
+    // itself.
     [[nodiscard]] bool abandon();
 
     static constexpr DWORD kWriteTimeoutMs = 2000;
@@ -92,7 +90,7 @@ protected:
     virtual bool prepareReading(PipeStream& stream);
 
     const juce::String pipeName;
-    // The name for the log. Made once: a String that several threads ask for UTF-8 is no one's.
+    // The name for the log. Converted once: juce::String::toUTF8() is not thread-safe.
     const std::string m_logName;
 
 private:

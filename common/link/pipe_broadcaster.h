@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-// The creating end, for the application's side: makes the pipe and serves one client. It counts as
-// connected from then on; send() answers false until the client is there. For the next client,
-// after connectionLost, make another object.
+// The application's end of a pipe: creates the pipe and serves one client. isConnected() is true
+// from the creation on; send() returns false until a client has connected. For the next client,
+// after connectionLost(), create a new object.
 class PipeBroadcaster : public Pipe {
 public:
     using Pipe::Pipe;

@@ -8,12 +8,12 @@
 
 namespace orvane {
 
-// Called once when a connection is lost or closed: on any thread, also after the connector is gone.
-// Must not throw.
+// Called once when a connection is lost or closed: on any thread, possibly after the connector's
+// end. Must not throw.
 using ConnectionLost = std::function<void()>;
 
-// The connecting end: opens a pipe that the application has made. It never waits for a pipe that is
-// absent or taken, and refuses one whose maker is not trusted.
+// The plug-in's end of a pipe: opens a pipe that the application has created. It does not wait for
+// a pipe that is missing or in use, and refuses a pipe whose creator is not trusted.
 class PipeListener : public Pipe {
 public:
     explicit PipeListener(const juce::String& name, ConnectionLost whenLost = nullptr)
@@ -24,8 +24,8 @@ public:
     virtual bool initConnection(int timeoutMs);
     void terminate() override;
 
-    // Why initConnection() failed, as the end of a sentence about the pipe. Empty when the pipe is
-    // not there, as while the application does not run.
+    // Why initConnection() failed, as the end of a sentence about the pipe. Empty when the pipe
+    // does not exist, which is normal while the application does not run.
     [[nodiscard]] const std::string& failure() const { return m_failure; }
     void logFailure() const;
 

@@ -11,42 +11,42 @@
 
 namespace orvane {
 
-// One end of a named pipe. One thread reads and writes it; any thread may shut it down. Held by
-// shared_ptr for as long as it is used, so the last user closes the handle.
+// One end of a named pipe. One thread reads and writes it; any thread may call shutDown(). All
+// users hold it by shared_ptr, and the last one closes the handle.
 class PipeStream {
     struct Key {};  // only this class makes one
 
 public:
-    // Opens a pipe that exists and is free; never waits for one. The server can identify this
-    // process but cannot act as it. Null on failure, with the reason in GetLastError(), and when
-    // the server is not trusted: `refusal` then says why (pipe_trust.h). CreateFileW.
+    // Opens an existing pipe that is free; does not wait for one. The server can identify this
+    // process but not impersonate it. Null on failure, with the reason in GetLastError(), and when
+    // the pipe's creator is not trusted: `refusal` then has the reason (pipe_trust.h). CreateFileW.
     static std::shared_ptr<PipeStream> openExisting(const juce::String& pipeName,
                                                     const char** refusal);
-    // Makes the pipe: one instance, byte stream, local clients only, and only when no other process
-    // has made it before. Null on failure. CreateNamedPipeW.
+    // Creates the pipe: one instance, byte type, local clients only. Null on failure, also when
+    // another process has created it before. CreateNamedPipeW.
     static std::shared_ptr<PipeStream> create(const juce::String& pipeName);
 
-    // Whether such a pipe waits for a client now. Waits 1 ms at most. WaitNamedPipeW.
+    // Whether a pipe of this name waits for a client. Waits 1 ms at most. WaitNamedPipeW.
     [[nodiscard]] static bool isOffered(const juce::String& pipeName);
 
-    // Made end only: waits until a client has opened the pipe or the stream is shut down.
+    // Creating end only: waits until a client has opened the pipe or the stream is shut down.
     [[nodiscard]] bool waitForClient();
 
-    // Ends what is in progress on any thread, at once; everything fails from then on.
+    // Cancels operations in progress on any thread; all operations fail from then on.
     void shutDown();
 
     [[nodiscard]] bool isUsable() const { return m_usable; }
     [[nodiscard]] bool isConnected() const { return m_connected; }
 
-    // Asks the system whether the other end is still open (PeekNamedPipe), for the time when no
-    // read is there to notice. Unread data of an end that has closed counts as open.
+    // Whether the other end is still open, for use while no read is pending. A closed end with
+    // unread data counts as open. PeekNamedPipe.
     [[nodiscard]] bool hasOtherEnd() const;
 
     // Signalled by shutDown().
     [[nodiscard]] HANDLE stopped() const { return m_stop.get(); }
 
-    // One overlapped read or write at a time, cancelled and waited for by the destructor: the
-    // system writes into its memory until then. Used and destroyed on one thread.
+    // One overlapped read or write at a time. The destructor cancels it and waits for its end,
+    // because the system uses its memory until then. Used and destroyed on one thread.
     class Operation {
     public:
         explicit Operation(PipeStream& stream, bool reads);
@@ -54,18 +54,18 @@ public:
         Operation& operator=(const Operation&) = delete;
         ~Operation() { finish(); }
 
-        // False when the system refuses. The memory stays where it is until finish(). ReadFile,
-        // WriteFile.
+        // False on failure. The memory must stay valid until finish(). ReadFile, WriteFile.
         bool read(std::span<std::uint8_t> buffer);
         bool write(std::span<const std::uint8_t> bytes);
 
         [[nodiscard]] bool isStarted() const { return m_started; }
-        // Whether it is complete, as most are when the call returns: a wait costs another call.
+        // Whether the operation is complete. Most are when the call returns, which saves a wait.
         [[nodiscard]] bool isDone() const { return HasOverlappedIoCompleted(&m_overlapped); }
         [[nodiscard]] HANDLE event() const { return m_overlapped.hEvent; }
 
-        // Cancels what is not done and waits until the system has let go of the memory. True when
-        // the operation succeeded, be it at the last moment; count() bytes were moved then.
+        // Cancels the operation if it is not complete, and waits until the system has released the
+        // memory. True when the operation succeeded, also when it did so before the cancellation;
+        // count() is then the number of bytes.
         bool finish();
         [[nodiscard]] DWORD count() const { return m_count; }
 

@@ -4,21 +4,21 @@
 
 namespace orvane {
 
-// Whether the maker of a pipe that we have opened is trusted. Any program of any user can make one
-// of our names while the application is not there, and would be told what plays and could give
-// commands. Both checks read what the pipe itself says; its server cannot raise either.
+// Checks whether the creator of an opened pipe is trusted. While the application does not run, any
+// program of any user can create a pipe of its name; it would receive the events and could send
+// commands. The checks read the pipe's owner and integrity label, which its server cannot raise.
 
-// True for this user, the administrators (the owner of what an elevated program makes) and the
-// system.
+// True for this user, the system and the administrators, who own the objects of an elevated
+// program.
 [[nodiscard]] bool isTrustedOwner(PSID owner, PSID thisUser);
 
-// The integrity level that a pipe has by its mandatory label. Without a label it is medium, or high
-// when its owner is one that only an elevated process can give it.
+// The pipe's integrity level by its mandatory label. Without a label it is medium, or high when
+// only an elevated process can set its owner.
 [[nodiscard]] DWORD levelOfPipe(const ACL* label, PSID owner);
 
-// Null for a pipe to link to, otherwise why not, for the log. Refuses a pipe that another user
-// owns, and one whose integrity level is below that of a pipe that this process makes, or cannot be
-// read where that one can. An owner that the system does not tell counts as trusted.
+// Null for a trusted pipe, otherwise the reason for the log. Refuses a pipe that another user owns,
+// and a pipe whose integrity level is below the level of a pipe that this process creates, or
+// cannot be read although that one can. An owner that the system does not return counts as trusted.
 // GetSecurityInfo (OWNER_SECURITY_INFORMATION, LABEL_SECURITY_INFORMATION).
 [[nodiscard]] const char* whyNotTrusted(HANDLE pipe);
 

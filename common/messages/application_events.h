@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-// What the player's side reports to the application. `player` names the player ("wmp" in this
-// plug-in). Rectangles are screen pixels: left, top, width, height. Calls return quickly when the
-// application is away (the event is lost) and wait at most 2000 ms for one that does not read.
+// The events that the plug-in sends to the application. `player` is the player's name ("wmp" in
+// this plug-in). Positions and sizes are in screen pixels. No call waits for the application: an
+// event is queued, or dropped while the link is down.
 class IOrvaneApplicationEvents {
 public:
     virtual void playerHello(const juce::String& player) = 0;

@@ -9,8 +9,8 @@
 
 namespace orvane::frame {
 
-// Each message on a pipe is one frame: magic and payload length, both 32 bits little-endian, then
-// the payload. Frames follow one another with nothing between them.
+// Encodes and decodes frames. Each message on a pipe is one frame: magic and payload length, both
+// 32 bits little-endian, then the payload. There is nothing between two frames.
 inline constexpr std::uint32_t kMagic = 0xF2B49E2C;
 inline constexpr std::size_t kHeaderSize = 8;
 inline constexpr std::size_t kPayloadLimit = 10'485'760;  // a payload is shorter than this
@@ -22,32 +22,32 @@ using Header = std::array<std::uint8_t, kHeaderSize>;
 }
 
 [[nodiscard]] Header encodeHeader(std::uint32_t payloadLength);
-// The payload's length; none when the magic is another or the length out of range.
+// The payload's length in bytes; none when the magic is wrong or the length is out of range.
 [[nodiscard]] std::optional<std::uint32_t> decodeHeader(const Header& header);
 
-// A block that begins with room for a header, to append a payload to, and that header once the
-// payload is there: false when its length is out of range. One block is one write.
+// The first returns a block with space for the header; append the payload to it. The second then
+// writes the header: false when the payload's length is out of range. One block is one write.
 [[nodiscard]] std::vector<std::uint8_t> begin();
 [[nodiscard]] bool finish(std::vector<std::uint8_t>& block);
 
 // Both at once; empty when the payload's length is out of range.
 [[nodiscard]] std::vector<std::uint8_t> encode(std::span<const std::uint8_t> payload);
 
-// Takes a stream apart into payloads, however it is cut into reads. Fill room(), say with
-// advance() how much was filled, and take the payload whenever that answers true. Never asks for a
-// byte beyond the frame under way, and its memory grows with what has arrived, not with what a
-// header claims. Eight bytes that are no header are dropped; the next eight are looked at as one.
+// Splits a byte stream into payloads, whatever the sizes of the reads. Fill room(), call advance()
+// with the number of bytes, and take the payload when it returns true. Never requests bytes beyond
+// the present frame. Memory grows with the bytes that have arrived, not with the length that a
+// header claims. Drops eight bytes that are not a header and reads the next eight as one.
 class Reader {
 public:
     static constexpr std::size_t kMaxStep = 65'536;
 
-    // Where the next bytes go: at least one, at most kMaxStep.
+    // The buffer for the next bytes: at least one, at most kMaxStep.
     [[nodiscard]] std::span<std::uint8_t> room();
-    // The first `count` bytes of room() are filled. True: payload() is whole.
+    // Call it when the first `count` bytes of room() are filled. True when payload() is complete.
     bool advance(std::size_t count);
-    // No more will come of the frame under way. True: a payload had begun, and payload() holds
-    // what arrived of it. The announced length would be filled up with zero bytes, and a text ends
-    // at the first of those, so leaving them out changes no text.
+    // Call it when the stream ends or a frame is not continued. True when a payload had begun;
+    // payload() is then the part that arrived. It is not padded with zero bytes to the length in
+    // the header: a text ends at its first zero byte, so the padding would not change it.
     bool cut();
 
     // Valid until the next room().

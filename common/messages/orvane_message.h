@@ -16,9 +16,9 @@ namespace orvane {
 class IOrvanePluginMethods;
 class OrvaneResponse;
 
-// One message between plug-in and application: a name and an ordered list of parameters whose keys
-// ignore case. A value type without a lock. Reading and writing take at most n log n time, whatever
-// the sender puts into a message.
+// One message between plug-in and application: a name and an ordered list of parameters. The keys
+// ignore case. Not thread-safe. Reading and writing take at most O(n log n), also for a hostile
+// message.
 class OrvaneMessage {
 public:
     OrvaneMessage(const juce::String& tagName, const juce::String& name);
@@ -33,7 +33,8 @@ public:
     // The event's or command's name; a response has the name of the command that it answers.
     [[nodiscard]] const juce::String& getName() const { return name; }
 
-    // Replaces the value of an existing key, which keeps its spelling and place, or appends.
+    // Replaces the value of an existing key, which keeps its spelling and position, or appends a
+    // new key.
     void setValue(const juce::String& key, const juce::String& value);
     // Empty when the key is absent.
     [[nodiscard]] juce::String getValue(const juce::String& key) const;
@@ -85,8 +86,8 @@ class OrvaneCommand : public OrvaneMessage {
 public:
     explicit OrvaneCommand(const juce::String& commandName);
 
-    // Calls the operation of the command's name and returns the answer. An unknown command is
-    // answered with a return value of false; so is an exception, which is logged.
+    // Calls the method of the command's name and returns the response. For an unknown command or an
+    // exception, which is logged, the response's return value is false.
     OrvaneResponse executeCommand(IOrvanePluginMethods* pluginMethods) const;
 
     // The names of the commands that executeCommand() knows, sorted.

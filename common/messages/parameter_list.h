@@ -15,21 +15,22 @@ struct Parameter {
     juce::String value;
 };
 
-// An ordered map from keys to values, in the order in which the keys were first set. Keys ignore
-// case as JUCE's own comparison does. Lookup is a binary search, and the constructor sorts, so
-// hostile keys cost n log n. set() also moves the 4-byte positions of all keys that sort behind the
-// new one; for a list's keys, which come in their order, there are none. No lock.
+// A map from keys to values that keeps the order in which the keys were first set. Keys ignore case
+// as JUCE's comparison does. A lookup is a binary search and the constructor sorts, so hostile keys
+// cost O(n log n). set() also moves the 4-byte positions of all keys that sort after the new one;
+// the keys of a list come in order, so it moves none. Not thread-safe.
 class ParameterList {
 public:
     ParameterList() = default;
-    // The same as calling set() for each, in n log n at most.
+    // The same as calling set() for each, in O(n log n).
     explicit ParameterList(std::vector<Parameter>&& inOrder);
 
-    // Replaces the value of an existing key, which keeps its spelling and place, or appends.
+    // Replaces the value of an existing key, which keeps its spelling and position, or appends a
+    // new key.
     void set(const juce::String& key, const juce::String& value);
 
-    // The place where the last lookup ended. Keys that are looked up in their order with one cursor
-    // are found without a search.
+    // The position where the last lookup ended. Looking up keys in their order with one cursor
+    // needs no search.
     class Cursor {
         friend class ParameterList;
         std::size_t m_slot = 0;

@@ -4,8 +4,7 @@
 
 namespace orvane {
 
-// The name under which every event reports this player: one constant for the whole process, so
-// that no event pays for a new string. Any thread.
+// This player's name in all events: one constant, so that no event allocates a string. Any thread.
 [[nodiscard]] inline const juce::String& playerName() {
     static const juce::String name("wmp");
     return name;

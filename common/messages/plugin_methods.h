@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-// What the application can ask of the player; each operation bears the name of its command.
-// Called on the command pipe's reader thread, one at a time. Failure is false (or 0).
-// Maps are keyed by metadata field name, ignoring case.
+// The commands that the application can send; each method has the name of its command. The command
+// pipe's thread calls them, one at a time. On failure they return false or 0. The keys of the maps
+// are metadata field names and ignore case.
 class IOrvanePluginMethods {
 public:
     virtual bool createSpecialPlaylistFolders() = 0;

@@ -28,8 +28,9 @@ using StringUnit = juce::String::CharPointerType::CharType;
 // UTF-8": an unpaired surrogate is encoded as three bytes, so any 16-bit text can be converted to
 // loose UTF-8 and back without a loss, and two surrogates that become neighbours form a pair.
 //
-// Not the decoder of util/text/utf8.h: XML may hold U+FFFE and U+FFFF, which that one refuses; it
-// cannot keep unpaired surrogates; and it reads up to a terminator, which a payload may lack.
+// The decoder in util/text/utf8.h cannot be used here: it refuses U+FFFE and U+FFFF, which a
+// payload may contain; it does not keep unpaired surrogates; and it needs a terminator, which a
+// payload may lack.
 
 // The payload's text up to its first zero byte or its end, as valid UTF-8: each malformed sequence
 // becomes U+FFFD.

@@ -9,7 +9,7 @@
 
 namespace orvane::names {
 
-// What IIDFromString would answer, at compile time. Digits above 9 are capital letters.
+// IIDFromString at compile time. Hexadecimal digits above 9 are capital letters.
 consteval GUID guidOf(std::string_view text) {
     const auto number = [text](std::size_t at, int digits) {
         unsigned long value = 0;

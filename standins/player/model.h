@@ -11,7 +11,7 @@
 
 #include "standins/player/apartment.h"
 #include "standins/player/event_sinks.h"
-#include "standins/player/library.h"
+#include "standins/player/media_library.h"
 #include "standins/player/playback.h"
 #include "standins/player/player_options.h"
 #include "standins/player/track.h"

@@ -89,7 +89,7 @@ private:
     }
 };
 
-TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
+TEST(ProtocolPage, EventsAreThoseThatTheConnectorSends) {
     RunningApp app;
     OrvaneAppConnector connector({});
     ASSERT_TRUE(connector.connect());
@@ -116,7 +116,7 @@ TEST(ProtocolPage, EventsAreWhatTheConnectorSends) {
     EXPECT_EQ(readPage().events, sent);
 }
 
-TEST(ProtocolPage, CommandsAreAnsweredAsItSays) {
+TEST(ProtocolPage, CommandsAreAnsweredAsDocumented) {
     const Page page = readPage();
     PageMethods methods;
     std::set<std::string_view> names;
@@ -136,7 +136,7 @@ TEST(ProtocolPage, CommandsAreAnsweredAsItSays) {
 }
 
 // A copy of common/names on purpose: the application's own developers rely on these.
-TEST(Names, AreThoseThatTheApplicationUses) {
+TEST(Names, AreTheNamesThatOtherProgramsUse) {
     const std::pair<const char*, const char*> table[] = {
         {names::kRunningMutex.narrow(), "OrVaneApp_Process"},
         {names::kEventPipe.narrow(), "IpcOrvaneEventPipe"},
@@ -149,7 +149,7 @@ TEST(Names, AreThoseThatTheApplicationUses) {
     for (const auto& [name, text] : table) EXPECT_STREQ(name, text);
 }
 
-TEST(ProtocolPage, FramesHaveTheBytesItShows) {
+TEST(ProtocolPage, FramesHaveTheDocumentedBytes) {
     const auto blocks = blocksOf("frame");
     ASSERT_EQ(blocks.size(), 1U);
     const auto event = OrvaneMessage::parse(
@@ -164,7 +164,7 @@ TEST(ProtocolPage, FramesHaveTheBytesItShows) {
     EXPECT_GT(at, 8U);
 }
 
-TEST(ProtocolPage, TheKitsExampleHoldsASessionTwice) {
+TEST(ProtocolPage, TheExampleApplicationRunsASessionTwice) {
     Child application(L"application.exe");
     ASSERT_TRUE(application.prints("ready", 10'000));
     const std::shared_ptr<IOrvanePluginMethods> methods = std::make_shared<PageMethods>();

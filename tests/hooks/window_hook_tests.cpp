@@ -33,7 +33,7 @@ public:
     std::function<void(UINT, LRESULT)> after;
 };
 
-TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothingBehind) {
+TEST(WindowHook, SeesOrDropsMessagesAndRestoresTheWindow) {
     AnsweringWindow window(42);
     {
         TestHook hook;
@@ -61,7 +61,7 @@ TEST(WindowHook, SeesAMessageBeforeAndAfterTheWindowOrSwallowsItAndLeavesNothing
     EXPECT_EQ(GetPropW(window.hwnd(), kHookProperty), nullptr);
 }
 
-TEST(WindowHook, FindsItsWindowByExactCaptionAndClassAndMovesOn) {
+TEST(WindowHook, FindsItsWindowByCaptionAndClassAndReleasesThePreviousOne) {
     TestWindow first(L"OrVaneTestFirst", L"Réglages 日本");
     TestWindow second(L"OrVaneTestSecond", L"Other");
     TestHook hook;
@@ -140,7 +140,7 @@ TEST(WindowHook, MayBeDestroyedByItsOwnOperationOrByTheWindow) {
     }
 }
 
-TEST(WindowHook, KeepsItsOwnExceptionsFromTheWindow) {
+TEST(WindowHook, AnExceptionDoesNotReachTheWindow) {
     AnsweringWindow window(3);
     TestHook hook;
     hook.before = [](UINT message, WPARAM, LPARAM) -> bool {
@@ -183,7 +183,7 @@ LRESULT CALLBACK otherProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam
     return CallWindowProcW(belowOther, hwnd, message, wParam, lParam);
 }
 
-TEST(WindowHook, LeavesAloneTheWindowWhoseEndWasKeptFromIt) {
+TEST(WindowHook, ToleratesAWindowDestroyedWithoutItsNotice) {
     TestHook hook;
     HWND dead = nullptr;
     {

@@ -75,7 +75,7 @@ protected:
 
 constexpr std::size_t kRecord = 17;  // a picture record of the platform in a 32-bit process
 
-TEST_F(CoverArt, ComesBackByteForByteInPlaceOfAllThatWereThere) {
+TEST_F(CoverArt, ReplacesAllPicturesAndIsReadBackByteForByte) {
     const Bytes sound = soundOf(track);
     const auto tags = tagsOf(track);
     for (const std::size_t size : {100, 80'000, 300}) addPicture(track, someImage(size));
@@ -105,7 +105,7 @@ TEST_F(CoverArt, ComesBackByteForByteInPlaceOfAllThatWereThere) {
     EXPECT_TRUE(picture->description.empty());
 }
 
-TEST_F(CoverArt, IsLeftAloneByAnImageThatCannotBeTaken) {
+TEST_F(CoverArt, IsUnchangedWhenTheImageIsUnusable) {
     addPicture(track, someImage(100));
     const Bytes before = contentOf(track);
 
@@ -136,7 +136,7 @@ TEST_F(CoverArt, IsLeftAloneByAnImageThatCannotBeTaken) {
     EXPECT_EQ(count(), 1);
 }
 
-TEST_F(CoverArt, IsNotWrittenWhereItCannotBeNorOverItsTrack) {
+TEST_F(CoverArt, IsNotWrittenToAnUnwritableFileOrOverItsTrack) {
     addPicture(track, someImage(70'000));
     const Bytes before = contentOf(track);
     const fs::path busy = folder.file(L"busy.jpg", someImage(10));
@@ -167,7 +167,7 @@ TEST_F(CoverArt, IsNotWrittenWhereItCannotBeNorOverItsTrack) {
     EXPECT_EQ(contentOf(longer), someImage(70'000));
 }
 
-TEST_F(CoverArt, IsNoneInWhatIsNoTrack) {
+TEST_F(CoverArt, IsNoneForAFileThatIsNotATrack) {
     const fs::path out = folder.path(L"out.jpg");
     const fs::path image = folder.file(L"in.jpg", someImage(50));
     EXPECT_EQ(count(), 0);
@@ -199,7 +199,7 @@ TEST_F(CoverArt, IsNoneInWhatIsNoTrack) {
     EXPECT_EQ(WmpMediaItem::countCoverArt(TrackSource(nullptr)), 0);
 }
 
-TEST_F(CoverArt, LiesBesideTheTrackUnderTheCollectionsNameOrTheFolders) {
+TEST_F(CoverArt, IsFoundBesideTheTrackByCollectionIdOrAsTheFoldersPicture) {
     struct Row {
         const wchar_t* id;  // null: it cannot be read
         std::vector<const wchar_t*> files;
@@ -236,7 +236,7 @@ TEST_F(CoverArt, LiesBesideTheTrackUnderTheCollectionsNameOrTheFolders) {
     }
 }
 
-TEST_F(CoverArt, WorksBeyond260Characters) {
+TEST_F(CoverArt, WorksWithPathsLongerThan260Characters) {
     const fs::path deep = folder.deep(280);
     const fs::path in = deep / L"in \u00e9.jpg";
     use(deep / L"tr\u00e4ck \u65e5.wma");
@@ -265,7 +265,7 @@ void CALLBACK letGo(HWND, UINT, UINT_PTR timer, DWORD) {
     player.reset();
 }
 
-TEST_F(CoverArt, WaitsForABusyTrackAndTellsThatItIsAtWork) {
+TEST_F(CoverArt, WaitsForAFileInUseAndMarksTheRewrite) {
     addPicture(track, someImage(100));
     const fs::path out = folder.path(L"out.jpg");
     for (const bool embeds : {true, false}) {
@@ -281,7 +281,7 @@ TEST_F(CoverArt, WaitsForABusyTrackAndTellsThatItIsAtWork) {
     player.reset();
 }
 
-TEST(FileRewriteMark, EndsWithTheLastOfThem) {
+TEST(FileRewriteMark, EndsWhenTheLastMarkIsReleased) {
     EXPECT_FALSE(FileRewrite::ended());
     auto first = std::make_unique<FileRewrite>();
     const UniqueHandle ended = FileRewrite::ended();
@@ -293,7 +293,7 @@ TEST(FileRewriteMark, EndsWithTheLastOfThem) {
     EXPECT_EQ(WaitForSingleObject(ended.get(), 0), DWORD{WAIT_OBJECT_0});
 }
 
-TEST(WriteImage, IsOnlyClaimedWhenAllOfItIsInTheFile) {
+TEST(WriteImage, SucceedsOnlyWhenTheWholeImageIsWritten) {
     const TrackFolder folder;
     const Bytes image = someImage(100);
     std::FILE* stream = nullptr;

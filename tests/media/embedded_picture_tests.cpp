@@ -84,7 +84,7 @@ Bytes readFrom(OddHeader& header) {
     return read ? Bytes(read->image().begin(), read->image().end()) : Bytes();
 }
 
-TEST(EmbeddedPicture, IsTheFirstOfAnyLanguageHoweverTheIndicesAreOrdered) {
+TEST(EmbeddedPicture, IsTheOneWithTheLowestIndexOfAnyLanguage) {
     const asf::Attribute first = pictureAttribute(someImage(70'000), 3);
     const asf::Attribute second = pictureAttribute(someImage(50, 2));
     for (const bool ascending : {false, true}) {
@@ -99,7 +99,7 @@ TEST(EmbeddedPicture, IsTheFirstOfAnyLanguageHoweverTheIndicesAreOrdered) {
     }
 }
 
-TEST(EmbeddedPicture, ThatDoesNotHoldTogetherIsNone) {
+TEST(EmbeddedPicture, ADamagedRecordIsNoPicture) {
     BYTE elsewhere[16] = {};
     const std::function<void(WM_PICTURE&, BYTE*)> faults[] = {
         [](WM_PICTURE& record, BYTE*) { record.dwDataLen += 1; },

@@ -41,7 +41,7 @@ TEST(PictureFiles, LieInTheTracksFolder) {
     }
 }
 
-TEST(PictureFiles, AnIdThatLeadsElsewhereNamesNothing) {
+TEST(PictureFiles, AnIdThatIsNoFileNameGivesNoNames) {
     for (const char* id : {"..\\..\\secret", "x/y", "a*", "a?", "c:x", "a|b", "<", ">", "\"", "\n"})
         EXPECT_TRUE(albumPictureFiles("C:\\m\\a.wma", id).isEmpty()) << id;
     EXPECT_TRUE(albumPictureFiles("", "id").isEmpty());

@@ -11,7 +11,7 @@ namespace {
 
 using namespace test;
 
-TEST(WithoutRuntime, TagsAndPicturesBesideTheTrackAreStillThere) {
+TEST(WithoutRuntime, TagsAndPictureFilesStillWork) {
     const TrackFolder folder;
     FakeMedia media;
     media.sourcePath = folder.track().wstring();

@@ -67,7 +67,7 @@ TEST(LoadMediaItem, FillsTheRecordInOrderWithWhateverFilesHold) {
     EXPECT_EQ(metadata["Comments"].length(), 1 << 20);
 }
 
-TEST(LoadMediaItem, GoesOnWithoutWhatCannotBeRead) {
+TEST(LoadMediaItem, SkipsFieldsThatCannotBeRead) {
     FakeMedia media;
     media.sourcePathFails = true;
     media.attributes = {{L"Title", L"T"}, {L"Author", L"A"}};
@@ -108,7 +108,7 @@ TEST(SaveMediaItem, WritesEveryFieldOnceInOrder) {
     EXPECT_EQ(media.writes, expected);
 }
 
-TEST(SaveMediaItem, ClearsWhatTheRecordDoesNotNameOnlyWhenEmptyIsMeant) {
+TEST(SaveMediaItem, ClearsMissingFieldsOnlyWithEmptyOk) {
     FakeMedia media;
     EXPECT_TRUE(WmpMediaItem(record({{"DiskNumber", "2"}, {"Genre", ""}})).Save(&media, false));
     EXPECT_TRUE(WmpMediaItem(record({{"DisksInSet", "4"}})).Save(&media, false));
@@ -123,7 +123,7 @@ TEST(SaveMediaItem, ClearsWhatTheRecordDoesNotNameOnlyWhenEmptyIsMeant) {
     EXPECT_EQ(media.attributes[L"ReleaseDate"], L"1/1/ 04:20:00 PM");
 }
 
-TEST(SaveMediaItem, LeavesTheFirstOfSeveralValuesAlone) {
+TEST(SaveMediaItem, DoesNotWriteTheFirstOfSeveralValues) {
     FakeMedia media;
     media.attributes = {{L"Author", L"A"}, {L"WM/AlbumArtist", L"A"}, {L"WM/Genre", L"G"}};
     media.severalValues = {L"Author", L"WM/Genre"};

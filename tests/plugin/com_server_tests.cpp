@@ -23,7 +23,7 @@ TEST_F(ComServerTest, ClassObjectsOfOtherClassesAndInterfacesAreRefused) {
     EXPECT_EQ(create<IWMPEvents>(nullptr), E_POINTER);
 }
 
-TEST_F(ComServerTest, ThereIsOneClassObjectHoweverManyThreadsAsk) {
+TEST_F(ComServerTest, SeveralThreadsGetTheSameClassObject) {
     endServer();  // as when it was never asked for
     std::array<CComPtr<IUnknown>, 8> answers;
     std::vector<std::thread> threads;
@@ -74,7 +74,7 @@ public:
     STDMETHOD_(ULONG, Release)() override { return static_cast<ULONG>(--references); }
 };
 
-TEST_F(ComServerTest, AggregatedObjectsLeaveIdentityToTheOuterOne) {
+TEST_F(ComServerTest, AnAggregatedObjectHasTheOuterObjectsIdentity) {
     ASSERT_NO_FATAL_FAILURE(open());
     m_plugin.Release();
     Outer outer;

@@ -17,7 +17,7 @@ namespace {
 
 class LifecycleTest : public PluginTest {};
 
-TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
+TEST_F(LifecycleTest, AFailedCreationLeavesNothingAndLogsTheReason) {
     const auto attempt = [] {
         CapturedLog log;
         auto* object = reinterpret_cast<IWMPEvents*>(&log);
@@ -40,7 +40,7 @@ TEST_F(LifecycleTest, CreationFailsWholeAndSaysWhy) {
     EXPECT_EQ(attempt(), "<4> COrVaneWmpPlugin::FinalConstruct: Error launching OrVane");
 }
 
-TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
+TEST_F(LifecycleTest, TheLogNamesThePlugInWhileItExists) {
     const std::filesystem::path log =
         std::filesystem::path(_wgetenv(L"ProgramData")) / L"OrVaneMedia" / L"OrVane.log";
     const std::size_t before = readText(log).size();
@@ -63,7 +63,7 @@ TEST_F(LifecycleTest, TheLogIsOursWhileWeLive) {
     EXPECT_TRUE(added.ends_with("<5> unknown : theirs\n")) << added;
 }
 
-TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
+TEST_F(LifecycleTest, EachSetCoreSendsHelloAndGoodbye) {
     ASSERT_NO_FATAL_FAILURE(open());
     VARIANT value{};
     EXPECT_EQ(m_plugin->GetProperty(L"MediaSendTo", nullptr), E_POINTER);
@@ -119,7 +119,7 @@ TEST_F(LifecycleTest, EachCoreGetsItsHelloAndGoodbye) {
     EXPECT_EQ(m_app->events.lines(expected.size()), expected);
 }
 
-TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
+TEST_F(LifecycleTest, TheNestedCallOfSetCoreWins) {
     ASSERT_NO_FATAL_FAILURE(open());
     IWMPCore* const core = m_player->core();
     m_player->during("IConnectionPoint::Advise", [&] { return m_plugin->SetCore(nullptr); });
@@ -152,7 +152,7 @@ TEST_F(LifecycleTest, OfSetCoreWithinSetCoreTheLaterOneCounts) {
     }
 }
 
-TEST_F(LifecycleTest, TheCoreMayBeTakenBackInTheMiddleOfACommand) {
+TEST_F(LifecycleTest, TheCoreMayBeRemovedDuringACommand) {
     ASSERT_NO_FATAL_FAILURE(start());
     ULONG references = 0;
     m_player->during("IWMPCore::get_playState", [&] {
@@ -173,7 +173,7 @@ TEST_F(LifecycleTest, TheCoreMayBeTakenBackInTheMiddleOfACommand) {
 
 // The command waits for a state that does not come; meanwhile the player calls in, and the
 // command's next steps are run.
-TEST_F(LifecycleTest, ReleaseWaitsForTheCommandAndServesItsStepsAndThePlayersCalls) {
+TEST_F(LifecycleTest, ReleaseWaitsForTheRunningCommandAndServesCalls) {
     m_options.neverReached = {wmppsStopped};
     ASSERT_NO_FATAL_FAILURE(start());
     ASSERT_TRUE(m_app->sendCommand("stop"));
@@ -243,7 +243,7 @@ TEST_F(LifecycleTest, EventsAndReferencesMayComeFromAnyThread) {
     EXPECT_EQ(m_plugin->Release(), 1U);
 }
 
-TEST_F(LifecycleTest, TheLastReferenceTakesTheObjectDownOnItsOwnThreadWhereverItIsGivenBack) {
+TEST_F(LifecycleTest, TheLastReleaseOnAnyThreadDestroysTheObjectOnItsOwn) {
     ASSERT_NO_FATAL_FAILURE(start());
     DWORD unadvisedOn = 0;
     m_player->during("IConnectionPoint::Unadvise", [&] {
@@ -259,7 +259,7 @@ TEST_F(LifecycleTest, TheLastReferenceTakesTheObjectDownOnItsOwnThreadWhereverIt
     EXPECT_EQ(lines(1), Names{kGoodbye});
 }
 
-TEST_F(LifecycleTest, ACommandMayGiveTheLastReferenceBack) {
+TEST_F(LifecycleTest, ACommandMayReleaseTheLastReference) {
     ASSERT_NO_FATAL_FAILURE(start());
     m_player->during("IWMPCore::get_playState", [&] {
         m_plugin.Release();
@@ -271,7 +271,7 @@ TEST_F(LifecycleTest, ACommandMayGiveTheLastReferenceBack) {
     EXPECT_TRUE(pumpUntil([] { return canUnloadNow() == S_OK; }));
 }
 
-TEST_F(LifecycleTest, TheEndOfTheProgramIsNotSwallowedByAWait) {
+TEST_F(LifecycleTest, AWaitDoesNotLoseWmQuit) {
     ASSERT_NO_FATAL_FAILURE(start());
     PostQuitMessage(17);
     EXPECT_TRUE(static_cast<COrVaneWmpPlugin*>(m_plugin.p)->stop());
@@ -283,7 +283,7 @@ TEST_F(LifecycleTest, TheEndOfTheProgramIsNotSwallowedByAWait) {
     EXPECT_EQ(message.wParam, 17U);
 }
 
-TEST_F(LifecycleTest, AnIdleLinkLeavesThePlayerAlone) {
+TEST_F(LifecycleTest, AnIdleLinkSendsThePlayerNoMessages) {
     ASSERT_NO_FATAL_FAILURE(start());
     const unsigned long calls = m_player->callCount();
     int messages = 0;

@@ -97,7 +97,7 @@ protected:
     const LoadedModule m_module;
 };
 
-TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlayers) {
+TEST_F(Registration, ChangesOnlyItsOwnKeysAndNotifiesRunningPlayers) {
     int told = 0;
     m_window.onMessage = [&](UINT message, WPARAM wParam, LPARAM lParam) {
         const UINT notice = RegisterWindowMessageA("WMPlayer_PluginAddRemove");
@@ -135,7 +135,7 @@ TEST_F(Registration, ComesAndGoesWithoutTouchingItsNeighboursAndTellsRunningPlay
     EXPECT_TRUE(pumpUntil([&] { return told == 5; })) << told;
 }
 
-TEST_F(Registration, RefusedForOnePlaceChangesNothingInTheOther) {
+TEST_F(Registration, ChangesNothingWhenOneKeyIsDenied) {
     ASSERT_EQ(remove(), S_OK);
     // A place that lasts until the system stops refuses keys that last longer.
     const UniqueRegKey moved = makeKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OrVaneMoved");
@@ -217,7 +217,7 @@ TEST_F(ModuleTest, LoadedUsedAndUnloadedManyTimesInARow) {
     EXPECT_LE(handles, bare * (rounds - warmUp) / 10 + 10);
 }
 
-TEST_F(ModuleTest, IsUsedAgainAndOnAnotherThreadThanTheOneThatLoadedIt) {
+TEST_F(ModuleTest, IsUsedAgainAndOnAnotherThread) {
     std::unique_ptr<LoadedModule> module;
     std::thread([&] { module = std::make_unique<LoadedModule>(); }).join();
     // The second object finds everything shut down by the end of the first.
@@ -245,7 +245,7 @@ std::wstring textIn(HMODULE module, WORD language, int id) {
     return {text + 1, *text};
 }
 
-TEST(ModuleFile, NamesItselfInThreeLanguages) {
+TEST(ModuleFile, HasItsNameInThreeLanguages) {
     const LoadedModule module;
     const std::tuple<WORD, const wchar_t*, const wchar_t*> languages[] = {
         {0x409, L"OrVane Windows Media Player Plugin", L"OrVane is writing a music file."},
@@ -422,7 +422,7 @@ TEST(ModuleUnload, ThePlayerEndsWhileAnotherProcessHoldsTheLog) {
     ReleaseMutex(mutex.get());
 }
 
-TEST(ModuleUnload, TheModuleStaysForWhatStillUsesItAndThePlayerMayEndInAnyState) {
+TEST(ModuleUnload, TheModuleStaysLoadedWhileInUseAndThePlayerMayEndInAnyState) {
     for (const wchar_t* what :
          {L"EndsWithTheObjectAlive", L"EndsWithACommandRunning", L"EndsAfterUse",
           L"CatchesItsExceptionsBesideAnotherRuntime", L"TurnsItOffInADialogOfItsWindow",

@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(Playback, WaitsASecondForAStateAndSaysWhichItWas) {
+TEST_F(Playback, WaitsASecondForAStateAndLogsATimeOut) {
     m_options.refusePath = L"refused";
     start();
     EXPECT_FALSE(command(&Plugin::startCurrent)) << "there is none";
@@ -61,7 +61,7 @@ TEST_F(Playback, WaitsASecondForAStateAndSaysWhichItWas) {
     EXPECT_THAT(log.take(), began);
 }
 
-TEST_F(Playback, AnswersFalseWhenThePlayerFailsOrIsNotThere) {
+TEST_F(Playback, ReturnsFalseWhenThePlayerFailsOrIsMissing) {
     start();
     ASSERT_TRUE(playFirst());
     m_player->fail({"IWMPCore::get_controls", "IWMPCore::get_playState", "IWMPCore::get_settings"});
@@ -124,7 +124,7 @@ TEST_F(MediaInfo, EmptyValuesNeverClearATag) {
         EXPECT_EQ(m_data[key], key == "Composer" ? String("C") : before[key]) << key;
 }
 
-TEST_F(MediaInfo, OfNoTrackOrOfTwoIsFalse) {
+TEST_F(MediaInfo, FailsUnlessThePathNamesExactlyOneTrack) {
     const fs::path twice = m_folder.track(L"twice.wma");
     m_options.listTwice = {L"twice"};
     start();
@@ -153,7 +153,7 @@ TEST_F(MediaInfo, OfNoTrackOrOfTwoIsFalse) {
     EXPECT_EQ(count(), 0);
 }
 
-TEST_F(MediaInfo, CarriesThePictureBesideTheTrack) {
+TEST_F(MediaInfo, ReadsAndWritesThePictureFile) {
     m_options.failReads = {L"WM/WMCollectionID"};
     const fs::path other = m_folder.track(L"x.wma");
     start();
@@ -222,7 +222,7 @@ protected:
     [[nodiscard]] auto tracks() const { return m_player->playlistPaths(L"OrVane:Dirtyx"); }
 };
 
-TEST_F(Playlists, TakeTheFirstOfTheirNameAndTracksThatAreThereOnce) {
+TEST_F(Playlists, UseTheFirstOfTheirNameAndSkipUnknownOrAmbiguousTracks) {
     m_options.listTwice = {L"twice"};
     const TrackFolder folder;
     folder.track(L"twice.wma");
@@ -239,7 +239,7 @@ TEST_F(Playlists, TakeTheFirstOfTheirNameAndTracksThatAreThereOnce) {
     EXPECT_EQ(tracks(), std::vector<std::wstring>(2, m_player->itemPath(2)));
 }
 
-TEST_F(Playlists, AnswerFalseWhenThePlayerFails) {
+TEST_F(Playlists, ReturnFalseWhenThePlayerFails) {
     start();
     const std::pair<const char*, bool> cases[] = {{"IWMPCore::get_playlistCollection", false},
                                                   {"IWMPPlaylistCollection::getByName", false},

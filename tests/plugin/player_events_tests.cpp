@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(PlayerEvents, AStartIsReportedWithoutTheFileBeingOpenedAndTheAlbumsArtistStandsIn) {
+TEST_F(PlayerEvents, AStartIsReportedWithoutOpeningTheFile) {
     ASSERT_EQ(m_player->item(0)->setItemInfo(CComBSTR(L"WM/AlbumArtist"), CComBSTR(L"Various")),
               S_OK);
     for (const char* artist : {"Various", ""}) {
@@ -77,7 +77,7 @@ TEST_F(PlayerEvents, TheFirstErrorIsLogged) {
 }
 
 // The lines themselves are masked in a player; what is handed in must do no harm on the way there.
-TEST_F(PlayerEvents, OddTextsAndObjectsDoNoHarmInAnyHandler) {
+TEST_F(PlayerEvents, NoHandlerFailsOnUnusualTextsAndObjects) {
     CComBSTR percent(L"one é %s%n%d");
     CComBSTR hole(3, L"a\0b");
     CComBSTR half(L"\xD83C");

@@ -5,7 +5,7 @@
 namespace orvane {
 namespace {
 
-TEST(PollUntil, PollsOnceAtLeastAndLastsItsWholeTimeOutAlsoAcrossTheClocksWrap) {
+TEST(PollUntil, PollsOnceAtLeastAndUntilTheTimeOutAlsoWhenTheClockWraps) {
     const struct {
         std::uint32_t timeoutMs;
         int reachedAt;  // poll number, counted from 1; 0 is never

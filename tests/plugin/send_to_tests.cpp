@@ -53,7 +53,7 @@ protected:
     }
 };
 
-TEST_F(SendTo, WhatIsNoTrackOrHasNoPathIsLeftOut) {
+TEST_F(SendTo, ItemsThatAreNoTracksOrHaveNoPathAreSkipped) {
     const auto one = m_player->item(0);
     const auto two = m_player->item(1);
     const auto list = playlistOf({one});
@@ -72,7 +72,7 @@ TEST_F(SendTo, WhatIsNoTrackOrHasNoPathIsLeftOut) {
     EXPECT_THAT(send(kMediaName, none, 1), ElementsAre(""));
 }
 
-TEST_F(SendTo, EachPlaylistGoesOutByItself) {
+TEST_F(SendTo, EachPlaylistIsSentSeparately) {
     const auto one = m_player->item(0);
     const auto two = m_player->item(1);
     const auto first = playlistOf({one, two, one});
@@ -86,7 +86,7 @@ TEST_F(SendTo, EachPlaylistGoesOutByItself) {
     EXPECT_THAT(send(kPlaylistName, Value({first}), 0), IsEmpty());
 }
 
-TEST_F(SendTo, AValueOfAnotherKindSendsNothing) {
+TEST_F(SendTo, AValueOfAnotherTypeSendsNothing) {
     const auto track = m_player->item(0);
     const Value real({track});
     VARIANT values[8] = {};

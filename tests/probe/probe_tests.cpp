@@ -78,7 +78,7 @@ TEST_F(Probe, AsksThePlayerObjectOfTheSystem) {
     EXPECT_EQ(different(core, nullptr, false, false), Rules());
 }
 
-TEST_F(Probe, TheListOfRulesIsThePages) {
+TEST_F(Probe, ItsRulesAreThoseOfPlayerRulesMd) {
     std::ifstream page(inTree("docs/player-rules.md"));
     Rules rows;
     for (std::string line; std::getline(page, line);)

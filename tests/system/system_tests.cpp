@@ -59,7 +59,7 @@ protected:
     HWND m_window = nullptr;
 };
 
-TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
+TEST_F(SystemTest, TheLinkIsRestoredAfterTheApplicationIsKilled) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=20000 --never=playing"));
     constexpr std::size_t underCommand = 1;
     const std::vector<std::function<void()>> moments = {
@@ -110,7 +110,7 @@ TEST_F(SystemTest, TheApplicationIsKilledAtAnyMomentAndTheLinkComesBack) {
     EXPECT_LT(meter.stop(), StallMeter::kSeenMs);
 }
 
-TEST_F(SystemTest, AStrangerOnTheEventPipeDoesNotHoldUpThePlayer) {
+TEST_F(SystemTest, AnotherProgramOnTheEventPipeDoesNotBlockThePlayer) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=100"));
     for (const auto way :
          {Squatter::Way::neverReads, Squatter::Way::writesGarbage, Squatter::Way::closesAtOnce}) {
@@ -131,7 +131,7 @@ TEST_F(SystemTest, AStrangerOnTheEventPipeDoesNotHoldUpThePlayer) {
     }
 }
 
-TEST_F(SystemTest, AHangingApplicationDoesNotHoldUpThePlayer) {
+TEST_F(SystemTest, AHungApplicationDoesNotBlockThePlayer) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=20000"));
     StallMeter meter(m_window);
     m_app->suspend(true);
@@ -151,7 +151,7 @@ TEST_F(SystemTest, AHangingApplicationDoesNotHoldUpThePlayer) {
     EXPECT_EQ(countOf(m_app->output(), kHello), 2U);
 }
 
-TEST_F(SystemTest, ASecondObjectLeavesTheFirstAlone) {
+TEST_F(SystemTest, ASecondObjectDoesNotAffectTheFirst) {
     ASSERT_NO_FATAL_FAILURE(start(L"--synthetic=2"));
     m_player->tell("second-object");
     EXPECT_TRUE(m_player->prints(" second object: ", 15'000)) << m_player->output();
@@ -164,7 +164,7 @@ TEST_F(SystemTest, ASecondObjectLeavesTheFirstAlone) {
     EXPECT_EQ(m_player->exitCode(5000), 0U) << m_player->output();
 }
 
-TEST_F(SystemTest, ThePlayerLeavesInTheMiddleOfACommand) {
+TEST_F(SystemTest, ThePlayerClosesDuringACommand) {
     const auto leave = [&](const std::wstring& options, const char* how, DWORD code) {
         SCOPED_TRACE(how);
         m_app.reset();  // pipes and mutex are free for the next

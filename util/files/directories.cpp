@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <string_view>
 
+#include "util/failed_call/failed_call.h"
 #include "util/files/files.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/text/failed_call.h"
 
 namespace orvane {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Creating directories by UTF-8 path, side by side with other processes that create the same ones.
+// Creates directories by UTF-8 path. Other processes may create the same ones at the same time.
 // errno tells why a creation failed: EEXIST, ENOENT (a parent is missing), else unchanged.
 
 namespace orvane {
@@ -8,13 +8,13 @@ namespace orvane {
 [[nodiscard]] bool utl_mkdir_abs(const wchar_t* name, int log) noexcept;
 [[nodiscard]] bool utl_mkdir(const char* path, int log) noexcept;
 
-// Creates every missing level; levels are separated by "\". A file that stands where a directory is
-// needed fails the call, or with `replace` is deleted to make room. Problems of this function's own
-// are reported at `priority`.
+// Creates every missing level of the path; levels are separated by "\". When a file has the name of
+// a level, the call fails, or with `replace` deletes the file first. The function logs its own
+// errors at `priority`.
 [[nodiscard]] bool utl_mkdir_multi_intl(const char* path, int log, bool replace,
                                         int priority) noexcept;
 
-// Whether an existing path can serve as that level, after `replace` has had its say.
+// Whether the existing path is a directory, or was a file that `replace` allowed to be deleted.
 [[nodiscard]] bool utl_mkdir_handle_existing(const char* path, int log, bool replace,
                                              int priority) noexcept;
 

@@ -1,9 +1,9 @@
 #include "util/files/file_handles.h"
 
 #include "platform/last_error.h"
+#include "util/failed_call/failed_call.h"
 #include "util/files/long_names.h"
 #include "util/log/log.h"
-#include "util/text/failed_call.h"
 
 namespace orvane {
 

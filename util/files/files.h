@@ -1,7 +1,7 @@
 #pragma once
 
-// Questions about files and directories by UTF-8 path of any length, and deletion. Absence is an
-// answer, not a failure. `denied` (may be null) and `log` as in file_handles.h.
+// Queries files and directories by UTF-8 path of any length, and deletes files. A missing file is a
+// valid answer, not an error. `denied` (may be null) and `log` are as in file_handles.h.
 
 #include <windows.h>
 
@@ -18,17 +18,17 @@ struct UtlStat {
     std::uint64_t size = 0;  // bytes
 };
 
-// Whether a file or directory is there and can be opened. False when that cannot be told.
+// Sets `exists` to whether there is such a file or directory. False when that is unknown.
 [[nodiscard]] bool utl_exists(const char* path, bool& exists, int log, bool* denied) noexcept;
 [[nodiscard]] bool utl_file_exists(const char* path, bool& exists, bool* denied) noexcept;
 
 [[nodiscard]] bool utl_stat(const char* path, int log, bool& exists, UtlStat& record,
                             bool* denied) noexcept;
-// The same on an open file; an empty one is a path that does not exist. `name` is for messages.
+// The same for an open file; an empty `file` is a path that does not exist. `name` is for the log.
 [[nodiscard]] bool utl_stat_abs(bool& exists, UtlStat& record, const wchar_t* name,
                                 const UniqueFile& file, int log) noexcept;
 
-// Whether the system can read the path's attributes; a bare drive ("C:") can be asked about, too.
+// Whether the path's attributes can be read. A bare drive ("C:") is allowed.
 [[nodiscard]] bool utl_access(const char* path, int log) noexcept;
 
 [[nodiscard]] bool utl_file_delete_intl(bool* denied, const wchar_t* name, int log) noexcept;

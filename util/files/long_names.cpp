@@ -5,9 +5,9 @@
 #include <cstring>
 #include <string_view>
 
+#include "util/failed_call/failed_call.h"
 #include "util/files/paths.h"
 #include "util/log/log.h"
-#include "util/text/failed_call.h"
 
 namespace orvane {
 

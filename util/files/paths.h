@@ -1,7 +1,7 @@
 #pragma once
 
-// What kind of path a UTF-8 text is, by its text alone; "\" and "/" both separate. A non-zero `log`
-// reports what is wrong with a path at LOG_ERR.
+// Classifies UTF-8 paths by their text alone, without file access. "\" and "/" are both separators.
+// A non-zero `log` logs errors at LOG_ERR.
 
 #include <string_view>
 
@@ -15,26 +15,26 @@ constexpr std::string_view kLongPathPrefix = R"(\\?\)";
     return character == '\\' || character == '/';
 }
 
-// A path without its extended-length prefix: part of the original text, or a copy of its own.
+// A path without its extended-length prefix: a part of the original text, or `copy`.
 struct PathView {
     const char* text = nullptr;
     OwnedText copy;
 };
 
-// "\\?\UNC\rest" is seen as "\\rest", "\\?\rest" as "rest", any other path as itself. False when
-// there is no memory for the copy.
+// Turns "\\?\UNC\rest" into "\\rest" and "\\?\rest" into "rest"; other paths stay as they are.
+// False when there is no memory for the copy.
 [[nodiscard]] bool strip_long_path_prefix(const char* path, PathView& view) noexcept;
 
-// Whether the path is "\\host\" and more text. A text that starts like one and is none is reported.
+// Whether the path is "\\host\" followed by more text. An incomplete UNC name is logged.
 [[nodiscard]] bool utl_is_unc_intl(const char* path, int log) noexcept;
 
-// A drive with a separator after it, or a UNC name, with or without the prefix. False when there is
-// no memory to tell.
+// Sets `absolute` to whether the path is a drive and a separator, or a UNC name, with or without
+// the extended-length prefix. False when memory is short.
 [[nodiscard]] bool utl_is_absolute_intl(const char* path, bool& absolute, int log) noexcept;
 
-// Rewrites in place what follows the extended-length prefix, where the system takes a name as it
-// is: one "\" for every run of separators, "." and ".." resolved as GetFullPathName does. The first
-// `rootComponents` (drive; host and share) stay as they are.
+// Normalizes in place the text after the extended-length prefix, because Windows does not: one "\"
+// for each run of separators, "." and ".." resolved as by GetFullPathName. ".." never removes the
+// first `rootComponents` components (1 for a drive, 2 for host and share).
 void normalizeLongName(Wide* name, unsigned rootComponents) noexcept;
 
 }  // namespace orvane

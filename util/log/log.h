@@ -1,8 +1,8 @@
 #pragma once
 
-// Where every part of the house sends its diagnostics. Who writes them is set elsewhere: the log
-// file in util/shared_log where that is linked, a test's own list; nobody at first, and then they
-// are dropped. Any thread may log. Nothing here reports failure.
+// The logging functions that all code uses. A writer that is installed with setLogWriter() writes
+// the messages: util/shared_log writes the log file, a test collects them in a list. Without a
+// writer they are dropped. Any thread may log. No function reports an error.
 
 #include <cstdarg>
 
@@ -19,24 +19,25 @@ enum LogPriority : int {
     LOG_DEBUG = 7,
 };
 
-// Bits of a priority that count; what is above them is ignored.
+// The bits of a priority that are used; higher bits are ignored.
 constexpr unsigned kSeverityBits = 7;
 
-// Takes one message that the mask lets through, on the thread that logs it and as the caller left
-// errno and the thread's last error; it leaves both as they are.
+// Writes one message that the mask allows. Runs on the thread that logs, and finds errno and the
+// thread's last error as the caller left them. It must preserve both.
 using LogWriter = void (*)(int priority, const char* format, va_list args);
 
-// Sets who writes from now on, or with null nobody. Returns who did before.
+// Installs a writer, or none with null. Returns the previous one.
 LogWriter setLogWriter(LogWriter writer) noexcept;
 
-// Bit n lets priority n through; all do at first. Returns the previous mask; 0 only reads it.
+// Sets the mask: bit n enables priority n. All are enabled at first. Returns the previous mask; a
+// mask of 0 changes nothing.
 unsigned setlogmask(unsigned mask) noexcept;
 
-// Whether a message of this priority would be written: ask before preparing costly arguments.
+// Whether a message of this priority would be written. Call it before preparing costly arguments.
 [[nodiscard]] bool log_enabled(int priority) noexcept;
 
-// printf's directives in UTF-8, and two more: "%m" is errno's text, "%M" the English text of the
-// calling thread's last Windows error. The calling thread's last error and errno are preserved.
+// Logs a message. `format` is UTF-8 with printf's directives and two more: "%m" is the text of
+// errno, "%M" the English text of the thread's last Windows error. Both errors are preserved.
 void syslog(int priority, const char* format, ...) noexcept;
 void vsyslog(int priority, const char* format, va_list args) noexcept;
 

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include "util/failed_call/failed_call.h"
 #include "util/log/log.h"
-#include "util/text/failed_call.h"
 
 namespace orvane {
 

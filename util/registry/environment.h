@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-// The text with each %VARIABLE% replaced by its value (ExpandEnvironmentStringsW), or none; a
-// non-zero `log` reports why.
+// Returns the text with each %VARIABLE% replaced by its value, or null; a non-zero `log` logs the
+// reason. ExpandEnvironmentStringsW.
 [[nodiscard]] OwnedWide expand_environment_strings_w(const wchar_t* text, int log) noexcept;
 
 }  // namespace orvane

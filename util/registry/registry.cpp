@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "platform/last_error.h"
+#include "util/failed_call/failed_call.h"
 #include "util/log/log.h"
 #include "util/registry/environment.h"
 #include "util/registry/registry_value.h"
-#include "util/text/failed_call.h"
 
 namespace orvane {
 namespace {

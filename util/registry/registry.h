@@ -1,7 +1,7 @@
 #pragma once
 
-// Reading the registry: any value as UTF-8 text. What a value holds is not trusted: every type,
-// length and ending is read without running past the data.
+// Reads registry values of any type as UTF-8 text. Values are not trusted: a wrong length or a
+// missing terminator never makes the code read past the data.
 
 #include <windows.h>
 
@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-// One open key. The switch given at construction says whether problems go to the log. On failure
-// the thread's last error is the registry's result code. Not for use by two threads at once.
+// One open registry key, closed by the destructor. Errors are logged unless `log` is 0. After a
+// failure the thread's last error is the registry call's result. Not thread-safe.
 class RegistryUtil {
 public:
     explicit RegistryUtil(int log) noexcept;
@@ -20,13 +20,14 @@ public:
     RegistryUtil(const RegistryUtil&) = delete;
     RegistryUtil& operator=(const RegistryUtil&) = delete;
 
-    // Closes the key that is open, if any, and opens `root`\`subkey` (`subkey` may be null). A
-    // caller that passes `notFound` counts with absence: it is then no error in the log.
+    // Closes the key that is open, if any, and opens `root`\`subkey` (`subkey` may be null). When
+    // `notFound` is not null it receives whether the key is missing, which is then no error in the
+    // log. RegOpenKeyExW.
     [[nodiscard]] bool OpenKey(HKEY root, const char* subkey, REGSAM access,
                                bool* notFound) noexcept;
 
-    // The value as text, or none. Strings as they are, REG_EXPAND_SZ expanded, REG_MULTI_SZ joined
-    // by commas, numbers in signed decimal, anything else binary in hexadecimal.
+    // The value as text, or null: strings unchanged, REG_EXPAND_SZ expanded, REG_MULTI_SZ joined by
+    // commas, numbers in signed decimal, all other types in hexadecimal. RegQueryValueExW.
     [[nodiscard]] OwnedText GetValue(const char* name, bool* notFound) noexcept;
 
     bool Close() noexcept;
@@ -44,7 +45,7 @@ private:
     int m_log;
 };
 
-// One value of one key, or none.
+// Opens a key, reads one value and closes the key; null on failure.
 [[nodiscard]] OwnedText utl_reg_get_value(HKEY root, const char* subkey, const char* name,
                                           int log) noexcept;
 

@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-// The registry's types that read as text, by their numbers there. Needs no Windows.
+// The registry types with a text form of their own, by the registry's numbers. Portable code.
 enum class ValueType : std::uint32_t {
     none = 0,
     sz = 1,
@@ -20,21 +20,20 @@ enum class ValueType : std::uint32_t {
     qword = 11,
 };
 
-// Replaces each %VARIABLE% in a text: new text, or none; a non-zero `log` reports why.
+// Returns the text with each %VARIABLE% replaced, or null; a non-zero `log` logs the reason.
 using ExpandVariables = OwnedWide (*)(const Wide* text, int log) noexcept;
 
-// Turns a value's data into UTF-8 text. Data that is not quite what its type promises is read as
-// far as it goes: a number shorter than its type by the bytes that are there, a string without its
-// NUL up to its end. Only strings of an odd length are refused, except REG_EXPAND_SZ, whose cut
-// last unit is completed with a zero byte.
+// Converts a value's data into UTF-8 text. Data that does not fit its type is read as far as it
+// goes: a short number from the bytes that are there, a string without a NUL up to its end. Strings
+// of an odd length are refused, except REG_EXPAND_SZ: a zero byte completes its last unit.
 class RegistryValue {
 public:
-    // `key` and `name` are for messages; `size` in bytes. All must outlive the object.
+    // `key` and `name` are for the log; `size` is in bytes. Not owned: all must outlive the object.
     RegistryValue(const char* key, const char* name, const unsigned char* data, std::size_t size,
                   ExpandVariables expand, int log) noexcept
         : m_key(key), m_name(name), m_data(data), m_size(size), m_expand(expand), m_log(log) {}
 
-    // New text, or none. `type` may be any number.
+    // New text, or null. `type` may be any number.
     [[nodiscard]] OwnedText ValueToUTF8(ValueType type) const noexcept;
 
 private:

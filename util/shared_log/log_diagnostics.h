@@ -1,10 +1,10 @@
 #pragma once
 
-// What the log says about its own troubles. It must never log them.
+// Reports the log's own errors, which cannot go to the log itself.
 
 namespace orvane {
 
-// The option word of openlog, shared by all parts of the log.
+// The options of openlog(), for all parts of the log.
 void setLogOptions(unsigned options) noexcept;
 [[nodiscard]] bool logOption(unsigned option) noexcept;
 

@@ -7,9 +7,8 @@
 
 namespace orvane {
 
-// The log file while one line is being written: found, made when missing, opened, appended to and
-// closed again, all while the caller owns the log's lock. Another program may move or delete the
-// file between two lines.
+// The log file, opened for one line and closed again, because another program may move or delete
+// the file between two lines. A missing file is created. The caller owns the log's lock meanwhile.
 class LogFile {
 public:
     LogFile() = default;
@@ -20,15 +19,17 @@ public:
     [[nodiscard]] bool do_openlog() noexcept;
     void do_closelog() noexcept;
 
-    // Appends one line in one write: `front` as it is, the message, the line's end. A line that
-    // cannot be formatted or written is dropped: false, after saying why. WriteFile.
+    // Appends one line in one write: `front` unchanged, the message, the line's end. When that
+    // fails, the line is dropped, the reason goes to diagnose(), and the result is false.
+    // WriteFile.
     bool log_msg_va(const char* front, const char* format, va_list args) noexcept;
 
 private:
     UniqueFile m_file;
 };
 
-// "OrVaneMedia" in the all-users application data, and the log in it; none when unknown.
+// The path of "OrVaneMedia" in the all-users application data, and of the log in a directory; null
+// when unknown.
 [[nodiscard]] OwnedText get_log_file_path() noexcept;
 [[nodiscard]] OwnedText get_log_file_name(const char* directory) noexcept;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The log's own directives, "%m" and "%M", put into a printf format. Needs no Windows.
+// Replaces the log's own directives "%m" and "%M" in a printf format. Portable code.
 
 #include <cstddef>
 #include <string_view>
@@ -14,14 +14,14 @@ struct ErrorDirectives {
     std::size_t windowsTexts = 0;  // "%M"
 };
 
-// "%%" is one literal percent, so that "%%m" holds no directive.
+// Counts the directives. "%%" is a literal percent sign, so "%%m" contains no directive.
 [[nodiscard]] ErrorDirectives countErrorDirectives(const char* format) noexcept;
 
-// A text made safe inside a format: each lone "%" doubled, a "%%" kept. None without memory.
+// Escapes a text for a printf format: doubles each single "%", keeps "%%". Null without memory.
 [[nodiscard]] OwnedText escapePercents(std::string_view text) noexcept;
 [[nodiscard]] bool hasLonePercent(std::string_view text) noexcept;
 
-// A new format with each directive replaced by its text, which is safe already. None without
+// A new format with each directive replaced by its text, which is escaped already. Null without
 // memory.
 [[nodiscard]] OwnedText replaceErrorDirectives(const char* format, ErrorDirectives count,
                                                std::string_view errnoText,

@@ -4,8 +4,9 @@
 
 namespace orvane {
 
-// The lock that the log's writers in all processes and sessions share: a named mutex that everyone
-// may open. The handle exists from the first `make` to `forget`. Used under the log's own lock.
+// The named mutex that all processes and sessions use to write the log one line at a time; every
+// user may open it. The handle exists from the first make() to forget(). Not thread-safe: the log's
+// in-process lock guards it. CreateMutexW.
 class LogLock {
 public:
     enum class Wait { owned, abandoned, timedOut, failed };
@@ -15,11 +16,11 @@ public:
     LogLock(const LogLock&) = delete;
     LogLock& operator=(const LogLock&) = delete;
 
-    // Creates or opens the mutex unless that is done already.
+    // Creates or opens the mutex, once; later calls return true.
     [[nodiscard]] bool make() noexcept;
 
-    // Waits for the mutex: `who` names the caller in messages. `abandoned` owns it, too: its last
-    // owner died, and what it was writing may be cut short.
+    // Waits for the mutex; `who` names the caller in diagnostics. `abandoned` means that the caller
+    // owns it and that the last owner ended without releasing it, perhaps in the middle of a line.
     [[nodiscard]] Wait acquire(const char* who, DWORD milliseconds) noexcept;
     void release(const char* who) noexcept;
 
@@ -29,7 +30,7 @@ private:
     HANDLE m_mutex = nullptr;
 };
 
-// "Global\OrVaneLog", one for all sessions, where the system knows sessions.
+// "Global\OrVaneLog" on systems that have sessions: one mutex for all of them.
 [[nodiscard]] const char* logMutexName() noexcept;
 
 }  // namespace orvane

@@ -4,11 +4,11 @@
 
 namespace orvane {
 
-// Security attributes that give everyone full access (a null DACL), with a handle that no child
-// inherits: the log's lock and file belong to all users of the machine.
+// Security attributes that give everyone full access (a null DACL); the handle is not inherited.
+// All users of the machine share the log's mutex and file.
 class OpenSecurity {
 public:
-    // `who` opens the messages about a failure.
+    // `who` names the caller in diagnostics.
     explicit OpenSecurity(const char* who) noexcept;
     OpenSecurity(const OpenSecurity&) = delete;  // the attributes point into the object
     OpenSecurity& operator=(const OpenSecurity&) = delete;

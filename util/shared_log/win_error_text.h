@@ -6,10 +6,10 @@
 
 namespace orvane {
 
-// The system's English text of a Windows error code or, where it has no English, the one in its own
-// language: its first line in UTF-8, safe to stand in a printf format. False when the system has
-// neither. FormatMessageW. A non-zero `log` reports a failure through syslog, else
-// the log's own diagnostics do. win_err_str_cleanup releases the text, as does its owner's end.
+// The text of a Windows error code: in English, or in the system's language where there is no
+// English text. It is the first line, in UTF-8, with "%" escaped for a printf format. False when
+// there is no text. A failure goes to syslog when `log` is not 0, otherwise to diagnose().
+// WinErrorText owns the text and releases it with win_err_str_cleanup(). FormatMessageW.
 void win_err_str_cleanup(char*& text, int log) noexcept;
 
 struct WinErrorTextDeleter {

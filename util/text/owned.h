@@ -1,7 +1,7 @@
 #pragma once
 
-// The texts and buffers that this library hands out: new allocations, freed by their owner.
-// Nothing here throws; what cannot be allocated is none (a null pointer).
+// Owning pointers for the texts and buffers that the util libraries return. Nothing throws: without
+// memory the pointer is null.
 
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +28,7 @@ using OwnedText = std::unique_ptr<char[], FreeDeleter>;            // UTF-8, NUL
 using OwnedWide = std::unique_ptr<Wide[], FreeDeleter>;            // UTF-16, NUL-terminated
 using OwnedBytes = std::unique_ptr<unsigned char[], FreeDeleter>;  // data of any kind
 
-// Zeroed memory, or none when there is not enough or the size in bytes does not fit.
+// Zeroed memory; null when memory is short or the size in bytes overflows.
 [[nodiscard]] inline OwnedText allocateText(std::size_t bytes) noexcept {
     return OwnedText(static_cast<char*>(std::calloc(bytes, 1)));
 }
@@ -39,7 +39,7 @@ using OwnedBytes = std::unique_ptr<unsigned char[], FreeDeleter>;  // data of an
     return OwnedBytes(static_cast<unsigned char*>(std::calloc(bytes, 1)));
 }
 
-// The parts in a row as one new text, or none.
+// The parts concatenated into a new text, or null.
 [[nodiscard]] OwnedText joinTexts(std::initializer_list<std::string_view> parts) noexcept;
 [[nodiscard]] inline OwnedText duplicateText(std::string_view text) noexcept {
     return joinTexts({text});

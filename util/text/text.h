@@ -1,8 +1,8 @@
 #pragma once
 
-// Whole texts between this library's UTF-8 and the system's UTF-16. From UTF-8 is lenient: what is
-// malformed becomes U+FFFD. From UTF-16 is strict: one bad unit fails the text. A non-zero `log`
-// reports each problem at LOG_ERR. No state: any thread.
+// Converts texts between UTF-8 and Windows' UTF-16. From UTF-8, malformed input becomes U+FFFD.
+// From UTF-16, one malformed unit fails the whole text. A non-zero `log` logs each error at
+// LOG_ERR. Any thread.
 
 #include <cstddef>
 
@@ -16,19 +16,19 @@ namespace orvane {
                                          std::size_t* characters, std::size_t& bytes,
                                          int log) noexcept;
 
-// Converts into the caller's buffer of `size` bytes, always NUL-terminated when at least 2. False
-// when the text does not fit.
+// Converts into the caller's buffer of `size` bytes, which is NUL-terminated when `size` is at
+// least 2. False when the text does not fit.
 [[nodiscard]] bool utl_utf8_to_wide_buf(const char* text, Wide* buffer, std::size_t size,
                                         int log) noexcept;
 [[nodiscard]] OwnedWide utl_utf8_to_wide_intl(const char* text, int log) noexcept;
 
-// Both stop at the first NUL; the second knows no other end.
+// The first reads at most `units` units; all stop at the first NUL.
 [[nodiscard]] OwnedText utl_wide_buf_to_utf8(const Wide* text, std::size_t units, int log) noexcept;
 [[nodiscard]] OwnedText utl_wide_to_utf8_intl(const Wide* text, int log) noexcept;
 [[nodiscard]] OwnedText utl_wide_to_utf8(const Wide* text) noexcept;
 [[nodiscard]] OwnedText utl_wide_to_utf8_nolog(const Wide* text) noexcept;
 
-// A wide text as UTF-8 for a log message, where there must always be something to print.
+// A UTF-16 text converted to UTF-8 for a log message; there is always something to print.
 class UtlUTF8Str {
 public:
     UtlUTF8Str(const Wide* text, int log) noexcept;  // `text` may be null

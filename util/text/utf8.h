@@ -1,10 +1,10 @@
 #pragma once
 
-// UTF-8 and UTF-16, one character at a time. Reading UTF-8 never fails: what is malformed becomes
-// U+FFFD. Reading UTF-16 is strict. A non-zero `log` reports each problem at LOG_ERR.
-// No state, no allocation: any thread. Follows RFC 2279: sequences of up to 6 bytes are one
-// malformed character each, U+FFFE and U+FFFF are refused, and each fault has a log text of its
-// own. common/messages/text_coding.h has a decoder with other rules, for the pipes.
+// Encodes and decodes UTF-8 and UTF-16, one character at a time. Malformed UTF-8 becomes U+FFFD;
+// malformed UTF-16 is an error. A non-zero `log` logs each error at LOG_ERR, each kind with its own
+// text. No allocation; any thread. By RFC 2279 a sequence of 5 or 6 bytes is one malformed
+// character; U+FFFE and U+FFFF are refused. common/messages/text_coding.h has a decoder with other
+// rules, for the pipes.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,10 +13,10 @@
 
 namespace orvane {
 
-// Bytes that the code point takes in UTF-8 (1 to 6, RFC 2279's table), or 0 above 0x7FFFFFFF.
+// The code point's length in UTF-8 in bytes (1 to 6, RFC 2279), or 0 above 0x7FFFFFFF.
 [[nodiscard]] int utl_utf8_len_from_ucs4(std::uint32_t codePoint, int log) noexcept;
 
-// Bytes of the sequence that starts with `byte` (1 to 6), or 0 when none can.
+// The length in bytes (1 to 6) of a sequence whose first byte is `byte`; 0 for an invalid one.
 [[nodiscard]] int utl_utf8_first_byte_len(unsigned char byte) noexcept;
 
 // Reads one character of at most `available` units. Gives its length in UTF-8 bytes and, unless

@@ -115,7 +115,7 @@ TEST_F(LauncherTest, FindsAndStartsTheProgramHoweverItsFolderIsSpelled) {
     }
 }
 
-TEST_F(LauncherTest, JudgesTheStartByItsFirstThreeSeconds) {
+TEST_F(LauncherTest, ReportsHowTheProgramRanForThreeSeconds) {
     const std::wstring folder = root() + L"\\plain";
     install(folder);
     m_path.set(folder);

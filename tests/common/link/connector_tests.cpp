@@ -146,7 +146,7 @@ protected:
     std::unique_ptr<OrvaneAppConnector> connector = makeConnector();
 };
 
-TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
+TEST_F(ConnectorTest, ConnectOpensEachPipeThatIsNotOpen) {
     app.closePipes();
     m_log.lines();
     connector->disconnect();
@@ -187,7 +187,7 @@ TEST_F(ConnectorTest, ConnectOpensWhatIsNotOpen) {
 }
 
 // Somebody else's pipes, and then somebody else's client: each reason is told once.
-TEST_F(ConnectorTest, AnotherReasonThanNotThereIsLoggedWhenItChanges) {
+TEST_F(ConnectorTest, AFailureReasonIsLoggedOnceUntilItChanges) {
     app.closePipes();
     RawServer events("IpcOrvaneEventPipe"), commands("IpcOrvaneCommandPipe");
     for (RawServer* server : {&events, &commands})
@@ -222,7 +222,7 @@ TEST_F(ConnectorTest, TenThousandEventsArriveInOrderAndGoodbyeLast) {
 }
 
 // Every two seconds, for days: nothing may stay of a link that was lost.
-TEST_F(ConnectorTest, LinkedAndLostAgainAndAgain) {
+TEST_F(ConnectorTest, ReconnectsAfterManyLosses) {
     int threads = 0;
     int handles = 0;
     std::size_t memory = 0;
@@ -248,7 +248,7 @@ TEST_F(ConnectorTest, LinkedAndLostAgainAndAgain) {
     EXPECT_GT(handles, 0);
 }
 
-TEST_F(ConnectorTest, WhatIsNoCommandIsLoggedAndWhatComesOnTheEventPipeDropped) {
+TEST_F(ConnectorTest, LogsNonCommandsAndDropsDataOnTheEventPipe) {
     link();
     app.commands.deliver(OrvaneEvent("pause"));
     app.commands.deliver(OrvaneMessage("no <XML", "x"));  // its tag makes it none
@@ -266,7 +266,7 @@ TEST_F(ConnectorTest, WhatIsNoCommandIsLoggedAndWhatComesOnTheEventPipeDropped) 
 
 // The player lets go of everything while a command is running that needs the player's thread, and
 // the player's window procedure goes on reporting meanwhile.
-TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
+TEST_F(ConnectorTest, IsDestroyedWhileACommandRuns) {
     link();
     AnsweringWindow playerWindow;
     OrvaneAppConnector* const going = connector.get();
@@ -291,7 +291,7 @@ TEST_F(ConnectorTest, GoesAwayUnderARunningCommand) {
 
 // A command hangs when the application is killed and started again: four seconds later the next
 // link is there, and the result that comes late goes nowhere.
-TEST_F(ConnectorTest, AHungCommandDoesNotKeepARestartedApplicationOut) {
+TEST_F(ConnectorTest, AHungCommandDoesNotBlockARestartedApplication) {
     Signal begun;
     Signal go;
     methods.onCall = [&](const std::string& call) {
@@ -330,7 +330,7 @@ TEST_F(ConnectorTest, AHungCommandDoesNotKeepARestartedApplicationOut) {
 }
 
 // A command hangs in a call of the player's when the player lets go: closing waits four seconds.
-TEST_F(ConnectorTest, ClosingLeavesACommandBehindThatDoesNotEnd) {
+TEST_F(ConnectorTest, ClosingDoesNotWaitForACommandThatDoesNotEnd) {
     Signal begun;
     Signal go;
     methods.onCall = [&](const std::string&) {

@@ -49,7 +49,7 @@ protected:
     std::shared_ptr<TestListener> listener = makePipe<TestListener>(name);
 };
 
-TEST_F(PipeTest, AbsentOrTakenIsAnsweredAtOnceAndTheLogTells) {
+TEST_F(PipeTest, AMissingOrUsedPipeFailsAtOnceAndIsLogged) {
     m_log.lines();
     const juce::String absentName = uniquePipeName();
     const auto absent = makePipe<TestListener>(absentName);
@@ -103,7 +103,7 @@ TEST_F(PipeTest, FramesOfSeveralThreadsDoNotMix) {
     for (auto& sender : senders) sender.join();
 }
 
-TEST_F(PipeTest, ReadsWhateverComesAndStaysUp) {
+TEST_F(PipeTest, StaysConnectedWhateverBytesArrive) {
     connect();
     for (const std::uint8_t byte : frame::encode(bytesOf("one"))) {
         ASSERT_TRUE(server.write({byte}));
@@ -128,7 +128,7 @@ TEST_F(PipeTest, ReadsWhateverComesAndStaysUp) {
     EXPECT_EQ(listener->lost, 0);
 }
 
-TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrameAndComesAgain) {
+TEST_F(PipeTest, ReconnectsAfterTheApplicationEndsInTheMiddleOfAFrame) {
     connect();
     server.writeFrame("first");
     ASSERT_TRUE(eventually([&] { return listener->payloads().size() == 1; }));
@@ -157,7 +157,7 @@ TEST_F(PipeTest, TheApplicationGoesInTheMiddleOfAFrameAndComesAgain) {
     EXPECT_TRUE(eventually([&] { return listener->payloads().size() == 1; }));
 }
 
-TEST_F(PipeTest, TheApplicationGoesWhileItsMessageIsHandled) {
+TEST_F(PipeTest, TheApplicationEndsWhileItsMessageIsHandled) {
     connect();
     Signal begun;
     Signal go;
@@ -185,7 +185,7 @@ TEST_F(PipeTest, TheApplicationGoesWhileItsMessageIsHandled) {
 }
 
 // An event that is not taken breaks the connection two seconds later, and nobody waits for that.
-TEST_F(PipeTest, AReaderThatStopsCostsTheSenderNothing) {
+TEST_F(PipeTest, AReaderThatStopsReadingDoesNotBlockTheSender) {
     connect();
     OrvaneEvent big("Big");
     big.setValue("v", juce::String::repeatedString("x", 100'000));
@@ -198,7 +198,7 @@ TEST_F(PipeTest, AReaderThatStopsCostsTheSenderNothing) {
     EXPECT_FALSE(listener->send(big));
 }
 
-TEST_F(PipeTest, MoreThanTheQueueTakesBreaksTheConnectionWithOneLine) {
+TEST_F(PipeTest, AFullQueueBreaksTheConnectionWithOneLogLine) {
     connect();
     OrvaneEvent big("Big");
     big.setValue("v", juce::String::repeatedString("x", 10'000'000));
@@ -215,7 +215,7 @@ TEST_F(PipeTest, MoreThanTheQueueTakesBreaksTheConnectionWithOneLine) {
 }
 
 // What is queued is still written, for half a second; a write that is stuck is cut off then.
-TEST_F(PipeTest, ClosingGivesWhatIsQueuedHalfASecond) {
+TEST_F(PipeTest, ClosingWaitsHalfASecondForQueuedFrames) {
     for (const bool reads : {true, false}) {
         SCOPED_TRACE(reads);
         connect();
@@ -295,7 +295,7 @@ TEST_F(PipeTest, TheReaderIsAnApartmentThatServesItsMessages) {
     EXPECT_TRUE(eventually([&] { return listener->payloads().size() == 2; }));
 }
 
-TEST(PipeTrust, OnlyThisUserTheAdministratorsAndTheSystemAreLetIn) {
+TEST(PipeTrust, OnlyThisUserTheAdministratorsAndTheSystemAreTrusted) {
     constexpr const char* user = "S-1-5-21-1-2-3-1001";
     const auto sid = [](const char* text) {
         UniqueLocalMemory converted;
@@ -327,7 +327,7 @@ TEST(PipeTrust, OnlyThisUserTheAdministratorsAndTheSystemAreLetIn) {
     EXPECT_EQ(levelOfPipe(label, sid("S-1-5-32-544").get()), 0x1000U);
 }
 
-TEST_F(PipeTest, AStrangersPipeIsNotLinkedTo) {
+TEST_F(PipeTest, APipeWithAnUntrustedOwnerOrLowIntegrityIsRefused) {
     for (const auto& [security, linked] :
          std::vector<std::pair<const char*, bool>>{{"O:S-1-5-21-1-2-3-1234D:(A;;GA;;;WD)", false},
                                                    {"O:WDD:(A;;GA;;;WD)", false},

@@ -44,7 +44,7 @@ TEST(Frame, HasItsMagicAndLengthLittleEndian) {
     EXPECT_TRUE(encode(Bytes(kPayloadLimit)).empty());
 }
 
-TEST(Frame, CutShortYieldsWhatArrived) {
+TEST(Frame, ATruncatedFrameYieldsTheBytesThatArrived) {
     Reader reader;
     Bytes stream = encode(pattern(100'000));
     stream.resize(kHeaderSize + 70'000);
@@ -65,7 +65,7 @@ TEST(Frame, CutShortYieldsWhatArrived) {
     EXPECT_TRUE(reader.payload().empty());
 }
 
-TEST(Frame, MemoryFollowsWhatArrivesNotWhatIsClaimed) {
+TEST(Frame, MemoryGrowsWithTheBytesReceivedNotWithTheClaimedLength) {
     const std::size_t before = test::memoryInUse();
     test::resetPeak();
     Reader reader;

@@ -22,7 +22,7 @@ juce::String valueOf(const std::string& content) {
     return message == nullptr ? "(no message)" : message->getValue("v");
 }
 
-TEST(HostileDocument, ThatDoesNotParseIsLoggedAndIgnored) {
+TEST(HostileDocument, AMalformedDocumentIsLoggedAndIgnored) {
     test::CapturedLog log;
     const char* const broken[] = {
         "", "   ", "not XML", "<", "<a", "<command", "<command>", "<command event='x>",
@@ -60,7 +60,7 @@ TEST(HostileDocument, AnyWellFormedFormIsRead) {
     EXPECT_EQ(parseBytes("<response/>")->getName(), "");
 }
 
-TEST(HostileDocument, OddTextIsReadAsFarAsItGoes) {
+TEST(HostileDocument, MalformedTextIsReadAsFarAsPossible) {
     const std::pair<std::string, std::u16string> cases[] = {
         {"<v><![CDATA[ a<b>&amp; ]]></v>", u"a<b>&amp;"},
         {"<v>a\r\nb\rc&#13;</v>", u"a\nb\nc"},
@@ -112,7 +112,7 @@ std::string distinct(const std::string& before, const std::string& after, std::s
 }
 
 // Time shows in the program's time limit: anything quadratic takes hours here.
-TEST(HostileDocument, CostsMemoryWithinItsLimitAndGivesItBack) {
+TEST(HostileDocument, MemoryStaysWithinItsLimitAndIsReleased) {
     pugi::set_memory_management_functions(&test::countedAllocate, &test::countedFree);
 #ifdef ORVANE_SANITIZED
     constexpr std::size_t share = 8;  // ten times as slow

@@ -25,7 +25,7 @@ std::unique_ptr<OrvaneMessage> read(const std::string& bytes) {
         {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
-TEST(Document, IsWrittenToTheByte) {
+TEST(Document, IsWrittenByteForByte) {
     OrvaneEvent event("PlayerMaximized");
     event.setValue("Player", "wmp");
     event.setValue("PlayerRect", "10,20,800,600");
@@ -51,7 +51,7 @@ TEST(Document, IsWrittenToTheByte) {
               "  <empty></empty>\r\n</response>\r\n");
 }
 
-TEST(Document, EscapesByPlace) {
+TEST(Document, EscapesTextAndAttributesDifferently) {
     const std::string plain = " .,;:-()_+=?!'#@[]/\\*%~{}azAZ09";
     const juce::String odd = units(u"&\">< $^`|\t\u007F\u00E9\uFFFF\U0001F3B5\xD83C");
     const std::string escaped =
@@ -66,7 +66,7 @@ TEST(Document, EscapesByPlace) {
         EXPECT_NE(document.find(part), std::string::npos) << document;
 }
 
-TEST(Document, ComesBackAsItWasAndAsItsKind) {
+TEST(Document, IsReadBackUnchangedAsTheSameClass) {
     OrvaneCommand command("setMediaInfoToPath");
     const juce::String title = units(u"<Caf\u00E9> & \"\u65E5\u672C\" $ \U0001F3B5 \xDC00-\xD83C");
     command.setValue("metadata.TrackTitle", title);
@@ -95,7 +95,7 @@ TEST(Document, ComesBackAsItWasAndAsItsKind) {
     EXPECT_TRUE(dynamic_cast<OrvaneResponse*>(response.get())->getReturnValue());
 }
 
-TEST(Message, KeysIgnoreCaseAndKeepTheirPlace) {
+TEST(Message, KeysIgnoreCaseAndKeepTheirPosition) {
     OrvaneEvent event("e");
     for (const char* key : {"player", "other", "a", "b1", "Other"}) event.setValue(key, "old");
     event.setValue("Player", "new");

@@ -43,7 +43,7 @@ protected:
     Interpreter m_interpreter{*this, m_arrivals};
 };
 
-TEST_F(ScriptLines, AScriptIsGoodWhenAllIsAsExpected) {
+TEST_F(ScriptLines, AScriptPassesWhenAllExpectationsAreMet) {
     EXPECT_TRUE(
         m_interpreter.runScript("# a comment\r\nstep first\r\n"
                                 "setMediaInfoToPath Year=1 \"C:\\a=b.wma\" emptyOk=YES\n"
@@ -62,7 +62,7 @@ TEST_F(ScriptLines, AScriptIsGoodWhenAllIsAsExpected) {
     EXPECT_THAT(m_printed, HasSubstr("step good: second"));
 }
 
-TEST_F(ScriptLines, WhateverIsMissedOrNotUnderstoodFailsIt) {
+TEST_F(ScriptLines, AFailedExpectationOrUnknownWordFailsTheScript) {
     for (const char* line : {"expect event PlayerShown within 0",
                              "expect event PlayerMoved PlayerRect=2,* within 0",
                              "expect event PlayerMoved Player=* within 0",
@@ -106,7 +106,7 @@ TEST_F(ScriptLines, WhateverIsMissedOrNotUnderstoodFailsIt) {
     EXPECT_FALSE(m_interpreter.runScript("say nothing is missed", "test"));
 }
 
-TEST(DocumentForm, IsThatOfTheProtocolByteForByte) {
+TEST(DocumentForm, IsCheckedByteForByte) {
     // What follows the event's name, after its parameter Player.
     const auto problems = [](const char* event, const std::string& end,
                              const char* player = "\">\r\n  <Player>wmp</Player>\r\n") {

@@ -41,7 +41,7 @@ Bytes serialised(const Header& header, std::uint64_t rest = 0) {
     return bytes.value_or(Bytes());
 }
 
-TEST(Asf, UnchangedIsWrittenByteForByte) {
+TEST(Asf, AnUnchangedFileIsWrittenByteForByte) {
     for (const auto& entry : std::filesystem::directory_iterator(test::testData())) {
         if (entry.path().extension() != ".wma") continue;
         Bytes file = contentOf(entry.path());
@@ -54,7 +54,7 @@ TEST(Asf, UnchangedIsWrittenByteForByte) {
     }
 }
 
-TEST(Asf, FailureHalfWayLeavesTheOldFileAlone) {
+TEST(Asf, AFailedWriteLeavesTheOldFileUnchanged) {
     const std::filesystem::path folder = std::filesystem::absolute("asf-tests é 日本");
     std::filesystem::remove_all(folder);
     std::filesystem::create_directory(folder);

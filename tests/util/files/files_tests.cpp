@@ -68,7 +68,7 @@ TEST_F(Files, EveryPathHasItsExtendedLengthName) {
 }
 
 // The folders that users install to: every spelling of such a path finds the file.
-TEST_F(Files, AreFoundUnderAnySpellingOfTheirPath) {
+TEST_F(Files, AreFoundByAnySpellingOfTheirPath) {
     std::string deep = m_folder / "é 日本 😀";
     while (deep.size() < 400) deep += "\\" + std::string(60, 'd');
     ASSERT_TRUE(makeAll(deep));
@@ -121,7 +121,7 @@ TEST_F(Files, AFailedOpenIsReportedWithItsReasonAndAMissingFileIsNot) {
     EXPECT_THAT(m_log.lines(), ElementsAre(StartsWith("<6> ")));
 }
 
-TEST_F(Files, StatAccessAndDeletionTellWhatIsThere) {
+TEST_F(Files, StatAccessAndDeleteHandleFilesFoldersAndMissingPaths) {
     constexpr std::uint64_t kLarge = (std::uint64_t{1} << 32) + 5;
     const std::string path = m_folder / "large.bin";
     {
@@ -172,7 +172,7 @@ TEST_F(Files, StatAccessAndDeletionTellWhatIsThere) {
 
 using Directories = Files;
 
-TEST_F(Directories, EveryMissingLevelIsMadeOnce) {
+TEST_F(Directories, EveryMissingLevelIsCreated) {
     ASSERT_TRUE(utl_mkdir((m_folder / "a").c_str(), 1));
     const std::string path = m_folder / R"(a\\b\é日本\c\)";
     EXPECT_TRUE(makeAll(path));
@@ -187,7 +187,7 @@ TEST_F(Directories, EveryMissingLevelIsMadeOnce) {
         EXPECT_FALSE(makeAll(nothing)) << nothing;
 }
 
-TEST_F(Directories, AFileInTheWayFailsOrIsReplaced) {
+TEST_F(Directories, AFileOfTheSameNameFailsOrIsReplaced) {
     test::writeFile(m_folder.path(L"level"), "in the way");
     EXPECT_FALSE(makeAll(m_folder / "level\\below"));
     EXPECT_EQ(test::readText(m_folder.path(L"level")), "in the way");
@@ -197,7 +197,7 @@ TEST_F(Directories, AFileInTheWayFailsOrIsReplaced) {
 
 // Between one maker's test and its creation another one creates; round after round, until one has
 // said so.
-TEST_F(Directories, ManyMakersOfTheSamePathAllSucceed) {
+TEST_F(Directories, SeveralThreadsCanCreateTheSamePath) {
     const auto haveMet = [&] { return m_log.take().find("another process") != std::string::npos; };
     for (int round = 0; round < 200 && (round < 5 || !haveMet()); ++round) {
         std::string path = m_folder / ("r" + std::to_string(round));

@@ -40,7 +40,7 @@ TEST(Paths, AbsoluteMeansADriveAndASeparatorOrAUncName) {
         EXPECT_FALSE(isAbsolute(path)) << path;
 }
 
-TEST(LongNames, WhatFollowsThePrefixIsPutIntoTheFormThatTheSystemTakes) {
+TEST(LongNames, ThePathAfterThePrefixIsNormalized) {
     const struct {
         const char* path;
         unsigned rootComponents;

@@ -114,7 +114,7 @@ TEST_F(Registry, EveryTypeAndLengthReadsAsText) {
     EXPECT_EQ(readBack(REG_BINARY, Bytes(100'000, 0xA5)).size(), 200'000U);
 }
 
-TEST_F(Registry, AbsenceIsAnErrorOnlyToThoseWhoDidNotAsk) {
+TEST_F(Registry, AMissingKeyOrValueIsAnErrorUnlessTheCallerExpectsIt) {
     RegistryUtil registry(1);
     EXPECT_EQ(registry.GetValue("v", nullptr), nullptr) << "no key is open";
     ASSERT_TRUE(registry.OpenKey(HKEY_CURRENT_USER, kKey, kRead, nullptr));
@@ -156,7 +156,7 @@ TEST_F(Registry, OneCallReadsAValueAndKeepsTheReasonWhenItCannot) {
 
 // Between asking for the size and for the data the value may change: then there is no text, never
 // part of one or something from beyond it.
-TEST_F(Registry, AValueThatChangesMeanwhileIsReadWholeOrNotAtAll) {
+TEST_F(Registry, AValueThatChangesWhileItIsReadIsReadWholeOrNotAtAll) {
     const std::wstring small(10, L's');
     const std::wstring large(2000, L'l');
     set(L"v", REG_SZ, bytesOf(small));

@@ -83,7 +83,7 @@ TEST_F(Log, ALineNamesTimeSeverityWriterAndMessage) {
     EXPECT_THAT(content(), testing::Not(HasSubstr("\r")));
 }
 
-TEST_F(Log, AMaskedMessageTouchesNothing) {
+TEST_F(Log, AMaskedMessageHasNoSideEffects) {
     EXPECT_EQ(setlogmask(63), 0xFFU);
     EXPECT_EQ(setlogmask(0), 63U);
     closelog();
@@ -97,7 +97,7 @@ TEST_F(Log, AMaskedMessageTouchesNothing) {
     EXPECT_EQ(lines().size(), 1U);
 }
 
-TEST_F(Log, ErrorTextsAreTheCallersAndItsErrorsSurvive) {
+TEST_F(Log, ErrorTextsAreForTheCallersErrorsWhichArePreserved) {
     SetLastError(ERROR_ACCESS_DENIED);
     errno = ENOENT;
     syslog(LOG_ERR, "%s: failed (%d) -- %M / %m", "100%M %m", 5);
@@ -140,7 +140,7 @@ TEST(LogFormat, LonePercentSignsAreDoubledAndPairsKept) {
     EXPECT_STREQ(escapePercents("5% of 50%% %%% %").get(), "5%% of 50%% %%%% %%");
 }
 
-TEST_F(Log, TheFolderIsMadeAndWhatStandsInItsWayReplaced) {
+TEST_F(Log, TheFolderIsCreatedAndAFileOfItsNameReplaced) {
     test::writeFile(test::wide(m_base), "a file");
     syslog(LOG_ERR, "one");
     EXPECT_EQ(lines().size(), 1U);
@@ -183,7 +183,7 @@ TEST_F(Log, ALogThatCannotBeWrittenDropsItsLines) {
     EXPECT_THAT(lines()[0], EndsWith(": back"));
 }
 
-TEST_F(Log, LiesInTheSystemsFolderWhenTheRegistryNamesNone) {
+TEST_F(Log, UsesTheSystemsFolderWhenTheRegistryNamesNone) {
     m_appData.remove();
     wchar_t folder[MAX_PATH] = {};
     ASSERT_EQ(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder), S_OK);
@@ -194,7 +194,7 @@ TEST_F(Log, LiesInTheSystemsFolderWhenTheRegistryNamesNone) {
                 EndsWith(text + "\n"));
 }
 
-TEST_F(Log, ProcessesAndThreadsNeverMixTheirLines) {
+TEST_F(Log, LinesOfSeveralProcessesAndThreadsDoNotMix) {
     Writer first(L"write First 2 60");
     Writer second(L"write Second 2 60");
     EXPECT_EQ(first.wait(), 0U);
@@ -217,7 +217,7 @@ TEST_F(Log, ProcessesAndThreadsNeverMixTheirLines) {
     for (const auto& [writer, count] : next) EXPECT_EQ(count, 60) << writer;
 }
 
-TEST_F(Log, AWriterThatDiedInItsLineIsLeftBehind) {
+TEST_F(Log, AWriterKilledWhileWritingDoesNotBlockOthers) {
     syslog(LOG_ERR, "whole");  // this handle keeps the lock in being
     test::writeFile(m_file, "2026-01-01 00:00:00 : <3> Dead : half a li");
     EXPECT_EQ(Writer(L"die").wait(), 7U);
@@ -230,7 +230,7 @@ TEST_F(Log, AWriterThatDiedInItsLineIsLeftBehind) {
     EXPECT_EQ(afterTime(written[2]), "<3> unknown : after");
 }
 
-TEST_F(Log, TheLockBelongsToEveryone) {
+TEST_F(Log, TheMutexIsAccessibleToEveryUser) {
     syslog(LOG_ERR, "made");
     const UniqueHandle mutex(OpenMutexA(READ_CONTROL | SYNCHRONIZE, FALSE, "Global\\OrVaneLog"));
     ASSERT_TRUE(mutex);
@@ -242,14 +242,14 @@ TEST_F(Log, TheLockBelongsToEveryone) {
     EXPECT_EQ(list, nullptr) << "no access list: all to everyone";
 }
 
-TEST_F(Log, AfterTheExitListTheLockLivesNoLongerThanAMessage) {
+TEST_F(Log, AfterCloseOnExitTheMutexIsClosedAfterEachMessage) {
     closelog();
     EXPECT_EQ(Writer(L"exit").wait(), 0U);
     ASSERT_EQ(lines().size(), 2U);
     EXPECT_THAT(lines()[1], EndsWith(": after"));
 }
 
-TEST_F(Log, ItsOwnDoingsAndLinesArePrintedWhenAsked) {
+TEST_F(Log, OptionsPrintDiagnosticsAndLinesOnTheConsole) {
     Writer loud(L"loud");
     EXPECT_EQ(loud.wait(), 0U);
     const std::string printed = loud.output();

@@ -37,7 +37,7 @@ std::string encoded(const Units& text, int log = 0) {
     return utf8 ? std::string(utf8.get()) : "(none)";
 }
 
-TEST(Utf8, MalformedInputBecomesReplacementCharactersAndIsReadOnWhereStated) {
+TEST(Utf8, MalformedInputBecomesReplacementCharacters) {
     test::CapturedLog log;
     const std::pair<const char*, Units> cases[] = {
         {"\xC3(", units({0xFFFD, '('})},

@@ -1,4 +1,4 @@
-#include "standins/player/library.h"
+#include "standins/player/media_library.h"
 
 #include <algorithm>
 #include <map>

@@ -7,9 +7,8 @@
 
 namespace orvane {
 
-// Saves GetLastError() right after a Windows call has failed, to log it. The destructor restores it
-// for the caller with SetLastError(), because logging may change it. Shared by util/files and
-// util/registry; it is here because it converts their wide texts to UTF-8 for the log.
+// Logs a failed Windows call. Construct it right after the call: it saves GetLastError(). The
+// destructor restores that error with SetLastError(), because logging may change it.
 class FailedCall {
 public:
     FailedCall() noexcept : m_error(GetLastError()) {}
@@ -21,16 +20,16 @@ public:
 
     [[nodiscard]] DWORD code() const noexcept { return m_error; }
 
-    // The log priority. A caller for which `error` is no fault passes `expected` (else null), which
-    // is set to whether the call failed with `error`; if so, the priority is LOG_INFO.
+    // The log priority: LOG_ERR, or LOG_INFO for a failure that the caller expects. A caller that
+    // expects `error` passes `expected` (else null), which is set to whether the call failed so.
     [[nodiscard]] int priority(DWORD error, bool* expected) const noexcept {
         if (expected == nullptr) return LOG_ERR;
         *expected = m_error == error;
         return *expected ? LOG_INFO : LOG_ERR;
     }
 
-    // Logs the call unless `log` is 0. The format ends in " failed (%d) -- %M", whose number is
-    // added here; wide texts are for a "%s" in it.
+    // Logs the call unless `log` is 0. `format` ends in " failed (%d) -- %M"; the number is added
+    // here. Wide arguments are converted to UTF-8 and belong to a "%s".
     template <typename... Arguments>
     void log(int log, int priority, const char* format, Arguments... arguments) const noexcept {
         if (log == 0 || !log_enabled(priority)) return;
@@ -45,7 +44,7 @@ private:
         Argument value;
     };
 
-    // Once all arguments are ready: making them may have set another error.
+    // Called when all arguments are ready, because converting them may set another error.
     template <typename... Arguments>
     void write(int priority, const char* format, Arguments... arguments) const noexcept {
         SetLastError(m_error);
