@@ -207,9 +207,8 @@ TEST_F(LauncherTest, ReportsAProgramThatCannotBeStarted) {
         m_path.set(folder);
         EXPECT_FALSE(m_launcher.launch());
         // Which code the shell leaves for a file that is no program is not documented.
-        EXPECT_THAT(log.take(),
-                    AllOf(HasSubstr("AppLauncher::launch: failed launching (code=0x"),
-                          Not(HasSubstr("(code=0x00000000)"))));
+        EXPECT_THAT(log.take(), AllOf(HasSubstr("AppLauncher::launch: failed launching (code=0x"),
+                                      Not(HasSubstr("(code=0x00000000)"))));
     }
 }
 
